@@ -1,0 +1,43 @@
+# The shapes that this project's targets have: one library a folder, one test program a folder.
+
+add_library(quillet_options INTERFACE)
+target_compile_options(quillet_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<BOOL:${QUILLET_WARNINGS_AS_ERRORS}>:-Werror>)
+if(QUILLET_SANITIZE)
+    target_compile_options(quillet_options INTERFACE
+        -fsanitize=${QUILLET_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(quillet_options INTERFACE -fsanitize=${QUILLET_SANITIZE})
+endif()
+
+# quillet_library(NAME SOURCES file… [PUBLIC lib…] [PRIVATE lib…])
+# A static library of one folder below src/. Includes are written from src/.
+function(quillet_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} quillet_options)
+endfunction()
+
+# Settings of a target whose sources use Qt.
+function(quillet_uses_qt name)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_compile_definitions(${name} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII)
+endfunction()
+
+# quillet_test(NAME LABEL label SOURCES file… LINK lib… [BUS])
+# A GoogleTest program; every test of it becomes a test of ctest. With BUS each test runs on a
+# session bus of its own.
+function(quillet_test name)
+    cmake_parse_arguments(ARG "BUS" "LABEL" "SOURCES;LINK" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LINK} quillet_test_support quillet_options)
+    set(launcher "")
+    if(ARG_BUS)
+        set(launcher dbus-run-session --)
+    endif()
+    set_target_properties(${name} PROPERTIES TEST_LAUNCHER "${launcher}"
+                          CROSSCOMPILING_EMULATOR "${launcher}")
+    gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60
+                         PROPERTIES LABELS "${ARG_LABEL}" TIMEOUT 300)
+endfunction()

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace quillet::platform {
+
+// Tells of changes in a folder and in the folders up to `levels` levels below it (0: the folder
+// alone): files written, made, renamed, removed. The folder need not exist yet, and may go and
+// come back. Main thread only.
+class FolderWatcher {
+public:
+    // `changed` is called from the event loop, once for all changes within `kSettleTime` of the
+    // first.
+    static constexpr int kSettleTime = 150;  // milliseconds
+
+    FolderWatcher(std::string folder, int levels, std::function<void()> changed);
+    ~FolderWatcher();
+    FolderWatcher(const FolderWatcher&) = delete;
+    FolderWatcher& operator=(const FolderWatcher&) = delete;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace quillet::platform

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/foundation/Queue.h"
+
+namespace quillet::platform {
+
+// The queue of the main thread: runs blocks one at a time, in the order given, from the event
+// loop. A block given before there is an event loop waits for it.
+Queue& mainQueue();
+
+// The global queue of background priority: runs blocks on worker threads of lowest priority.
+Queue& backgroundQueue();
+
+// Waits until every block given to the background queue so far has run; for the end of the program.
+void drainBackgroundQueue();
+
+}  // namespace quillet::platform

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <mutex>
+#include <utility>
+
+namespace quillet::platform {
+
+// An atomic property: the getter returns the whole current value, the setter replaces it whole,
+// safe against each other on any threads.
+template <typename Value>
+class Atomic {
+public:
+    Atomic() = default;
+    explicit Atomic(Value value) : value_(std::move(value)) {}
+    Atomic(const Atomic&) = delete;
+    Atomic& operator=(const Atomic&) = delete;
+
+    Value get() const {
+        const std::lock_guard lock(mutex_);
+        return value_;
+    }
+
+    void set(Value value) {
+        {
+            const std::lock_guard lock(mutex_);
+            std::swap(value_, value);
+        }
+        // The old value ends here, outside the lock: its destructor may be long.
+    }
+
+private:
+    mutable std::mutex mutex_;
+    Value value_{};
+};
+
+}  // namespace quillet::platform

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillet::platform {
+
+enum class DateStyle { None, Short };
+
+// Turns instants into text and back. An instant is a double in seconds since 1970-01-01 00:00:00
+// UTC; values beyond what the calendar can show are held at its limits, NaN counts as 0.
+//
+// The user's locale is LC_ALL, LC_TIME or LANG (the first that is set), its calendar is the one
+// of that locale, the local time zone is TZ or the system's; all as they were when the formatter
+// was made. Formatting and parsing may run on any threads at once.
+class DateFormatter {
+public:
+    // The user's locale, calendar and time zone, with the given styles.
+    DateFormatter(DateStyle dateStyle, DateStyle timeStyle);
+    // A fixed Unicode date pattern in the user's locale, calendar and time zone.
+    static DateFormatter localPattern(std::string_view pattern);
+    // A fixed pattern in the locale en_US_POSIX, the Gregorian calendar and UTC.
+    static DateFormatter exchangePattern(std::string_view pattern);
+
+    ~DateFormatter();
+    DateFormatter(DateFormatter&&) noexcept;
+    DateFormatter& operator=(DateFormatter&&) noexcept;
+
+    std::string stringFromDate(double secondsSince1970) const;
+    // None unless the whole text matches.
+    std::optional<double> dateFromString(std::string_view text) const;
+
+private:
+    struct State;
+    explicit DateFormatter(std::unique_ptr<State> state);
+    std::unique_ptr<State> state_;
+};
+
+// The local calendar day that holds an instant, as [start, end) in seconds since 1970; follows
+// daylight saving (a day may last 23 or 25 hours). Made in the user's locale and time zone as they
+// are when it is made. Any thread.
+class LocalDays {
+public:
+    struct Day {
+        double start = 0;
+        double end = 0;
+    };
+
+    LocalDays();
+    ~LocalDays();
+    LocalDays(const LocalDays&) = delete;
+    LocalDays& operator=(const LocalDays&) = delete;
+
+    Day dayOf(double secondsSince1970) const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace quillet::platform

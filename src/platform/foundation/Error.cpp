@@ -1,0 +1,15 @@
+#include "platform/foundation/Error.h"
+
+#include <system_error>
+
+namespace quillet::platform {
+
+std::string Error::description() const {
+    return text + " (" + domain + " " + std::to_string(code) + ")";
+}
+
+Error posixError(int code, const std::string& what) {
+    return {"POSIX", code, what + ": " + std::generic_category().message(code)};
+}
+
+}  // namespace quillet::platform

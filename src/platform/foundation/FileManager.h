@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/foundation/ByteBuffer.h"
+#include "platform/foundation/Error.h"
+#include "platform/foundation/Result.h"
+
+// The file system, as bytes of paths. Any thread.
+namespace quillet::platform::FileManager {
+
+// Whether anything exists at the path, symbolic links followed.
+bool fileExists(const std::string& path);
+bool folderExists(const std::string& path);
+
+// Names (not paths) of a folder's entries in the system's order, without "." and "..". An error
+// where the folder cannot be listed.
+Result<std::vector<std::string>> contentsOfFolder(const std::string& path);
+
+// Reads a whole regular file into `bytes`, whose storage is reused. An error of the domain "POSIX"
+// where it cannot be read, is not a regular file (EINVAL; a FIFO, device or socket is never
+// waited for) or is longer than `maximumSize` (EFBIG). Symbolic links are followed.
+std::optional<Error> readFile(const std::string& path, ByteBuffer& bytes, std::size_t maximumSize);
+
+// Writes a file whole or not at all: a new file beside it (its name begins with "."), synced,
+// then renamed over it.
+std::optional<Error> writeFileAtomically(const std::string& path, std::string_view bytes);
+
+// Makes a folder and those above it; an existing folder is no error.
+std::optional<Error> createFolder(const std::string& path);
+
+// Where the shared container of an application group lies: QUILLET_CONTAINER when set (empty: no
+// container), else $XDG_DATA_HOME/group-containers/<group>, with ~/.local/share where
+// XDG_DATA_HOME is unset, empty or relative. None where neither is known. The folder need not exist.
+std::optional<std::string> containerPathForGroup(std::string_view group);
+
+// A folder for per-user runtime files: $XDG_RUNTIME_DIR, or "quillet-<uid>" below the temporary
+// folder, made with mode 0700 and refused unless the user owns it and nobody else can enter it.
+Result<std::string> runtimeFolder();
+
+}  // namespace quillet::platform::FileManager

@@ -1,0 +1,170 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/ByteBuffer.h"
+#include "platform/foundation/Number.h"
+
+namespace quillet::platform {
+
+class PropertyListDocument;
+
+enum class PropertyListType : std::uint8_t {
+    Absent,
+    String,
+    Integer,
+    Real,
+    Boolean,
+    Date,
+    Data,
+    Array,
+    Dictionary,
+    Uid,
+};
+
+enum class PropertyListErrorKind : std::uint8_t {
+    Empty,           // no bytes at all
+    TooLarge,        // more bytes than kMaximumFileSize
+    UnknownFormat,   // neither XML nor binary by its first bytes
+    Malformed,       // not well-formed in its format
+    InvalidText,     // a text that is not valid UTF-8
+    TooDeep,         // nested deeper than kMaximumDepth
+    TooComplex,      // shared references that unfold to more values than the file's budget
+    Cyclic,          // a container that holds itself
+    EntityDeclared,  // an internal document type subset that declares entities
+};
+
+struct PropertyListError {
+    PropertyListErrorKind kind = PropertyListErrorKind::Malformed;
+    std::size_t offset = 0;  // bytes from the start of the file
+    std::string text;        // what was expected or found
+
+    // "text at byte offset", for log lines.
+    std::string description() const;
+};
+
+// One value of a document: a handle of two words, valid as long as its document is neither parsed
+// again nor destroyed. A default-made one is absent. Any thread may read the values of a document
+// that nobody parses.
+//
+// Conversions raise platform::Exception where the value has none.
+class PropertyListValue {
+public:
+    PropertyListValue() = default;
+
+    PropertyListType type() const noexcept;
+    explicit operator bool() const noexcept { return document_ != nullptr; }
+
+    // The text of a string. The view points into the document or, where something had to be
+    // unescaped or converted, into `scratch`. Raises for other types.
+    std::string_view stringValue(std::string& scratch) const;
+    std::string stringValue() const;
+
+    // Conversions of numbers, booleans and strings, see Number. Dates, data and containers raise.
+    std::uint64_t unsignedIntegerValue() const;  // raises for strings as well
+    std::int64_t integerValue() const;
+    float floatValue() const;
+    bool boolValue() const;
+
+    // The number object of an integer, real or boolean, kind kept. Raises for every other type.
+    Number numberValue() const;
+
+    // Seconds since 2001-01-01 00:00:00 UTC. Raises for other types than dates.
+    double dateValue() const;
+    // The bytes of data. Raises for other types.
+    std::string dataValue() const;
+    std::uint64_t uidValue() const;
+
+    // Elements of an array, entries of a dictionary; 0 for everything else.
+    std::size_t count() const noexcept;
+
+    // The value of `key`; absent when the dictionary has no such key. Raises when this is no
+    // dictionary: a string or a number has no keyed look-up.
+    PropertyListValue valueForKey(std::string_view key) const;
+
+    // What looping over the value gives: an array's elements, a dictionary's keys (strings); any
+    // other type raises.
+    class Iterator;
+    Iterator begin() const;
+    Iterator end() const;
+
+    // The entries of a dictionary in file order; of a repeated key only the last one's value is
+    // found. Raises for other types.
+    std::vector<std::pair<PropertyListValue, PropertyListValue>> entries() const;
+
+private:
+    friend class PropertyListDocument;
+    friend class PropertyListKeys;
+    friend struct PropertyListAccess;
+
+    PropertyListValue(const PropertyListDocument* document, std::uint32_t node)
+        : document_(document), node_(node) {}
+
+    const PropertyListDocument* document_ = nullptr;
+    std::uint32_t node_ = 0;
+};
+
+// A property list in the XML or the binary format, told by its first bytes. A document owns the
+// bytes of one file and can be filled again, keeping its storage: fill `bytes()`, then parse().
+//
+// parse() checks the whole file, so that reading values afterwards needs no further checks and no
+// walk over the values can take more than maximumVisits() steps or kMaximumDepth levels. Parsing
+// is for one thread at a time.
+class PropertyListDocument {
+public:
+    static constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;  // bytes
+    static constexpr std::size_t kMaximumDepth = 512;                                // levels
+    // A file of n bytes may unfold to kVisitsBase + kVisitsPerByte * n values.
+    static constexpr std::size_t kVisitsBase = 1024;
+    static constexpr std::size_t kVisitsPerByte = 4;
+
+    PropertyListDocument();
+    ~PropertyListDocument();
+    PropertyListDocument(PropertyListDocument&&) noexcept;
+    PropertyListDocument& operator=(PropertyListDocument&&) noexcept;
+
+    ByteBuffer& bytes() noexcept;
+
+    // Decodes bytes(). On an error the document has no root.
+    std::optional<PropertyListError> parse();
+    std::optional<PropertyListError> parse(std::string_view bytes);  // fills bytes() first
+
+    // Absent before a successful parse.
+    PropertyListValue root() const noexcept;
+
+private:
+    friend class PropertyListValue;
+    friend class PropertyListKeys;
+    friend struct PropertyListAccess;
+
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+// Looks up a fixed set of keys in one dictionary after another. Remembers where the keys stood in
+// the dictionary before, so that dictionaries of one shape cost about one comparison a key.
+class PropertyListKeys {
+public:
+    static constexpr std::size_t kMaximumKeys = 32;
+
+    // The key texts must outlive the object (literals).
+    explicit PropertyListKeys(std::span<const std::string_view> keys);
+
+    // Fills found[i] with the value of keys[i], absent where there is none. `found` has one place
+    // a key. Raises as valueForKey does.
+    void find(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
+
+private:
+    std::vector<std::string_view> keys_;
+    std::vector<std::uint32_t> positions_;
+};
+
+}  // namespace quillet::platform

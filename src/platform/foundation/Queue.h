@@ -1,0 +1,22 @@
+#pragma once
+
+#include <functional>
+
+namespace quillet::platform {
+
+// Runs blocks later. Any thread may schedule.
+class Queue {
+public:
+    using Block = std::function<void()>;
+
+    virtual ~Queue() = default;
+    // Runs `block` later, never inside this call.
+    virtual void async(Block block) = 0;
+
+protected:
+    Queue() = default;
+    Queue(const Queue&) = default;
+    Queue& operator=(const Queue&) = default;
+};
+
+}  // namespace quillet::platform

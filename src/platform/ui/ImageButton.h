@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <functional>
+
+#include "platform/ui/Image.h"
+
+namespace quillet::platform {
+
+// A borderless button that shows an image in its centre at a given opacity. Pressed, hovered and
+// focused states are shown by opacity and a soft plate. Reached by Tab, pressed by Space and
+// Return. Main thread only.
+class ImageButton : public QAbstractButton {
+public:
+    explicit ImageButton(QWidget* parent = nullptr);
+
+    void setImage(Image image);
+    const Image& image() const { return image_; }
+    void setAlphaValue(double alpha);  // 0 to 1, at rest
+    double alphaValue() const { return alpha_; }
+    void setAction(std::function<void()> action);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    Image image_;
+    double alpha_ = 1.0;
+    std::function<void()> action_;
+};
+
+}  // namespace quillet::platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QColor>
+#include <QWidget>
+#include <string>
+#include <string_view>
+
+namespace quillet::platform {
+
+// One line of plain text that ends in an ellipsis where it does not fit. Not editable, no frame,
+// no background. Markup is shown as it stands; line breaks and other control characters become
+// blanks, bidirectional controls are dropped and the text is isolated, so that it cannot disturb
+// its neighbours. Main thread only.
+class TextField : public QWidget {
+public:
+    explicit TextField(QWidget* parent = nullptr);
+
+    void setStringValue(std::string_view text);  // UTF-8
+    const std::string& stringValue() const { return text_; }  // as it was set
+    void setTextColor(const QColor& color);
+    QColor textColor() const { return color_; }
+    void setFontSize(double points);  // of the system font; one point is one device-independent pixel
+    // What is painted at the current width, ellipsis included.
+    QString displayedText() const;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    std::string text_;
+    QString line_;  // the text made fit for one line
+    QColor color_;
+};
+
+}  // namespace quillet::platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+class QWidget;
+
+namespace quillet::platform {
+
+// Base of a controller that builds and owns one view tree. Main thread only.
+//
+// view() builds the tree on first use: loadView(), then viewDidLoad(). Whoever shows the view
+// calls viewWillAppear() before each showing.
+class ViewController {
+public:
+    virtual ~ViewController();
+    ViewController(const ViewController&) = delete;
+    ViewController& operator=(const ViewController&) = delete;
+
+    // Owned by the controller, unless a parent widget has adopted it (then by that one).
+    QWidget* view();
+    bool isViewLoaded() const noexcept;
+
+    virtual void loadView() = 0;  // must call setView
+    virtual void viewDidLoad() {}
+    virtual void viewWillAppear() {}
+
+    // Whether the place that the view is shown in has the dark look; set before view().
+    void setDarkAppearance(bool dark) noexcept { darkAppearance_ = dark; }
+    bool darkAppearance() const noexcept { return darkAppearance_; }
+
+protected:
+    ViewController();
+    void setView(std::unique_ptr<QWidget> view);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+    bool darkAppearance_ = false;
+};
+
+}  // namespace quillet::platform

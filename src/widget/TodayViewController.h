@@ -1,0 +1,119 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/ExtensionMessage.h"
+#include "platform/desktop/UserDefaults.h"
+#include "platform/foundation/Atomic.h"
+#include "platform/foundation/Queue.h"
+#include "platform/ui/LayoutConstraint.h"
+#include "platform/ui/Table.h"
+#include "platform/ui/ViewController.h"
+#include "widget/NCWidgetProviding.h"
+
+namespace quillet {
+
+namespace platform {
+class SegmentedControl;
+}
+
+class TodayHeaderView;
+
+// The widget's principal class: reads the message store, keeps the shown list and feeds the table.
+//
+// Main thread, but for Reload and updateData, which any thread may call, and the getters of the
+// atomic properties. Held by shared_ptr; views refer to it weakly. The operations that build
+// views are in src/views.
+class TodayViewController final : public platform::ViewController,
+                                  public NCWidgetProviding,
+                                  public platform::TableDelegate,
+                                  public std::enable_shared_from_this<TodayViewController> {
+public:
+    // What the controller leans on; all of it outlives the controller.
+    struct Services {
+        platform::Queue& mainQueue;
+        platform::Queue& backgroundQueue;
+        platform::UserDefaults& defaults;
+    };
+
+    static std::shared_ptr<TodayViewController> make(const Services& services);
+    ~TodayViewController() override;
+
+    // True in the dark look; fixed when the view tree is built.
+    bool legacyDarkBackground() const noexcept { return my_legacyDarkBackground_; }
+
+    // Everything the last read produced, newest first.
+    ExtensionMessageList dataFromDisk() const { return dataFromDisk_.get(); }
+    void setDataFromDisk(ExtensionMessageList messages) { dataFromDisk_.set(std::move(messages)); }
+    // What the table shows; none until the first rebuild, which counts as empty.
+    ExtensionMessageList dataToShow() const { return dataToShow_.get(); }
+    void setDataToShow(ExtensionMessageList messages) { dataToShow_.set(std::move(messages)); }
+    std::shared_ptr<platform::LayoutConstraint> viewHeightContraint() const {
+        return viewHeightContraint_.get();
+    }
+    void setViewHeightContraint(std::shared_ptr<platform::LayoutConstraint> constraint) {
+        viewHeightContraint_.set(std::move(constraint));
+    }
+    platform::Table* myTableView() const noexcept { return myTableView_; }
+    TodayHeaderView* myHeaderView() const noexcept { return myHeaderView_; }
+    platform::UserDefaults& defaults() const noexcept { return services_.defaults; }
+
+    // Life of the view tree.
+    void loadView() override;  // in src/views
+    void viewDidLoad() override;
+    void viewWillAppear() override;
+
+    // One full read of the store under coordination: the messages of all enabled accounts, newest
+    // first; never none. Blocks until the host's writers are done. Any thread.
+    ExtensionMessageList updateData() const;
+    // Reads, and rebuilds the list only if something changed. Any thread.
+    void Reload();
+    // Schedules the rebuild of the shown list on the main queue.
+    void ReloadData();
+    // Schedules the adjustment of the table's height to its rows on the main queue.
+    void Resize();
+    // The body of ReloadData: derives the shown list from dataFromDisk and the stored segment.
+    void rebuildList();
+
+    // The header's segment changed; the new one is stored already.
+    void selectedSegment(platform::SegmentedControl* control);
+    // The host application says that the store changed.
+    void widget_noty_update();
+
+    // The full paths of a folder's visible entries in the system's order: empty when there is no
+    // such folder, none when it cannot be listed.
+    static std::optional<std::vector<std::string>> directoryContent(const std::string& path);
+
+    // NCWidgetProviding
+    void widgetPerformUpdateWithCompletionHandler(CompletionHandler completionHandler) override;
+    EdgeInsets widgetMarginInsetsForProposedMarginInsets(EdgeInsets proposed) const override;
+    bool widgetAllowsEditing() const override;
+    void widgetDidBeginEditing() override;
+    void widgetDidEndEditing() override;
+
+    // TableDelegate
+    std::size_t numberOfRowsInTableView(platform::Table& table) override;
+    platform::TableRowView* tableView_rowViewForRow(platform::Table& table,
+                                                    std::size_t row) override;  // in src/views
+    platform::TableCellView* tableView_viewForTableColumn_row(platform::Table& table,
+                                                              std::size_t row) override;  // in src/views
+    void tableViewSelectionDidChange() override;
+
+private:
+    explicit TodayViewController(const Services& services);
+
+    void adjustHeight();
+
+    Services services_;
+    platform::Table* myTableView_ = nullptr;   // a TodayTableView, owned by the view tree
+    TodayHeaderView* myHeaderView_ = nullptr;  // owned by the view tree
+    bool my_legacyDarkBackground_ = false;
+    platform::Atomic<ExtensionMessageList> dataFromDisk_;
+    platform::Atomic<ExtensionMessageList> dataToShow_;
+    platform::Atomic<std::shared_ptr<platform::LayoutConstraint>> viewHeightContraint_;
+};
+
+}  // namespace quillet

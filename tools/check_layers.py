@@ -1,0 +1,58 @@
+#!/usr/bin/env python3
+"""Checks that every folder includes only what it may know: usage: check_layers.py ROOT."""
+import pathlib
+import re
+import sys
+
+FOUNDATION, DESKTOP, UI = "platform/foundation", "platform/desktop", "platform/ui"
+MAY_INCLUDE = {
+    "util": {"util"},
+    FOUNDATION: {FOUNDATION},
+    DESKTOP: {DESKTOP, FOUNDATION},
+    UI: {UI, DESKTOP, FOUNDATION},
+    "model": {"model", "util", FOUNDATION},
+    "widget": {"widget", "model", "util", FOUNDATION, DESKTOP, UI},
+    "views": {"views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
+    "app": {"app", "views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
+}
+# Folders whose every file is free of the toolkit, and those whose headers are.
+NO_QT = {"util", FOUNDATION, "model", "widget"}
+NO_QT_HEADERS = {DESKTOP}
+# Headers of platform/ui that the logic may include, since they hold no toolkit type.
+UI_WITHOUT_QT = {"AnimationContext.h", "LayoutConstraint.h", "Table.h", "ViewController.h"}
+INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]')
+
+
+def folder_of(path):
+    return next((folder for folder in MAY_INCLUDE if path.startswith(folder + "/")), None)
+
+
+def problems(source, path):
+    folder = folder_of(path)
+    qt_free = folder in NO_QT or (folder in NO_QT_HEADERS and path.endswith(".h"))
+    qt_free = qt_free or (folder == UI and path.rsplit("/", 1)[1] in UI_WITHOUT_QT)
+    for number, line in enumerate(source.read_text(encoding="utf-8").splitlines(), 1):
+        match = INCLUDE.match(line)
+        if not match:
+            continue
+        name = match.group(2)
+        target = folder_of(name)
+        if target and target not in MAY_INCLUDE[folder]:
+            yield f"src/{path}:{number}: {folder} may not include {target}"
+        if qt_free and (re.match(r"Q[A-Za-z]|qt", name) or
+                        (target == UI and name.rsplit("/", 1)[1] not in UI_WITHOUT_QT)):
+            yield f"src/{path}:{number}: {name} brings in the toolkit"
+
+
+def main():
+    root = pathlib.Path(sys.argv[1]) / "src"
+    files = [file for file in root.rglob("*") if file.suffix in {".h", ".cpp"}]
+    known = [(file, file.relative_to(root).as_posix()) for file in files]
+    found = [f"src/{path}: in no known folder" for _, path in known if not folder_of(path)]
+    found += [line for file, path in known if folder_of(path) for line in problems(file, path)]
+    print("\n".join(found) or f"{len(files)} files, all arrows point the right way")
+    return 1 if found or not files else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
