@@ -1,0 +1,20 @@
+#!/bin/sh
+# Draws the PNG pictures below resources/ anew from their SVG sources. Needs rsvg-convert (Debian:
+# librsvg2-bin). The pictures are kept beside the sources, so building needs neither.
+set -eu
+cd "$(dirname "$0")/../resources"
+
+draw() {  # draw SOURCE PIXELS FILE
+    rsvg-convert --width "$2" --height "$2" --output "$3" "$1"
+    echo "$3"
+}
+
+for name in w_reply w_archive w_trash; do
+    # At one pixel a point the strokes have to lie on whole pixels: a drawing of its own.
+    draw "images/source/1x/$name.svg" 20 "images/$name.png"
+    draw "images/source/$name.svg" 40 "images/$name@2x.png"
+    draw "images/source/$name.svg" 60 "images/$name@3x.png"
+done
+for size in 48 128 256; do
+    draw icons/it.tarno.quillet.today.svg "$size" "icons/it.tarno.quillet.today-$size.png"
+done
