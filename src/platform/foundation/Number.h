@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,8 +14,10 @@ public:
     enum class Kind : std::uint8_t { Boolean, Integer, Unsigned, Real };
 
     constexpr Number() noexcept : Number(std::int64_t{0}) {}
-    constexpr explicit Number(bool value) noexcept : unsigned_(value ? 1 : 0), kind_(Kind::Boolean) {}
-    constexpr explicit Number(std::int64_t value) noexcept : integer_(value), kind_(Kind::Integer) {}
+    constexpr explicit Number(bool value) noexcept
+        : unsigned_(value ? 1 : 0), kind_(Kind::Boolean) {}
+    constexpr explicit Number(std::int64_t value) noexcept
+        : integer_(value), kind_(Kind::Integer) {}
     constexpr explicit Number(std::uint64_t value) noexcept
         : unsigned_(value), kind_(Kind::Unsigned) {}
     constexpr explicit Number(double value) noexcept : real_(value), kind_(Kind::Real) {}
@@ -50,6 +53,10 @@ private:
 // are held at the 64-bit limits.
 std::int64_t integerValueOfText(std::string_view text) noexcept;
 float floatValueOfText(std::string_view text) noexcept;
+// The decimal number that the text starts with (optional sign, no white space before it), which is
+// taken off the text; none where it starts with no number. One that no double can hold gives an
+// infinity or 0.
+std::optional<double> realValueAtStartOfText(std::string_view& text) noexcept;
 // True when, after white space, a sign and zeros, the text starts with one of Y y T t 1-9.
 bool boolValueOfText(std::string_view text) noexcept;
 

@@ -15,7 +15,8 @@
 
 namespace quillet::platform {
 
-class PropertyListDocument;
+struct PropertyListNode;
+struct PropertyListState;
 
 enum class PropertyListType : std::uint8_t {
     Absent,
@@ -61,7 +62,7 @@ public:
     PropertyListValue() = default;
 
     PropertyListType type() const noexcept;
-    explicit operator bool() const noexcept { return document_ != nullptr; }
+    explicit operator bool() const noexcept { return state_ != nullptr; }
 
     // The text of a string. The view points into the document or, where something had to be
     // unescaped or converted, into `scratch`. Raises for other types.
@@ -103,13 +104,43 @@ public:
 private:
     friend class PropertyListDocument;
     friend class PropertyListKeys;
-    friend struct PropertyListAccess;
 
-    PropertyListValue(const PropertyListDocument* document, std::uint32_t node)
-        : document_(document), node_(node) {}
+    PropertyListValue(const PropertyListState* state, std::uint32_t node) noexcept;
 
-    const PropertyListDocument* document_ = nullptr;
+    const PropertyListNode& node() const noexcept;
+    const PropertyListNode& nodeOfType(PropertyListType type, const char* conversion) const;
+    [[noreturn]] void raise(const char* conversion) const;
+
+    const PropertyListState* state_ = nullptr;
     std::uint32_t node_ = 0;
+};
+
+// A place in a loop over an array's elements or a dictionary's keys.
+class PropertyListValue::Iterator {
+public:
+    using value_type = PropertyListValue;
+    using difference_type = std::ptrdiff_t;
+
+    Iterator() = default;
+
+    PropertyListValue operator*() const noexcept;
+    Iterator& operator++() noexcept;
+    Iterator operator++(int) noexcept {
+        Iterator old = *this;
+        ++*this;
+        return old;
+    }
+    friend bool operator==(const Iterator& left, const Iterator& right) noexcept {
+        return left.remaining_ == right.remaining_;
+    }
+
+private:
+    friend class PropertyListValue;
+
+    const PropertyListState* state_ = nullptr;
+    std::uint32_t at_ = 0;         // XML: the node; binary: the place of its reference
+    std::uint32_t remaining_ = 0;  // elements left
+    bool keys_ = false;
 };
 
 // A property list in the XML or the binary format, told by its first bytes. A document owns the
@@ -141,12 +172,7 @@ public:
     PropertyListValue root() const noexcept;
 
 private:
-    friend class PropertyListValue;
-    friend class PropertyListKeys;
-    friend struct PropertyListAccess;
-
-    struct State;
-    std::unique_ptr<State> state_;
+    std::unique_ptr<PropertyListState> state_;
 };
 
 // Looks up a fixed set of keys in one dictionary after another. Remembers where the keys stood in
@@ -163,6 +189,9 @@ public:
     void find(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
 
 private:
+    void findInXml(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
+    void findInBinary(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
+
     std::vector<std::string_view> keys_;
     std::vector<std::uint32_t> positions_;
 };

@@ -1,0 +1,260 @@
+#include <limits>
+#include <string>
+
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/PropertyList.h"
+#include "platform/foundation/PropertyListState.h"
+#include "platform/foundation/Utf8.h"
+
+namespace quillet::platform {
+
+namespace {
+
+using Form = PropertyListForm;
+using Node = PropertyListNode;
+using State = PropertyListState;
+using Type = PropertyListType;
+
+const char* nameOf(Type type) {
+    switch (type) {
+        case Type::Absent:
+            return "an absent value";
+        case Type::String:
+            return "a string";
+        case Type::Integer:
+            return "an integer";
+        case Type::Real:
+            return "a real";
+        case Type::Boolean:
+            return "a boolean";
+        case Type::Date:
+            return "a date";
+        case Type::Data:
+            return "data";
+        case Type::Array:
+            return "an array";
+        case Type::Dictionary:
+            return "a dictionary";
+        case Type::Uid:
+            return "a UID";
+    }
+    return "a value";
+}
+
+Number numberOf(const Node& node) {
+    switch (node.type) {
+        case Type::Boolean:
+            return Number(node.bits() != 0);
+        case Type::Real:
+            return Number(node.real());
+        default:
+            return node.form == Form::Unsigned ? Number(node.bits())
+                                               : Number(static_cast<std::int64_t>(node.bits()));
+    }
+}
+
+bool isNumber(Type type) {
+    return type == Type::Integer || type == Type::Real || type == Type::Boolean;
+}
+
+std::string_view textOf(const State& state, const Node& node, std::string& scratch) {
+    const std::string_view text = state.textOf(node);
+    if (node.form == Form::Plain) {
+        return text;
+    }
+    scratch.clear();
+    if (node.form == Form::Utf16) {
+        appendUtf16AsUtf8(text, std::endian::big, scratch);
+    } else {
+        appendUnescapedXml(text, scratch);
+    }
+    return scratch;
+}
+
+}  // namespace
+
+PropertyListValue::PropertyListValue(const PropertyListState* state, std::uint32_t node) noexcept {
+    if (state->nodes[node].type != Type::Absent) {
+        state_ = state;
+        node_ = node;
+    }
+}
+
+const PropertyListNode& PropertyListValue::node() const noexcept {
+    return state_->nodes[node_];
+}
+
+PropertyListType PropertyListValue::type() const noexcept {
+    return state_ == nullptr ? Type::Absent : node().type;
+}
+
+void PropertyListValue::raise(const char* conversion) const {
+    throw Exception(std::string(nameOf(type())) + " has no " + conversion);
+}
+
+const PropertyListNode& PropertyListValue::nodeOfType(Type wanted, const char* conversion) const {
+    if (type() != wanted) {
+        raise(conversion);
+    }
+    return node();
+}
+
+std::string_view PropertyListValue::stringValue(std::string& scratch) const {
+    return textOf(*state_, nodeOfType(Type::String, "string value"), scratch);
+}
+
+std::string PropertyListValue::stringValue() const {
+    std::string scratch;
+    const std::string_view text = stringValue(scratch);
+    return text.data() == scratch.data() ? std::move(scratch) : std::string(text);
+}
+
+std::uint64_t PropertyListValue::unsignedIntegerValue() const {
+    if (!isNumber(type())) {
+        raise("unsigned integer value");
+    }
+    return numberOf(node()).unsignedIntegerValue();
+}
+
+std::int64_t PropertyListValue::integerValue() const {
+    if (type() == Type::String) {
+        std::string scratch;
+        return integerValueOfText(stringValue(scratch));
+    }
+    if (!isNumber(type())) {
+        raise("integer value");
+    }
+    return numberOf(node()).integerValue();
+}
+
+float PropertyListValue::floatValue() const {
+    if (type() == Type::String) {
+        std::string scratch;
+        return floatValueOfText(stringValue(scratch));
+    }
+    if (!isNumber(type())) {
+        raise("single-precision value");
+    }
+    return numberOf(node()).floatValue();
+}
+
+bool PropertyListValue::boolValue() const {
+    if (type() == Type::String) {
+        std::string scratch;
+        return boolValueOfText(stringValue(scratch));
+    }
+    if (!isNumber(type())) {
+        raise("boolean value");
+    }
+    return numberOf(node()).boolValue();
+}
+
+Number PropertyListValue::numberValue() const {
+    if (!isNumber(type())) {
+        raise("number value");
+    }
+    return numberOf(node());
+}
+
+double PropertyListValue::dateValue() const {
+    return nodeOfType(Type::Date, "date value").real();
+}
+
+std::uint64_t PropertyListValue::uidValue() const {
+    return nodeOfType(Type::Uid, "UID value").bits();
+}
+
+std::string PropertyListValue::dataValue() const {
+    const Node& data = nodeOfType(Type::Data, "data value");
+    if (data.form == Form::Plain) {
+        return std::string(state_->textOf(data));
+    }
+    std::string scratch;
+    if (data.form == Form::Escaped) {
+        appendUnescapedXml(state_->textOf(data), scratch);
+        return decodedBase64(scratch);
+    }
+    return decodedBase64(state_->textOf(data));
+}
+
+std::size_t PropertyListValue::count() const noexcept {
+    return state_ != nullptr && node().isContainer() ? node().length : 0;
+}
+
+PropertyListValue PropertyListValue::valueForKey(std::string_view key) const {
+    const Node& dictionary = nodeOfType(Type::Dictionary, "value for a key");
+    std::string scratch;
+    PropertyListValue found;
+    std::uint32_t at = node_ + 1;
+    for (std::uint32_t i = 0; i < dictionary.length; ++i) {
+        std::uint32_t keyNode = at;
+        std::uint32_t valueNode = at + 1;
+        if (dictionary.form == Form::References) {
+            keyNode = state_->reference(dictionary.offset, i);
+            valueNode = state_->reference(dictionary.offset, dictionary.length + i);
+        } else {
+            at = state_->nodes[valueNode].extent;
+        }
+        // The search goes on behind a match: of a repeated key the last one counts.
+        if (textOf(*state_, state_->nodes[keyNode], scratch) == key) {
+            found = PropertyListValue(state_, valueNode);
+        }
+    }
+    return found;
+}
+
+PropertyListValue::Iterator PropertyListValue::begin() const {
+    if (state_ == nullptr || !node().isContainer()) {
+        raise("elements to loop over");
+    }
+    const Node& container = node();
+    Iterator iterator;
+    iterator.state_ = state_;
+    iterator.at_ = container.form == Form::References ? container.offset : node_ + 1;
+    iterator.remaining_ = container.length;
+    iterator.keys_ = container.type == Type::Dictionary;
+    return iterator;
+}
+
+PropertyListValue::Iterator PropertyListValue::end() const {
+    if (state_ == nullptr || !node().isContainer()) {
+        raise("elements to loop over");
+    }
+    return {};
+}
+
+PropertyListValue PropertyListValue::Iterator::operator*() const noexcept {
+    return {state_, state_->referenceWidth == 0 ? at_ : state_->reference(at_, 0)};
+}
+
+PropertyListValue::Iterator& PropertyListValue::Iterator::operator++() noexcept {
+    if (state_->referenceWidth != 0) {
+        at_ += state_->referenceWidth;
+    } else {
+        // The node behind a key is its value, which the loop steps over.
+        const std::uint32_t element = keys_ ? at_ + 1 : at_;
+        at_ = state_->nodes[element].extent;
+    }
+    --remaining_;
+    return *this;
+}
+
+std::vector<std::pair<PropertyListValue, PropertyListValue>> PropertyListValue::entries() const {
+    const Node& dictionary = nodeOfType(Type::Dictionary, "entries");
+    std::vector<std::pair<PropertyListValue, PropertyListValue>> result;
+    result.reserve(dictionary.length);
+    std::uint32_t at = node_ + 1;
+    for (std::uint32_t i = 0; i < dictionary.length; ++i) {
+        if (dictionary.form == Form::References) {
+            const std::uint32_t key = state_->reference(dictionary.offset, i);
+            const std::uint32_t value = state_->reference(dictionary.offset, dictionary.length + i);
+            result.emplace_back(PropertyListValue(state_, key), PropertyListValue(state_, value));
+        } else {
+            result.emplace_back(PropertyListValue(state_, at), PropertyListValue(state_, at + 1));
+            at = state_->nodes[at + 1].extent;
+        }
+    }
+    return result;
+}
+
+}  // namespace quillet::platform

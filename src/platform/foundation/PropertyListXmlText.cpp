@@ -1,0 +1,325 @@
+#include "platform/foundation/PropertyListXmlText.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <limits>
+#include <string>
+#include <system_error>
+
+#include "platform/foundation/ByteScan.h"
+#include "platform/foundation/PropertyListState.h"
+#include "platform/foundation/Utf8.h"
+
+namespace quillet::platform {
+
+namespace {
+
+constexpr std::string_view kCdataStart = "<![CDATA[";
+constexpr std::string_view kCdataEnd = "]]>";
+constexpr std::string_view kCommentStart = "<!--";
+constexpr std::string_view kCommentEnd = "-->";
+constexpr std::string_view kInstructionEnd = "?>";
+
+// Bytes that are checked at once.
+constexpr std::size_t kCheckBlock = 64;
+
+struct Entity {
+    std::string_view text;
+    char character;
+};
+constexpr std::array<Entity, 5> kEntities{
+    {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}}};
+
+bool isXmlCharacter(std::uint32_t code) {
+    if (code < 0x20) {
+        return code == '\t' || code == '\n' || code == '\r';
+    }
+    return isUnicodeScalar(code) && code != 0xFFFE && code != 0xFFFF;
+}
+
+// Appends text as XML hands it on: line ends of every kind are one line feed.
+void appendWithLineFeeds(std::string_view text, std::string& result) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r') {
+            result += text[i];
+        } else if (!text.substr(i + 1).starts_with('\n')) {
+            result += '\n';
+        }
+    }
+}
+
+// The markup at the start of the text that lasts until `ending`; the text has been checked.
+std::string_view takeMarkup(std::string_view& text, std::string_view ending) {
+    const std::size_t length = text.find(ending) + ending.size();
+    const std::string_view markup = text.substr(0, length);
+    text.remove_prefix(length);
+    return markup;
+}
+
+void appendMarkup(std::string_view& text, std::string& result) {
+    if (text.starts_with(kCdataStart)) {
+        std::string_view section = takeMarkup(text, kCdataEnd);
+        section.remove_prefix(kCdataStart.size());
+        section.remove_suffix(kCdataEnd.size());
+        appendWithLineFeeds(section, result);
+    } else {
+        takeMarkup(text, text.starts_with(kCommentStart) ? kCommentEnd : kInstructionEnd);
+    }
+}
+
+int base64Digit(char character) {
+    if (character >= 'A' && character <= 'Z') {
+        return character - 'A';
+    }
+    if (character >= 'a' && character <= 'z') {
+        return character - 'a' + 26;
+    }
+    if (character >= '0' && character <= '9') {
+        return character - '0' + 52;
+    }
+    return character == '+' ? 62 : character == '/' ? 63 : -1;
+}
+
+// Days from 2001-01-01 to a day of the Gregorian calendar.
+std::int64_t daysSince2001(int year, int month, int day) {
+    constexpr std::int64_t kDaysTo2001 = 730791;  // from 0000-03-01
+    const int shifted = month > 2 ? year : year - 1;
+    const int monthFromMarch = month > 2 ? month - 3 : month + 9;
+    const std::int64_t leapDays = shifted >= 0 ? shifted / 4 - shifted / 100 + shifted / 400 : -1;
+    return std::int64_t{365} * shifted + leapDays + (153 * monthFromMarch + 2) / 5 + (day - 1) -
+           kDaysTo2001;
+}
+
+int daysOfMonth(int year, int month) {
+    constexpr std::array<int, 13> kDays{0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    return month == 2 && leap ? 29 : kDays[static_cast<std::size_t>(month)];
+}
+
+int digitsAt(std::string_view text, std::size_t at, std::size_t count) {
+    int value = 0;
+    std::from_chars(text.data() + at, text.data() + at + count, value);
+    return value;
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& character : lower) {
+        if (character >= 'A' && character <= 'Z') {
+            character = static_cast<char>(character - 'A' + 'a');
+        }
+    }
+    return lower;
+}
+
+// Takes an optional sign off the text; true for "-".
+bool takeSign(std::string_view& text) {
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    return negative;
+}
+
+bool isForbiddenControl(char character) {
+    return static_cast<unsigned char>(character) < 0x20 && !isXmlSpace(character);
+}
+
+// Whether a block of bytes is ASCII without forbidden control characters.
+bool isPlainBlock(const char* bytes) {
+    unsigned unusual = 0;
+    for (std::size_t i = 0; i < kCheckBlock; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        const bool space = byte == '\t' || byte == '\n' || byte == '\r';
+        unusual |= static_cast<unsigned>(byte >= 0x80) |
+                   (static_cast<unsigned>(byte < 0x20) & static_cast<unsigned>(!space));
+    }
+    return unusual == 0;
+}
+
+// Bytes of the character at `at`; throws where it is none that XML allows.
+std::size_t checkedCharacterLength(std::string_view text, std::size_t at) {
+    const std::string_view rest = text.substr(at);
+    const std::size_t length = utf8SequenceLength(rest);
+    if (length == 0) {
+        failPropertyList(PropertyListErrorKind::InvalidText, at, "a byte that is no valid UTF-8");
+    }
+    const bool noncharacter = rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF");
+    if (noncharacter || isForbiddenControl(rest.front())) {
+        failPropertyList(PropertyListErrorKind::Malformed, at, "a character that XML forbids");
+    }
+    return length;
+}
+
+}  // namespace
+
+void checkXmlCharacters(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        if (text.size() - at >= kCheckBlock && isPlainBlock(text.data() + at)) {
+            at += kCheckBlock;
+            continue;
+        }
+        const std::size_t blockEnd = std::min(at + kCheckBlock, text.size());
+        while (at < blockEnd) {
+            at += checkedCharacterLength(text, at);
+        }
+    }
+}
+
+bool isXmlSpace(char character) noexcept {
+    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
+}
+
+std::string_view trimmedXmlSpace(std::string_view text) noexcept {
+    while (!text.empty() && isXmlSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && isXmlSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept {
+    for (const Entity& entity : kEntities) {
+        if (text.starts_with(entity.text)) {
+            return XmlReference{static_cast<unsigned char>(entity.character), entity.text.size()};
+        }
+    }
+    if (!text.starts_with("&#")) {
+        return std::nullopt;
+    }
+    const bool hexadecimal = text.substr(2).starts_with('x');
+    const char* digits = text.data() + (hexadecimal ? 3 : 2);
+    const char* end = text.data() + text.size();
+    std::uint32_t code = 0;
+    const auto parsed = std::from_chars(digits, end, code, hexadecimal ? 16 : 10);
+    if (parsed.ec != std::errc() || parsed.ptr == end || *parsed.ptr != ';' ||
+        !isXmlCharacter(code)) {
+        return std::nullopt;
+    }
+    return XmlReference{code, static_cast<std::size_t>(parsed.ptr + 1 - text.data())};
+}
+
+void appendUnescapedXml(std::string_view text, std::string& result) {
+    while (!text.empty()) {
+        const std::size_t plain = std::min(text.find_first_of("&<\r"), text.size());
+        result.append(text.substr(0, plain));
+        text.remove_prefix(plain);
+        if (text.starts_with('&')) {
+            const auto reference = xmlReferenceAtStart(text).value_or(XmlReference{0, 1});
+            appendUtf8(reference.code, result);
+            text.remove_prefix(reference.length);
+        } else if (text.starts_with('<')) {
+            appendMarkup(text, result);
+        } else if (text.starts_with('\r')) {
+            appendWithLineFeeds(text.substr(0, 2).starts_with("\r\n") ? "\n" : "\r", result);
+            text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
+        }
+    }
+}
+
+std::optional<Number> integerOfXmlText(std::string_view text) noexcept {
+    constexpr auto kSignedLimit =
+        static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    text = trimmedXmlSpace(text);
+    const bool negative = takeSign(text);
+    const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+    if (hexadecimal) {
+        text.remove_prefix(2);
+    }
+    const char* end = text.data() + text.size();
+    std::uint64_t magnitude = 0;
+    const auto parsed = std::from_chars(text.data(), end, magnitude, hexadecimal ? 16 : 10);
+    if (parsed.ec != std::errc() || parsed.ptr != end ||
+        (negative && magnitude > kSignedLimit + 1)) {
+        return std::nullopt;
+    }
+    if (negative) {
+        return Number(static_cast<std::int64_t>(0 - magnitude));
+    }
+    return magnitude > kSignedLimit ? Number(magnitude)
+                                    : Number(static_cast<std::int64_t>(magnitude));
+}
+
+std::optional<double> realOfXmlText(std::string_view text) noexcept {
+    text = trimmedXmlSpace(text);
+    std::string_view number = text;
+    if (const auto value = realValueAtStartOfText(number)) {
+        return number.empty() ? value : std::nullopt;
+    }
+    const bool negative = takeSign(text);
+    constexpr std::size_t kLongestWord = 8;
+    const std::string word = lowerCase(text.substr(0, kLongestWord + 1));
+    if (word == "nan") {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    if (word == "inf" || word == "infinity") {
+        const double infinity = std::numeric_limits<double>::infinity();
+        return negative ? -infinity : infinity;
+    }
+    return std::nullopt;
+}
+
+std::optional<double> dateOfXmlText(std::string_view text) noexcept {
+    constexpr std::string_view kShape = "0000-00-00T00:00:00Z";
+    text = trimmedXmlSpace(text);
+    const auto fits = [](char character, char shape) {
+        return shape == '0' ? character >= '0' && character <= '9' : character == shape;
+    };
+    if (!std::equal(text.begin(), text.end(), kShape.begin(), kShape.end(), fits)) {
+        return std::nullopt;
+    }
+    const int year = digitsAt(text, 0, 4);
+    const int month = digitsAt(text, 5, 2);
+    const int day = digitsAt(text, 8, 2);
+    const int hour = digitsAt(text, 11, 2);
+    const int minute = digitsAt(text, 14, 2);
+    const int second = digitsAt(text, 17, 2);
+    if (month < 1 || month > 12 || day < 1 || day > daysOfMonth(year, month) || hour > 23 ||
+        minute > 59 || second > 59) {
+        return std::nullopt;
+    }
+    const std::int64_t minutes = (daysSince2001(year, month, day) * 24 + hour) * 60 + minute;
+    return static_cast<double>(minutes * 60 + second);
+}
+
+bool isBase64(std::string_view text) noexcept {
+    std::size_t digits = 0;
+    bool padded = false;
+    for (const char character : text) {
+        if (character == '=') {
+            padded = true;
+        } else if (!isXmlSpace(character)) {
+            if (padded || base64Digit(character) < 0) {
+                return false;
+            }
+            ++digits;
+        }
+    }
+    return digits % 4 != 1;
+}
+
+std::string decodedBase64(std::string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size() / 4 * 3);
+    std::uint32_t bits = 0;
+    unsigned count = 0;
+    for (const char character : text) {
+        const int digit = base64Digit(character);
+        if (digit < 0) {
+            continue;
+        }
+        bits = (bits << 6U) | static_cast<std::uint32_t>(digit);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>((bits >> count) & 0xFFU);
+        }
+    }
+    return bytes;
+}
+
+}  // namespace quillet::platform

@@ -1,0 +1,126 @@
+#include "platform/foundation/Utf8.h"
+
+#include <array>
+#include <cstring>
+
+namespace quillet::platform {
+
+namespace {
+
+constexpr std::uint32_t kReplacement = 0xFFFD;
+
+bool isContinuation(unsigned char byte) {
+    return (byte & 0xC0U) == 0x80;
+}
+
+// The smallest code that needs a sequence of the given length.
+constexpr std::array<std::uint32_t, 5> kSmallest{0, 0, 0x80, 0x800, 0x10000};
+
+std::size_t lengthByLeadByte(unsigned char lead) {
+    if (lead >= 0xF0) {
+        return lead < 0xF5 ? 4 : 0;
+    }
+    if (lead >= 0xE0) {
+        return 3;
+    }
+    return lead >= 0xC2 ? 2 : 0;
+}
+
+class Utf16Units {
+public:
+    Utf16Units(std::string_view bytes, std::endian order)
+        : bytes_(bytes), high_(order == std::endian::big ? 0 : 1) {}
+
+    std::size_t count() const { return bytes_.size() / 2; }
+    std::uint32_t operator[](std::size_t index) const {
+        const auto high = static_cast<unsigned char>(bytes_[2 * index + high_]);
+        const auto low = static_cast<unsigned char>(bytes_[2 * index + 1 - high_]);
+        return (std::uint32_t{high} << 8U) | low;
+    }
+
+private:
+    std::string_view bytes_;
+    std::size_t high_;
+};
+
+}  // namespace
+
+bool isUnicodeScalar(std::uint32_t code) noexcept {
+    return code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF);
+}
+
+void appendUtf8(std::uint32_t code, std::string& text) {
+    if (!isUnicodeScalar(code)) {
+        code = kReplacement;
+    }
+    if (code < 0x80) {
+        text += static_cast<char>(code);
+        return;
+    }
+    const unsigned tails = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+    const std::uint32_t lead = tails == 1 ? 0xC0 : tails == 2 ? 0xE0 : 0xF0;
+    text += static_cast<char>(lead | (code >> (6 * tails)));
+    for (unsigned left = tails; left > 0; --left) {
+        text += static_cast<char>(0x80U | ((code >> (6 * (left - 1))) & 0x3FU));
+    }
+}
+
+void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& text) {
+    const Utf16Units units(bytes, order);
+    for (std::size_t i = 0; i < units.count(); ++i) {
+        std::uint32_t code = units[i];
+        const bool leads = code >= 0xD800 && code < 0xDC00 && i + 1 < units.count();
+        const std::uint32_t next = leads ? units[i + 1] : 0;
+        if (next >= 0xDC00 && next < 0xE000) {
+            code = 0x10000 + ((code - 0xD800) << 10U) + (next - 0xDC00);
+            ++i;
+        }
+        appendUtf8(code, text);
+    }
+}
+
+std::size_t utf8SequenceLength(std::string_view text) noexcept {
+    if (text.empty()) {
+        return 0;
+    }
+    const auto lead = static_cast<unsigned char>(text.front());
+    if (lead < 0x80) {
+        return 1;
+    }
+    const std::size_t length = lengthByLeadByte(lead);
+    if (length == 0 || length > text.size()) {
+        return 0;
+    }
+    std::uint32_t code = lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (!isContinuation(byte)) {
+            return 0;
+        }
+        code = (code << 6U) | (byte & 0x3FU);
+    }
+    return code >= kSmallest[length] && isUnicodeScalar(code) ? length : 0;
+}
+
+std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        std::uint64_t word = 0;
+        if (text.size() - at >= sizeof word) {
+            std::memcpy(&word, text.data() + at, sizeof word);
+            if ((word & kHighBits) == 0) {
+                at += sizeof word;
+                continue;
+            }
+        }
+        const std::size_t length = utf8SequenceLength(text.substr(at));
+        if (length == 0) {
+            return at;
+        }
+        at += length;
+    }
+    return std::nullopt;
+}
+
+}  // namespace quillet::platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillet::platform {
+
+// Whether a number is a character: at most U+10FFFF and no surrogate.
+bool isUnicodeScalar(std::uint32_t code) noexcept;
+
+// Appends one character in UTF-8; what is no Unicode scalar becomes U+FFFD.
+void appendUtf8(std::uint32_t code, std::string& text);
+
+// Appends UTF-16 bytes as UTF-8. Lone surrogates become U+FFFD; a last odd byte is left out.
+void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& text);
+
+// The place of the first byte that is not part of valid UTF-8 (overlong forms, surrogates and
+// numbers above U+10FFFF are not valid); none where all are.
+std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept;
+
+// Bytes of the valid UTF-8 sequence that `text` starts with, 0 where it starts with none.
+std::size_t utf8SequenceLength(std::string_view text) noexcept;
+
+}  // namespace quillet::platform
