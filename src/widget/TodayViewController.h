@@ -98,14 +98,16 @@ public:
     std::size_t numberOfRowsInTableView(platform::Table& table) override;
     platform::TableRowView* tableView_rowViewForRow(platform::Table& table,
                                                     std::size_t row) override;  // in src/views
-    platform::TableCellView* tableView_viewForTableColumn_row(platform::Table& table,
-                                                              std::size_t row) override;  // in src/views
+    platform::TableCellView* tableView_viewForTableColumn_row(
+        platform::Table& table,
+        std::size_t row) override;  // in src/views
     void tableViewSelectionDidChange() override;
 
 private:
     explicit TodayViewController(const Services& services);
 
     void adjustHeight();
+    std::ptrdiff_t rowAfterRebuild(std::ptrdiff_t row, const ExtensionMessageList& before) const;
 
     Services services_;
     platform::Table* myTableView_ = nullptr;   // a TodayTableView, owned by the view tree

@@ -1,9 +1,8 @@
 // The main function of test programs that need the toolkit: without a display, in English, with
 // the interface font that the design was made for.
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
+#include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {

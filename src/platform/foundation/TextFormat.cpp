@@ -17,8 +17,7 @@ std::size_t placeLength(std::string_view format, std::size_t at) {
 
 }  // namespace
 
-std::string formatText(std::string_view format,
-                       std::initializer_list<std::string_view> arguments) {
+std::string formatText(std::string_view format, std::initializer_list<std::string_view> arguments) {
     std::string text;
     const auto* next = arguments.begin();
     for (std::size_t at = 0; at < format.size();) {

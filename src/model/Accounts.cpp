@@ -1,0 +1,53 @@
+#include "model/ExtensionUtilities.h"
+#include "platform/foundation/FileCoordinator.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/Path.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace quillet::ExtensionUtilities {
+
+using platform::PropertyListDocument;
+using platform::PropertyListType;
+
+namespace {
+
+std::optional<std::string> accountsPath(const std::optional<std::string>& dataFolder) {
+    if (!dataFolder) {
+        return std::nullopt;
+    }
+    const std::string path = platform::Path::appendingPathComponent(*dataFolder, "Accounts");
+    return platform::Path::appendingPathExtension(path, "plist");
+}
+
+// Reads a property list whose root is an array; false for anything else.
+bool readArray(const std::string& path, PropertyListDocument& document) {
+    return !platform::FileManager::readFile(
+               path, document.bytes(), PropertyListDocument::kMaximumFileSize) &&
+           !document.parse() && document.root().type() == PropertyListType::Array;
+}
+
+}  // namespace
+
+std::vector<std::shared_ptr<ExtensionAccount>> Accounts() {
+    const std::optional<std::string> dataFolder = GroupDataPath();
+    PropertyListDocument document;
+    bool found = false;
+    // The file is only read, but a writer's lock orders the read against every other party.
+    const auto error =
+        platform::FileCoordinator(dataFolder)
+            .coordinateWriting(accountsPath(dataFolder),
+                               [&](const std::string& path) { found = readArray(path, document); });
+    if (error) {
+        platform::Log::write("NSFileCoordinator Accounts %@", {error->description()});
+    }
+    std::vector<std::shared_ptr<ExtensionAccount>> accounts;
+    if (found) {
+        for (const platform::PropertyListValue& element : document.root()) {
+            accounts.push_back(ExtensionAccount::initWithDictonary(element));
+        }
+    }
+    return accounts;
+}
+
+}  // namespace quillet::ExtensionUtilities

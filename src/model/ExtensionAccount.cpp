@@ -1,0 +1,52 @@
+#include "model/ExtensionAccount.h"
+
+#include "model/RecordFields.h"
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/TextFormat.h"
+
+namespace quillet {
+
+using platform::PropertyListValue;
+
+std::shared_ptr<ExtensionAccount> ExtensionAccount::initWithDictonary(
+    const PropertyListValue& dictionary) {
+    auto account = std::make_shared<ExtensionAccount>();
+    try {
+        account->fill(dictionary);
+    } catch (const platform::Exception& exception) {
+        platform::Log::write("ExtensionAccount initWithDictonary %@", {exception.description()});
+    }
+    return account;
+}
+
+void ExtensionAccount::fill(const PropertyListValue& dictionary) {
+    mail_.set(textField(dictionary, "mail", "No Mail"));
+    name_.set(textField(dictionary, "name", ""));
+    if (const PropertyListValue type = dictionary.valueForKey("type")) {
+        type_ = type.integerValue();
+    }
+    if (const PropertyListValue enabled = dictionary.valueForKey("enabled")) {
+        enabled_ = enabled.boolValue();
+    }
+    fillAliases(dictionary.valueForKey("aliases"));
+}
+
+void ExtensionAccount::fillAliases(const PropertyListValue& aliases) {
+    aliases_.set(std::make_shared<const Aliases>());
+    if (!aliases) {
+        return;
+    }
+    Aliases list;
+    for (const PropertyListValue& element : aliases) {
+        list.push_back(ExtensionAlias::initWithDictonary(element));
+    }
+    aliases_.set(std::make_shared<const Aliases>(std::move(list)));
+}
+
+std::string ExtensionAccount::description() const {
+    const auto text = mail();
+    return platform::formatText("ExtensionAccount %@", {text ? *text : platform::kAbsentText});
+}
+
+}  // namespace quillet

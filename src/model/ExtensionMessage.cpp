@@ -1,0 +1,145 @@
+#include "model/ExtensionMessage.h"
+
+#include <cmath>
+#include <limits>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+#include "model/ExtensionMessageReader.h"
+#include "model/PropertyLock.h"
+#include "model/RecordBlock.h"
+#include "platform/foundation/TextFormat.h"
+
+namespace quillet {
+
+using platform::Number;
+
+namespace {
+
+bool equalTexts(const RecordText& left, const RecordText& right) {
+    return left && right && left.view() == right.view();
+}
+
+}  // namespace
+
+ExtensionMessage::ExtensionMessage() : date_(std::numeric_limits<double>::quiet_NaN()) {}
+
+ExtensionMessage::~ExtensionMessage() = default;
+
+std::shared_ptr<ExtensionMessage> ExtensionMessage::init() {
+    std::shared_ptr<ExtensionMessage> message = RecordBlock::append(RecordBlock::make(1));
+    auto draft = std::make_unique<Draft>();
+    draft->plainBody.emplace();
+    draft->htmlBody.emplace();
+    draft->to.emplace();
+    draft->cc.emplace();
+    draft->bcc.emplace();
+    draft->attachments.emplace();
+    message->draft_ = std::move(draft);
+    return message;
+}
+
+std::shared_ptr<ExtensionMessage> ExtensionMessage::initWithDictonary(
+    const platform::PropertyListValue& dictionary) {
+    return ExtensionMessageReader().readOne(dictionary);
+}
+
+std::optional<double> ExtensionMessage::date() const noexcept {
+    const double date = date_;
+    return std::isnan(date) ? std::nullopt : std::optional(date);
+}
+
+void ExtensionMessage::setDate(std::optional<double> secondsSince1970) noexcept {
+    date_ = secondsSince1970.value_or(std::numeric_limits<double>::quiet_NaN());
+}
+
+std::optional<Number> ExtensionMessage::unread() const {
+    return get(unread_);
+}
+
+void ExtensionMessage::setUnread(const std::optional<Number>& number) {
+    set(unread_, number);
+}
+
+std::optional<Number> ExtensionMessage::folderStandardId() const {
+    return get(folderStandardId_);
+}
+
+void ExtensionMessage::setFolderStandardId(const std::optional<Number>& number) {
+    set(folderStandardId_, number);
+}
+
+bool ExtensionMessage::isEqual(const ExtensionMessage* other) const {
+    return other != nullptr && isEqualToModel(*other);
+}
+
+bool ExtensionMessage::isEqualToModel(const ExtensionMessage& other) const {
+    if (this == &other) {
+        return true;
+    }
+    std::mutex& mine = propertyLock(this);
+    std::mutex& others = propertyLock(&other);
+    std::unique_lock first(mine, std::defer_lock);
+    std::unique_lock second(others, std::defer_lock);
+    if (&mine == &others) {
+        first.lock();
+    } else {
+        std::lock(first, second);
+    }
+    return equalTexts(messageId_, other.messageId_) && equalTexts(account_, other.account_);
+}
+
+std::string ExtensionMessage::description() const {
+    const Text text = subject();
+    return platform::formatText("ExtensionMessage %@", {text ? *text : platform::kAbsentText});
+}
+
+ExtensionMessage::Text ExtensionMessage::get(const RecordText& field) const {
+    const std::lock_guard lock(propertyLock(this));
+    return field ? Text(field.view()) : std::nullopt;
+}
+
+void ExtensionMessage::set(RecordText& field, const Text& text) {
+    RecordText replacement = RecordText::copyOf(text);
+    const std::lock_guard lock(propertyLock(this));
+    field = std::move(replacement);
+}
+
+std::optional<Number> ExtensionMessage::get(const OptionalNumber& field) const {
+    const std::lock_guard lock(propertyLock(this));
+    return field.present ? std::optional(field.number) : std::nullopt;
+}
+
+void ExtensionMessage::set(OptionalNumber& field, const std::optional<Number>& number) {
+    const std::lock_guard lock(propertyLock(this));
+    field = {number.value_or(Number()), number.has_value()};
+}
+
+template <typename Field>
+Field ExtensionMessage::draftField(Field Draft::*field) const {
+    const std::lock_guard lock(propertyLock(this));
+    return draft_ ? (*draft_).*field : Field();
+}
+
+template <typename Field>
+void ExtensionMessage::setDraftField(Field Draft::*field, Field value) {
+    const std::lock_guard lock(propertyLock(this));
+    if (!draft_) {
+        draft_ = std::make_unique<Draft>();
+    }
+    std::swap((*draft_).*field, value);
+}
+
+template ExtensionMessage::Text ExtensionMessage::draftField(Text Draft::*) const;
+template std::optional<ExtensionMessage::Recipients> ExtensionMessage::draftField(
+    std::optional<Recipients> Draft::*) const;
+template std::optional<ExtensionMessage::Attachments> ExtensionMessage::draftField(
+    std::optional<Attachments> Draft::*) const;
+template void ExtensionMessage::setDraftField(Text Draft::*, Text);
+template void ExtensionMessage::setDraftField(std::optional<Recipients> Draft::*,
+                                              std::optional<Recipients>);
+template void ExtensionMessage::setDraftField(std::optional<Attachments> Draft::*,
+                                              std::optional<Attachments>);
+
+}  // namespace quillet

@@ -1,0 +1,136 @@
+#include "model/ExtensionMessageReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "model/ExtensionDate.h"
+#include "model/RecordBlock.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/Log.h"
+
+namespace quillet {
+
+using platform::Number;
+using platform::PropertyListValue;
+
+namespace {
+
+constexpr std::string_view kKeys[] = {
+    "idx",
+    "acc_idx",
+    "icon_fetch",
+    "flip",
+    "subject",
+    "messageId",
+    "from",
+    "account",
+    "folder",
+    "folderStid",
+    "isUnread",
+    "date",
+};
+
+Number numberOf(const PropertyListValue& value) {
+    return value ? value.numberValue() : Number();
+}
+
+}  // namespace
+
+RecordText ExtensionMessageReader::SharedText::in(RecordBlock& block, std::string_view view) {
+    if (!text || text.view() != view) {
+        text = block.store(view);
+    }
+    return text.sharedInBlock();
+}
+
+ExtensionMessageReader::ExtensionMessageReader()
+    : keys_(kKeys),
+      noSubject_(platform::Bundle::main().localizedString("No subject")),
+      dates_(ExtensionDate::now()) {
+    static_assert(std::size(kKeys) == kKeyCount);
+}
+
+void ExtensionMessageReader::readAll(const PropertyListValue& data,
+                                     std::vector<std::shared_ptr<ExtensionMessage>>& messages) {
+    const auto first = data.begin();
+    begin(data.count());
+    for (auto element = first; element != data.end(); ++element) {
+        messages.push_back(RecordBlock::append(block_));
+        fill(*messages.back(), *element);
+    }
+    begin(0);
+}
+
+std::shared_ptr<ExtensionMessage> ExtensionMessageReader::readOne(
+    const PropertyListValue& dictionary) {
+    begin(1);
+    std::shared_ptr<ExtensionMessage> message = RecordBlock::append(block_);
+    fill(*message, dictionary);
+    begin(0);
+    return message;
+}
+
+// Starts a block of `count` records. The shared texts are forgotten: they lie in the block before.
+void ExtensionMessageReader::begin(std::size_t count) {
+    for (SharedText* shared : {&lastAccount_, &lastFrom_, &lastFolder_, &lastDate_}) {
+        shared->text = {};
+    }
+    block_ = count > 0 ? RecordBlock::make(count) : nullptr;
+}
+
+void ExtensionMessageReader::fill(ExtensionMessage& message, const PropertyListValue& dictionary) {
+    try {
+        keys_.find(dictionary, found_);
+        fillNumbers(message);
+        fillTexts(message);
+        fillDate(message);
+    } catch (const platform::Exception& exception) {
+        platform::Log::write("ExtensionMessage initWithDictonary %@", {exception.description()});
+    }
+}
+
+void ExtensionMessageReader::fillNumbers(ExtensionMessage& message) {
+    constexpr auto kRelaxed = std::memory_order_relaxed;  // nobody else knows the record yet
+    if (found_[kIdx]) {
+        message.idx_.store(found_[kIdx].unsignedIntegerValue(), kRelaxed);
+    }
+    if (found_[kAccIdx]) {
+        message.acc_idx_.store(found_[kAccIdx].unsignedIntegerValue(), kRelaxed);
+    }
+    if (found_[kIconFetch]) {
+        const std::int64_t value = found_[kIconFetch].integerValue();
+        message.icon_fetch_.store(static_cast<std::uint64_t>(value), kRelaxed);
+    }
+    if (found_[kFlip]) {
+        const std::int64_t value = found_[kFlip].integerValue();
+        message.flip_.store(static_cast<std::uint64_t>(value), kRelaxed);
+    }
+}
+
+void ExtensionMessageReader::fillTexts(ExtensionMessage& message) {
+    message.subject_ = block_->store(textOf(kSubject, noSubject_));
+    message.messageId_ = block_->store(textOf(kMessageId, {}));
+    message.from_ = lastFrom_.in(*block_, textOf(kFrom, {}));
+    message.account_ = lastAccount_.in(*block_, textOf(kAccount, {}));
+    message.folderPath_ = lastFolder_.in(*block_, textOf(kFolder, {}));
+    message.folderStandardId_ = {numberOf(found_[kFolderStid]), true};
+    message.unread_ = {numberOf(found_[kIsUnread]), true};
+}
+
+void ExtensionMessageReader::fillDate(ExtensionMessage& message) {
+    // The narrowing to single precision is kept on purpose: present dates are multiples of 128
+    // seconds, and lists of host and widget agree on them.
+    float date = found_[kDate] ? found_[kDate].floatValue() : 0.0F;
+    constexpr float kLimit = std::numeric_limits<float>::max();
+    date = std::isnan(date) ? 0.0F : std::clamp(date, -kLimit, kLimit);
+    message.date_.store(static_cast<double>(date), std::memory_order_relaxed);
+    message.dateString_ = lastDate_.in(*block_, dates_.text(static_cast<double>(date)));
+}
+
+std::string_view ExtensionMessageReader::textOf(Key key, std::string_view fallback) {
+    return found_[key] ? found_[key].stringValue(scratch_) : fallback;
+}
+
+}  // namespace quillet

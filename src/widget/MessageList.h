@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "model/ExtensionMessage.h"
+
+// How lists of messages are ordered and chosen: functions of their arguments, any thread.
+namespace quillet::MessageList {
+
+using Messages = std::vector<std::shared_ptr<ExtensionMessage>>;
+
+inline constexpr std::size_t kMostRows = 10;
+
+// Newest first. Messages of one instant keep their order, those without a date come last.
+Messages sortedNewestFirst(Messages messages);
+
+// Whether both lists hold equal messages in the same order.
+bool isEqual(const Messages& left, const Messages& right);
+
+// The list to show of everything read, for the stored value "segmented": all messages for 0, those
+// of one standard folder for 1 to 4, for any other value the list `shown` until now (null: empty).
+// Cut to the newest kMostRows before duplicates are removed, so that a list whose first ten hold a
+// duplicate shows nine rows; kept on purpose.
+ExtensionMessageList toShow(const ExtensionMessageList& all,
+                            const ExtensionMessageList& shown,
+                            std::int64_t segmented);
+
+}  // namespace quillet::MessageList

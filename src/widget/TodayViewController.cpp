@@ -1,0 +1,218 @@
+#include "widget/TodayViewController.h"
+
+#include <utility>
+
+#include "model/ExtensionUtilities.h"
+#include "platform/desktop/DistributedNotificationCenter.h"
+#include "platform/foundation/FileCoordinator.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/NotificationCenter.h"
+#include "platform/foundation/Path.h"
+#include "platform/ui/AnimationContext.h"
+#include "widget/ExtensionUtilities.h"
+#include "widget/MessageList.h"
+#include "widget/MessageStore.h"
+
+namespace quillet {
+
+using MessageList::Messages;
+using platform::DistributedNotificationCenter;
+
+namespace {
+
+// The host application's signal that the store changed.
+constexpr std::string_view kUpdateName = "k_today_widget_key";
+constexpr std::string_view kUpdateObject = "k_today_widget_object";
+
+MessageStore::EnabledAccounts enabledAccounts() {
+    MessageStore::EnabledAccounts enabled;
+    for (const auto& account : ExtensionUtilities::Accounts()) {
+        if (const auto mail = account->mail(); mail && account->enabled()) {
+            enabled.insert(*mail);
+        }
+    }
+    return enabled;
+}
+
+std::size_t countOf(const ExtensionMessageList& list) {
+    return list ? list->size() : 0;
+}
+
+}  // namespace
+
+std::shared_ptr<TodayViewController> TodayViewController::make(const Services& services) {
+    return std::shared_ptr<TodayViewController>(new TodayViewController(services));
+}
+
+TodayViewController::TodayViewController(const Services& services)
+    : services_(services), dataFromDisk_(std::make_shared<const Messages>()) {}
+
+TodayViewController::~TodayViewController() {
+    platform::NotificationCenter::defaultCenter().removeObserver(this);
+    if (isViewLoaded()) {
+        DistributedNotificationCenter::defaultCenter().removeObserver(this);
+    }
+}
+
+void TodayViewController::viewDidLoad() {
+    ViewController::viewDidLoad();
+    auto& center = DistributedNotificationCenter::defaultCenter();
+    center.removeObserver(this);  // a second call must not register twice
+    center.addObserver(
+        this, kUpdateName, kUpdateObject, [weak = weak_from_this()](const auto&, const auto&) {
+            if (const auto self = weak.lock()) {
+                self->widget_noty_update();
+            }
+        });
+}
+
+void TodayViewController::viewWillAppear() {
+    ViewController::viewWillAppear();
+    Reload();
+}
+
+ExtensionMessageList TodayViewController::updateData() const {
+    MessageStore store(enabledAccounts());
+    const std::optional<std::string> dataFolder = ExtensionUtilities::GroupDataPath();
+    if (!dataFolder) {
+        return std::make_shared<const Messages>();
+    }
+    const auto error =
+        platform::FileCoordinator(dataFolder)
+            .coordinateReading(platform::Path::appendingPathComponent(*dataFolder, "Today"),
+                               [&store](const std::string& path) { store.read(path); });
+    if (error) {
+        platform::Log::write("updateData coordinator %@", {error->description()});
+    }
+    return std::make_shared<const Messages>(MessageList::sortedNewestFirst(store.takeMessages()));
+}
+
+void TodayViewController::Reload() {
+    ExtensionMessageList messages = updateData();
+    if (!MessageList::isEqual(*messages, *dataFromDisk())) {
+        setDataFromDisk(std::move(messages));
+        ReloadData();
+    }
+}
+
+void TodayViewController::ReloadData() {
+    services_.mainQueue.async([self = shared_from_this()] { self->rebuildList(); });
+}
+
+void TodayViewController::rebuildList() {
+    const ExtensionMessageList before = dataToShow();
+    setDataToShow(
+        MessageList::toShow(dataFromDisk(), before, services_.defaults.integerForKey("segmented")));
+    if (myTableView_ != nullptr) {
+        const std::ptrdiff_t selected = myTableView_->selectedRow();
+        myTableView_->reloadData();
+        myTableView_->setSelectedRow(rowAfterRebuild(selected, before));
+    }
+    Resize();
+}
+
+// The selection belongs to the message, not to the place it had in the list before.
+std::ptrdiff_t TodayViewController::rowAfterRebuild(std::ptrdiff_t row,
+                                                    const ExtensionMessageList& before) const {
+    if (row < 0 || static_cast<std::size_t>(row) >= countOf(before)) {
+        return platform::Table::kNoRow;
+    }
+    const auto& message = (*before)[static_cast<std::size_t>(row)];
+    const ExtensionMessageList shown = dataToShow();
+    for (std::size_t index = 0; index < shown->size(); ++index) {
+        if ((*shown)[index]->isEqual(message.get())) {
+            return static_cast<std::ptrdiff_t>(index);
+        }
+    }
+    return platform::Table::kNoRow;
+}
+
+void TodayViewController::Resize() {
+    services_.mainQueue.async([self = shared_from_this()] { self->adjustHeight(); });
+}
+
+void TodayViewController::adjustHeight() {
+    const auto constraint = viewHeightContraint();
+    if (myTableView_ == nullptr || !constraint) {
+        return;
+    }
+    const double height =
+        myTableView_->rowHeight() * static_cast<double>(myTableView_->numberOfRows());
+    platform::AnimationContext::runGroup([&] { constraint->setConstant(height); });
+}
+
+void TodayViewController::selectedSegment(platform::SegmentedControl* /*control*/) {
+    ReloadData();
+    services_.backgroundQueue.async([weak = weak_from_this()] {
+        if (auto self = weak.lock()) {
+            self->Reload();
+            // The views end on the main thread, so the last reference must not end here.
+            platform::Queue& mainQueue = self->services_.mainQueue;
+            mainQueue.async([kept = std::move(self)] {});
+        }
+    });
+}
+
+void TodayViewController::widget_noty_update() {
+    widgetPerformUpdateWithCompletionHandler([](NCUpdateResult) {});
+}
+
+std::optional<std::vector<std::string>> TodayViewController::directoryContent(
+    const std::string& path) {
+    if (!platform::FileManager::folderExists(path)) {
+        return std::vector<std::string>();
+    }
+    const auto names = platform::FileManager::contentsOfFolder(path);
+    if (!names) {
+        return std::nullopt;
+    }
+    std::vector<std::string> paths;
+    for (const std::string& name : names.value()) {
+        if (!name.starts_with('.')) {
+            paths.push_back(platform::Path::appendingPathComponent(path, name));
+        }
+    }
+    return paths;
+}
+
+void TodayViewController::widgetPerformUpdateWithCompletionHandler(
+    CompletionHandler completionHandler) {
+    services_.mainQueue.async([self = shared_from_this(),
+                               completionHandler = std::move(completionHandler)] {
+        // Only a missing location counts as no data; whether its folder exists is not asked.
+        const bool located = ExtensionUtilities::GroupPath().has_value();
+        self->setDataFromDisk(located ? self->updateData() : std::make_shared<const Messages>());
+        self->ReloadData();
+        completionHandler(located ? NCUpdateResultNewData : NCUpdateResultNoData);
+    });
+}
+
+EdgeInsets TodayViewController::widgetMarginInsetsForProposedMarginInsets(
+    EdgeInsets proposed) const {
+    proposed.left = 0;
+    return proposed;
+}
+
+bool TodayViewController::widgetAllowsEditing() const {
+    return false;
+}
+
+void TodayViewController::widgetDidBeginEditing() {}
+
+void TodayViewController::widgetDidEndEditing() {}
+
+std::size_t TodayViewController::numberOfRowsInTableView(platform::Table& /*table*/) {
+    return countOf(dataToShow());
+}
+
+void TodayViewController::tableViewSelectionDidChange() {
+    const std::ptrdiff_t row = myTableView_->selectedRow();
+    const ExtensionMessageList shown = dataToShow();
+    if (row >= 0 && static_cast<std::size_t>(row) < countOf(shown)) {
+        ExtensionUtilities::LaunchCommandForMessages(
+            {(*shown)[static_cast<std::size_t>(row)]}, ExtensionUtilities::commandOpen, false);
+    }
+}
+
+}  // namespace quillet
