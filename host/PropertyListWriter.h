@@ -43,6 +43,7 @@ public:
     Value(Dictionary entries);                                       // NOLINT(google-explicit-*)
     Value(std::same_as<bool> auto truth) : content_(bool{truth}) {}  // NOLINT(google-explicit-*)
     Value(std::integral auto number)                                 // NOLINT(google-explicit-*)
+        requires(!std::same_as<decltype(number), bool>)
         : content_(static_cast<std::int64_t>(number)) {}
 
     const Content& content() const { return content_; }
