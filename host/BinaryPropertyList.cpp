@@ -185,11 +185,11 @@ private:
         std::size_t reference = references_.size();
         references_.resize(reference + 2 * entries.size());
         const Number number = add({{}, kDictionary, entries.size(), reference});
-        for (const Entry& entry : entries) {
-            const Number key = collectLeaf(LeafEncoder{}(entry.key));
-            const Number value = collect(entry.value);
-            references_[reference] = key;
-            references_[reference + entries.size()] = value;
+        for (const auto& [key, value] : entries) {
+            const Number keyNumber = collectLeaf(LeafEncoder{}(key));
+            const Number valueNumber = collect(value);
+            references_[reference] = keyNumber;
+            references_[reference + entries.size()] = valueNumber;
             ++reference;
         }
         return number;

@@ -21,10 +21,9 @@ struct Data {
 };
 
 class Value;
-struct Entry;
+using Entry = std::pair<std::string, Value>;  // key and value
 using Array = std::vector<Value>;
-// Entries are written in the order in which they stand.
-using Dictionary = std::vector<Entry>;
+using Dictionary = std::vector<Entry>;  // written in this order
 
 // One value of a property list. Texts are UTF-8; what is not becomes U+FFFD when written.
 class Value {
@@ -33,17 +32,16 @@ public:
         std::variant<std::string, std::int64_t, double, bool, Date, Data, Array, Dictionary>;
 
     // Implicit, so that a tree reads as a literal.
-    Value(std::string text) : content_(std::move(text)) {}           // NOLINT(google-explicit-*)
-    Value(std::string_view text) : content_(std::string(text)) {}    // NOLINT(google-explicit-*)
-    Value(const char* text) : content_(std::string(text)) {}         // NOLINT(google-explicit-*)
-    Value(double real) : content_(real) {}                           // NOLINT(google-explicit-*)
-    Value(Date date) : content_(date) {}                             // NOLINT(google-explicit-*)
-    Value(Data data) : content_(std::move(data)) {}                  // NOLINT(google-explicit-*)
-    Value(Array elements) : content_(std::move(elements)) {}         // NOLINT(google-explicit-*)
-    Value(Dictionary entries);                                       // NOLINT(google-explicit-*)
-    Value(std::same_as<bool> auto truth) : content_(bool{truth}) {}  // NOLINT(google-explicit-*)
-    Value(std::integral auto number)                                 // NOLINT(google-explicit-*)
-        requires(!std::same_as<decltype(number), bool>)
+    Value(std::string text) : content_(std::move(text)) {}
+    Value(std::string_view text) : content_(std::string(text)) {}
+    Value(const char* text) : content_(std::string(text)) {}
+    Value(double real) : content_(real) {}
+    Value(Date date) : content_(date) {}
+    Value(Data data) : content_(std::move(data)) {}
+    Value(Array elements) : content_(std::move(elements)) {}
+    Value(Dictionary entries) : content_(std::move(entries)) {}
+    Value(std::same_as<bool> auto truth) : content_(bool{truth}) {}
+    Value(std::integral auto number) requires(!std::same_as<decltype(number), bool>)
         : content_(static_cast<std::int64_t>(number)) {}
 
     const Content& content() const { return content_; }
@@ -51,13 +49,6 @@ public:
 private:
     Content content_;
 };
-
-struct Entry {
-    std::string key;
-    Value value;
-};
-
-inline Value::Value(Dictionary entries) : content_(std::move(entries)) {}
 
 enum class PropertyListFormat { Xml, Binary };
 

@@ -132,9 +132,10 @@ public:
 
     void operator()(const Dictionary& entries) {
         container("dict", entries, [this](const Entry& entry) {
+            const auto& [key, value] = entry;
             out_.append(depth_, '\t');
-            element("key", entry.key);
-            write(entry.value);
+            element("key", key);
+            write(value);
         });
     }
 
