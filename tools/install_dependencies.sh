@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that are missing for the purposes named; see docs/dependencies.md.
+# Usage: tools/install_dependencies.sh [build|run|test|bench|ci]…   (default: build)
+# Says nothing and does nothing where everything is there.
+set -euo pipefail
+
+packages_for() {
+    case "$1" in
+        build) echo g++ cmake ninja-build pkg-config qt6-base-dev libicu-dev ;;
+        run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
+        test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 fonts-inter ;;
+        bench) echo libbenchmark-dev libplist-dev libpugixml-dev python3 ;;
+        ci) echo clang-format clang-tidy codespell python3 ;;
+        *)
+            echo "install_dependencies.sh: unknown purpose \"$1\"; use build, run, test, bench or ci" >&2
+            exit 2
+            ;;
+    esac
+}
+
+is_installed() {
+    [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+missing=()
+for purpose in "${@:-build}"; do
+    packages=$(packages_for "$purpose")
+    for package in $packages; do
+        if ! is_installed "$package" && [[ " ${missing[*]-} " != *" $package "* ]]; then
+            missing+=("$package")
+        fi
+    done
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+        echo "These Debian packages are missing: ${missing[*]}" >&2
+        echo "Install them as root: apt-get install ${missing[*]}" >&2
+        exit 1
+    fi
+    as_root=(sudo)
+fi
+
+echo "Installing Debian packages: ${missing[*]}"
+apt_get() {
+    ${as_root[@]+"${as_root[@]}"} env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@" </dev/null
+}
+if ! apt_get update || ! apt_get install --yes --no-install-recommends "${missing[@]}" >/dev/null; then
+    echo "apt-get could not install: ${missing[*]}" >&2
+    echo "Check the network and /etc/apt/sources.list (Debian 12), then start again." >&2
+    exit 1
+fi
