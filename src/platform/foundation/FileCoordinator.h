@@ -11,15 +11,22 @@ namespace quillet::platform {
 // Orders reads and writes of shared items between processes: readers of an item run together, a
 // writer runs alone. It is advisory: both sides have to take part.
 //
-// The lock of an item is a kernel lock (flock) on
+// The lock of an item is a kernel lock (flock, shared for reading, exclusive for writing) on
 //   <runtime folder>/quillet/<data folder>/<first path component below the data folder>.lock
-// where <data folder> is its canonical path with "%" and "/" percent-encoded. So a reader of "Today" waits for
-// a writer of anything inside it and the reverse, unrelated items never wait for each other,
-// nothing is created in the container, the item need not exist, and the lock of a process that
-// dies is free at once. An item outside the data folder is locked by its own canonical path.
+// where <data folder> is the folder's canonical path (symbolic links followed) with "%" written
+// as "%25" and "/" as "%2F"; the component is written in the same way. The data folder as an item
+// of its own has the lock "%2E.lock". A name that would be longer than 255 bytes, ".lock"
+// included, is written as "%h" and the 64-bit FNV-1a hash of the unescaped bytes in 16 lower-case
+// hexadecimal digits. Folders are made with mode 0700, files with mode 01600 (the sticky bit keeps
+// them from being swept away).
 //
-// Any thread; waits without a limit for the holder of the lock. An accessor must not coordinate
-// the same item again.
+// So a reader of "Today" waits for a writer of anything inside it and the reverse, unrelated items
+// never wait for each other, nothing is created in the container, the item need not exist, and
+// the lock of a process that dies is free at once. An item outside the data folder is locked by
+// its own canonical path, as <runtime folder>/quillet/<canonical path>.lock.
+//
+// Any thread; waits without a limit for the holder of the lock. Threads of one process exclude
+// each other like processes do; an accessor must not coordinate the same item again.
 class FileCoordinator {
 public:
     using Accessor = std::function<void(const std::string& path)>;
@@ -29,8 +36,9 @@ public:
     explicit FileCoordinator(std::optional<std::string> dataFolder);
 
     // Waits for the item, runs the accessor on the calling thread with the path to use, then lets
-    // the item go, also when the accessor throws. On an error the accessor has not run; a path
-    // that is none is such an error.
+    // the item go, also when the accessor throws. On an error the accessor has not run: the path
+    // is none, there is no usable runtime folder (see FileManager::runtimeFolder), or the lock
+    // file cannot be made.
     std::optional<Error> coordinateReading(const std::optional<std::string>& path,
                                            const Accessor& accessor) const;
     std::optional<Error> coordinateWriting(const std::optional<std::string>& path,

@@ -23,11 +23,13 @@ Result<std::vector<std::string>> contentsOfFolder(const std::string& path);
 
 // Reads a whole regular file into `bytes`, whose storage is reused. An error of the domain "POSIX"
 // where it cannot be read, is not a regular file (EINVAL; a FIFO, device or socket is never
-// waited for) or is longer than `maximumSize` (EFBIG). Symbolic links are followed.
+// waited for) or is longer than `maximumSize` bytes (EFBIG); `bytes` is then of no use. A file that
+// grows or shrinks meanwhile is read up to where it then ends. Symbolic links are followed.
 std::optional<Error> readFile(const std::string& path, ByteBuffer& bytes, std::size_t maximumSize);
 
 // Writes a file whole or not at all: a new file beside it (its name begins with "."), synced,
-// then renamed over it.
+// then renamed over it; removed again on an error. The mode of an existing file is kept; a new one
+// gets 0666 less the process's file mode mask. A symbolic link is followed.
 std::optional<Error> writeFileAtomically(const std::string& path, std::string_view bytes);
 
 // Makes a folder and those above it; an existing folder is no error.
@@ -35,11 +37,13 @@ std::optional<Error> createFolder(const std::string& path);
 
 // Where the shared container of an application group lies: QUILLET_CONTAINER when set (empty: no
 // container), else $XDG_DATA_HOME/group-containers/<group>, with ~/.local/share where
-// XDG_DATA_HOME is unset, empty or relative. None where neither is known. The folder need not exist.
+// XDG_DATA_HOME is unset, empty or relative. None where neither is known. The folder need not
+// exist.
 std::optional<std::string> containerPathForGroup(std::string_view group);
 
-// A folder for per-user runtime files: $XDG_RUNTIME_DIR, or "quillet-<uid>" below the temporary
-// folder, made with mode 0700 and refused unless the user owns it and nobody else can enter it.
+// A folder for per-user runtime files: $XDG_RUNTIME_DIR, which has to exist, or, where that is
+// unset, empty or relative, "quillet-<uid>" below $TMPDIR or /tmp, made with mode 0700. Either is
+// refused unless the user owns it and nobody else can enter it.
 Result<std::string> runtimeFolder();
 
 }  // namespace quillet::platform::FileManager

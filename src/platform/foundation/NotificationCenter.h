@@ -2,6 +2,7 @@
 
 #include <any>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -14,7 +15,8 @@ struct Notification {
 
 // Notifications inside the process. Posting calls every observer of the name synchronously, on
 // the posting thread, in the order of registration, without holding a lock: observers may post,
-// register and remove. Any thread.
+// register and remove. Who registers while a notification is being posted is called from the next
+// one on. Any thread.
 class NotificationCenter {
 public:
     using Handler = std::function<void(const Notification&)>;
@@ -35,7 +37,7 @@ public:
 
 private:
     struct State;
-    State* state_;
+    std::unique_ptr<State> state_;
 };
 
 }  // namespace quillet::platform

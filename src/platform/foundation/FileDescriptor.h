@@ -1,0 +1,29 @@
+#pragma once
+
+#include <utility>
+
+namespace quillet::platform {
+
+// Owns an open file of the operating system and closes it at the end.
+class FileDescriptor {
+public:
+    FileDescriptor() = default;
+    // Takes over `descriptor`; a negative one (what a failed call answers) is none.
+    explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(other.release()) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    ~FileDescriptor();
+
+    explicit operator bool() const noexcept { return descriptor_ >= 0; }
+    int get() const noexcept { return descriptor_; }
+    // Gives the ownership away.
+    int release() noexcept { return std::exchange(descriptor_, -1); }
+
+private:
+    int descriptor_ = -1;
+};
+
+}  // namespace quillet::platform
