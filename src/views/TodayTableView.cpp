@@ -1,0 +1,11 @@
+#include "views/TodayTableView.h"
+
+#include "platform/foundation/Bundle.h"
+
+namespace quillet {
+
+TodayTableView::TodayTableView(QWidget* parent) : TableView(parent) {
+    setAccessibleName(QString::fromStdString(platform::Bundle::main().localizedString("Messages")));
+}
+
+}  // namespace quillet

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QPointF>
+#include <cstdint>
+#include <string_view>
+
+#include "platform/ui/TableView.h"
+
+namespace quillet {
+
+// The message table: one transparent column without header, grid or focus ring. Main thread only.
+class TodayTableView final : public platform::TableView {
+public:
+    static constexpr std::string_view kColumnIdentifier = "col";
+
+    explicit TodayTableView(QWidget* parent = nullptr);
+
+    // Kept for a drag gesture that the table does not have; nothing changes them.
+    QPointF startDrag() const noexcept { return startDrag_; }
+    std::int64_t swipeOnRowIndex() const noexcept { return swipeOnRowIndex_; }
+
+private:
+    QPointF startDrag_;
+    std::int64_t swipeOnRowIndex_ = -1;  // no row
+};
+
+}  // namespace quillet

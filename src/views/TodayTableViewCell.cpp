@@ -1,0 +1,157 @@
+#include "views/TodayTableViewCell.h"
+
+#include <QPainter>
+#include <QStringList>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Bundle.h"
+#include "platform/ui/ConstraintLayout.h"
+#include "views/KXTint.h"
+#include "views/Metrics.h"
+#include "views/Theme.h"
+#include "widget/ExtensionUtilities.h"
+
+namespace quillet {
+
+namespace {
+
+// How hard a text holds its width where a line is short: the sender gives way, the date does not.
+constexpr int kSenderResistance = 250;
+constexpr int kDateResistance = 1000;
+
+}  // namespace
+
+TodayTableViewCell::TodayTableViewCell(const QRect& frame) {
+    setGeometry(frame);
+}
+
+TodayTableViewCell::TodayTableViewCell(const QRect& frame,
+                                       const std::shared_ptr<TodayViewController>& /*controller*/)
+    : TodayTableViewCell(frame) {}
+
+void TodayTableViewCell::prepare(const std::shared_ptr<TodayViewController>& controller) {
+    setController(controller);
+    const Theme& theme = Theme::of(controller->legacyDarkBackground());
+
+    swipingView_ = new FlippedView(rect(), this);
+    fromField_ = makeField(theme.senderText);
+    dateField_ = makeField(theme.dateText);
+    subjectField_ = makeField(theme.subjectText);
+    // In the order that Tab goes through them.
+    replyButton_ = makeButton("w_reply", "Reply", theme, &TodayTableViewCell::reply);
+    archiveButton_ = makeButton("w_archive", "Archive", theme, &TodayTableViewCell::archive);
+    trashButton_ = makeButton("w_trash", "Delete", theme, &TodayTableViewCell::trash);
+    horizontalSeparator1_ = makeSeparator(theme);
+    addConstraints();
+}
+
+platform::TextField* TodayTableViewCell::makeField(const QColor& color) {
+    auto* field = new platform::TextField(swipingView_);
+    field->setFontSize(Metrics::kTextSize);
+    field->setTextColor(color);
+    return field;
+}
+
+platform::ImageButton* TodayTableViewCell::makeButton(
+    std::string_view image,
+    std::string_view name,
+    const Theme& theme,
+    void (TodayTableViewCell::*action)(platform::ImageButton*)) {
+    auto* button = new platform::ImageButton(swipingView_);
+    button->setImage(
+        KXTint::kx_imageTintedWithColor(platform::Image::named(image), theme.iconTint));
+    button->setAlphaValue(Theme::kIconAlpha);
+    button->setAction([this, button, action] { (this->*action)(button); });
+    const QString title = QString::fromStdString(platform::Bundle::main().localizedString(name));
+    button->setAccessibleName(title);
+    button->setToolTip(title);
+    return button;
+}
+
+FlippedView* TodayTableViewCell::makeSeparator(const Theme& theme) {
+    auto* separator = new FlippedView(swipingView_);
+    separator->setDrawingBlock([color = theme.separator](FlippedView& view, const QRect& dirty) {
+        QPainter(&view).fillRect(dirty, color);
+    });
+    return separator;
+}
+
+void TodayTableViewCell::addConstraints() {
+    const platform::ViewsByName views = {{"subjectField", subjectField_},
+                                         {"fromField", fromField_},
+                                         {"dateField", dateField_},
+                                         {"horizontalSeparator1", horizontalSeparator1_},
+                                         {"archiveButton", archiveButton_},
+                                         {"trashButton", trashButton_},
+                                         {"replyButton", replyButton_}};
+    auto* layout = new platform::ConstraintLayout(swipingView_);
+    for (const char* format : {
+             "V:|-(0)-[horizontalSeparator1(1)]",
+             "H:|-(35)-[horizontalSeparator1(>=1)]-(0)-|",
+             "H:|-(35)-[fromField]-(>=10)-[dateField]",
+             "H:[dateField]-(20)-|",
+             "V:|-(10)-[fromField(20)]",
+             "V:|-(10)-[dateField(20)]",
+             "H:|-(35)-[subjectField]-(3)-[replyButton(20)]-(8)-[archiveButton(20)]-(8)-"
+             "[trashButton(20)]-(20)-|",
+             "V:|-(30)-[subjectField(20)]",
+             "V:|-(30)-[archiveButton(20)]",
+             "V:|-(30)-[trashButton(20)]",
+             "V:|-(30)-[replyButton(20)]",
+         }) {
+        layout->addConstraints(format, views);
+    }
+    layout->setCompressionResistance(fromField_, kSenderResistance);
+    layout->setCompressionResistance(dateField_, kDateResistance);
+}
+
+void TodayTableViewCell::PopulateExtensionMessage(
+    const std::shared_ptr<ExtensionMessage>& message) {
+    setMessage(message);
+    subjectField_->setStringValue(message->subject().value_or(""));
+    fromField_->setStringValue(message->from().value_or(""));
+    dateField_->setStringValue(message->dateString().value_or(""));
+}
+
+QString TodayTableViewCell::accessibleRowName() const {
+    const auto shown = message();
+    if (!shown) {
+        return {};
+    }
+    QStringList texts;
+    for (const std::optional<std::string>& text :
+         {shown->from(), shown->subject(), shown->dateString()}) {
+        if (text && !text->empty()) {
+            texts.append(QString::fromStdString(*text));
+        }
+    }
+    return texts.join(QStringLiteral(", "));
+}
+
+void TodayTableViewCell::reply(platform::ImageButton* /*sender*/) {
+    launch(ExtensionUtilities::commandReply, false);
+}
+
+void TodayTableViewCell::archive(platform::ImageButton* /*sender*/) {
+    launch(ExtensionUtilities::commandArchive, true);
+}
+
+void TodayTableViewCell::trash(platform::ImageButton* /*sender*/) {
+    launch(ExtensionUtilities::commandDelete, true);
+}
+
+void TodayTableViewCell::launch(std::string_view commandName, bool background) {
+    if (const auto shown = message()) {
+        ExtensionUtilities::LaunchCommandForMessages({shown}, commandName, background);
+    }
+}
+
+void TodayTableViewCell::resizeEvent(QResizeEvent* event) {
+    TableCellView::resizeEvent(event);
+    if (swipingView_ != nullptr) {
+        swipingView_->setGeometry(rect());
+    }
+}
+
+}  // namespace quillet
