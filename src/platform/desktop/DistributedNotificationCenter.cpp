@@ -1,0 +1,160 @@
+#include "platform/desktop/DistributedNotificationCenter.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QMetaObject>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <algorithm>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "platform/desktop/SessionBus.h"
+#include "platform/foundation/NotificationCenter.h"
+
+namespace quillet::platform {
+
+namespace {
+
+constexpr QLatin1String kPath("/it/tarno/quillet/DistributedNotifications");
+constexpr QLatin1String kInterface("it.tarno.quillet.DistributedNotifications");
+constexpr QLatin1String kMember("Posted");
+constexpr QLatin1String kSignature("ss");  // name, object
+constexpr int kFlushTimeout = 2000;        // milliseconds
+
+// A notification's name and its object.
+using Topic = std::pair<std::string, std::string>;
+
+QString textOf(std::string_view utf8) {
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+// What the bus compares the argument with; none where the text cannot stand in a match rule.
+QString matchOf(const std::string& text) {
+    return text.find_first_of("'\\") == std::string::npos ? textOf(text) : QString();
+}
+
+// One text for both, to name the topic to the centre inside the process.
+std::string keyOf(const Topic& topic) {
+    return std::to_string(topic.first.size()) + ":" + topic.first + topic.second;
+}
+
+}  // namespace
+
+struct DistributedNotificationCenter::State final : public QObject {
+    Q_OBJECT
+
+public:
+    State() {
+        SessionBus::shared().addObserver(this, [this] {
+            std::for_each(
+                topics.begin(), topics.end(), [this](const Topic& topic) { subscribe(topic); });
+        });
+    }
+    ~State() override { SessionBus::shared().removeObserver(this); }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+
+    void subscribe(const Topic& topic) {
+        const std::string bus = SessionBus::shared().connectionName();
+        if (!bus.empty()) {
+            const QStringList match{matchOf(topic.first), matchOf(topic.second)};
+            // A false answer means that this very subscription is there already.
+            QDBusConnection(textOf(bus))
+                .connect(QString(),
+                         kPath,
+                         kInterface,
+                         kMember,
+                         match,
+                         kSignature,
+                         this,
+                         SLOT(receive(QDBusMessage)));
+        }
+    }
+
+    NotificationCenter handlers;
+    std::set<Topic> topics;  // what the bus is asked for
+
+private:
+    Q_SLOT void receive(const QDBusMessage& message) {
+        const QVariantList arguments = message.arguments();
+        if (message.signature() != kSignature || arguments.size() != 2) {
+            return;
+        }
+        Topic topic{arguments[0].toString().toStdString(), arguments[1].toString().toStdString()};
+        if (!topics.contains(topic) ||
+            std::find(waiting_.begin(), waiting_.end(), topic) != waiting_.end()) {
+            return;
+        }
+        waiting_.push_back(std::move(topic));
+        // Everything else that has come from the bus by now is received before it is delivered.
+        QMetaObject::invokeMethod(
+            this, [this] { deliverNext(); }, Qt::QueuedConnection);
+    }
+
+    void deliverNext() {
+        const Topic topic = std::move(waiting_.front());
+        waiting_.erase(waiting_.begin());
+        handlers.postNotification(keyOf(topic));
+    }
+
+    std::vector<Topic> waiting_;
+};
+
+DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
+    // Never destroyed: observers with static lifetime may still remove themselves at the end.
+    static auto* const center = new DistributedNotificationCenter;
+    return *center;
+}
+
+DistributedNotificationCenter::DistributedNotificationCenter()
+    : state_(std::make_unique<State>()) {}
+
+DistributedNotificationCenter::~DistributedNotificationCenter() = default;
+
+void DistributedNotificationCenter::addObserver(const void* observer,
+                                                std::string_view name,
+                                                std::string_view object,
+                                                Handler handler) {
+    Topic topic{name, object};
+    state_->handlers.addObserver(
+        observer, keyOf(topic), [topic, handler = std::move(handler)](const Notification&) {
+            handler(topic.first, topic.second);
+        });
+    if (state_->topics.insert(topic).second) {
+        state_->subscribe(topic);
+    }
+}
+
+void DistributedNotificationCenter::removeObserver(const void* observer) {
+    state_->handlers.removeObserver(observer);
+}
+
+bool DistributedNotificationCenter::postNotification(std::string_view name,
+                                                     std::string_view object) {
+    const std::string connection = SessionBus::shared().connectionName();
+    if (connection.empty()) {
+        return false;
+    }
+    const QDBusConnection bus(textOf(connection));
+    QDBusMessage signal = QDBusMessage::createSignal(kPath, kInterface, kMember);
+    signal << textOf(name) << textOf(object);
+    if (!bus.send(signal)) {
+        return false;
+    }
+    // The bus answers in order: with its answer it has the signal as well.
+    const QDBusMessage answer =
+        bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                QStringLiteral("/org/freedesktop/DBus"),
+                                                QStringLiteral("org.freedesktop.DBus"),
+                                                QStringLiteral("GetId")),
+                 QDBus::Block,
+                 kFlushTimeout);
+    return answer.type() == QDBusMessage::ReplyMessage;
+}
+
+}  // namespace quillet::platform
+
+#include "DistributedNotificationCenter.moc"

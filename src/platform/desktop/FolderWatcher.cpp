@@ -1,0 +1,195 @@
+#include "platform/desktop/FolderWatcher.h"
+
+#include <QObject>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <sys/inotify.h>
+#include <unistd.h>
+#include <utility>
+
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Log.h"
+
+namespace quillet::platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kAttempts = 3;
+constexpr std::uint32_t kSelfGone = IN_DELETE_SELF | IN_MOVE_SELF;
+constexpr std::uint32_t kEntries = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
+constexpr std::uint32_t kInside = kSelfGone | kEntries | IN_CLOSE_WRITE | IN_ATTRIB;
+
+fs::path absolutePath(const std::string& folder) {
+    std::error_code ignored;
+    fs::path path = fs::absolute(folder, ignored).lexically_normal();
+    return path.has_filename() ? path : path.parent_path();
+}
+
+}  // namespace
+
+struct FolderWatcher::State final : public QObject {
+public:
+    State(const std::string& folder, int levels, std::function<void()> changed)
+        : folder_(absolutePath(folder)),
+          levels_(levels),
+          changed_(std::move(changed)),
+          inotify_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        if (!inotify_) {
+            Log::write("FolderWatcher %@", {posixError(errno, folder).description()});
+            return;
+        }
+        settle_.setSingleShot(true);
+        connect(&settle_, &QTimer::timeout, this, [this] { tell(); });
+        auto* const notifier = new QSocketNotifier(inotify_.get(), QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this, [this] { readEvents(); });
+        watchAll();
+    }
+
+private:
+    struct Watch {
+        bool isInside = false;  // in the tree, not on the way to it
+        std::string awaited{};  // outside the tree: the entry that leads on to it
+        unsigned round = 0;     // of the last watchAll that found the folder
+    };
+
+    // Sets the watches anew: those of the way to the folder and of the tree, as far as they exist,
+    // and drops those of folders that are no longer there. What comes or goes between two looks at
+    // the disk shows in a second attempt.
+    void watchAll() {
+        ++round_;
+        for (int attempt = 0; attempt < kAttempts; ++attempt) {
+            const std::optional<fs::path> awaited = watchWay();
+            if (addInside(folder_, 0) || (awaited && !FileManager::fileExists(awaited->string()))) {
+                break;
+            }
+        }
+        isFolderThere_ = FileManager::folderExists(folder_.string());
+        std::erase_if(watches_, [this](const auto& entry) {
+            const bool isStale = entry.second.round != round_;
+            if (isStale) {
+                ::inotify_rm_watch(inotify_.get(), entry.first);
+            }
+            return isStale;
+        });
+    }
+
+    // Watches the folders above: whether they go, and where the folder is missing, the lowest one
+    // also for the entry that leads on to it, which is returned.
+    std::optional<fs::path> watchWay() {
+        std::optional<fs::path> awaited;
+        bool isMissing = !FileManager::folderExists(folder_.string());
+        for (fs::path next = folder_; next.has_relative_path(); next = next.parent_path()) {
+            Watch* const watch =
+                add(next.parent_path(), isMissing ? kSelfGone | kEntries : kSelfGone);
+            if (watch != nullptr && isMissing) {
+                watch->awaited = next.filename().string();
+                awaited = next;
+                isMissing = false;
+            }
+        }
+        return awaited;
+    }
+
+    // A folder is watched before its entries are listed, so no entry is missed. False where the
+    // folder cannot be watched.
+    bool addInside(const fs::path& folder, int level) {
+        Watch* const watch = add(folder, kInside);
+        if (watch == nullptr) {
+            return false;
+        }
+        watch->isInside = true;
+        if (level == levels_) {
+            return true;
+        }
+        std::error_code failure;
+        for (fs::directory_iterator entry(folder, failure), end; !failure && entry != end;
+             entry.increment(failure)) {
+            std::error_code ignored;
+            if (entry->is_directory(ignored)) {
+                addInside(entry->path(), level + 1);
+            }
+        }
+        return true;
+    }
+
+    // Null where the folder does not exist or cannot be watched. Of a folder that is reached twice
+    // the last mask counts, so those inside the tree, which hold all others, come last.
+    Watch* add(const fs::path& folder, std::uint32_t mask) {
+        const int id =
+            ::inotify_add_watch(inotify_.get(), folder.c_str(), mask | IN_ONLYDIR | IN_EXCL_UNLINK);
+        if (id < 0) {
+            return nullptr;
+        }
+        Watch& watch = watches_[id];
+        if (watch.round != round_) {
+            watch = Watch{.round = round_};
+        }
+        return &watch;
+    }
+
+    void readEvents() {
+        alignas(inotify_event) std::array<char, 16 * 1024> buffer{};
+        const ssize_t length = ::read(inotify_.get(), buffer.data(), buffer.size());
+        for (std::size_t at = 0; length > 0 && at < static_cast<std::size_t>(length);) {
+            inotify_event event{};
+            std::memcpy(&event, buffer.data() + at, sizeof event);
+            const char* const name = buffer.data() + at + sizeof event;
+            take(event, event.len > 0 ? name : "");
+            at += sizeof event + event.len;
+        }
+    }
+
+    void take(const inotify_event& event, std::string_view name) {
+        const bool isOverflow = (event.mask & IN_Q_OVERFLOW) != 0;
+        const auto watch = watches_.find(event.wd);
+        if (!isOverflow && watch == watches_.end()) {
+            return;
+        }
+        if (isOverflow || (event.mask & (kSelfGone | IN_IGNORED | IN_UNMOUNT)) != 0 ||
+            watch->second.isInside || watch->second.awaited == name) {
+            if (!settle_.isActive()) {
+                settle_.start(kSettleTime);
+            }
+        }
+        if ((event.mask & IN_IGNORED) != 0) {
+            watches_.erase(watch);
+        }
+    }
+
+    void tell() {
+        const bool wasThere = isFolderThere_;
+        watchAll();
+        if (wasThere || isFolderThere_) {
+            const auto changed = changed_;  // the call may end this object
+            changed();
+        }
+    }
+
+    fs::path folder_;
+    int levels_;
+    std::function<void()> changed_;
+    FileDescriptor inotify_;
+    QTimer settle_;
+    std::map<int, Watch> watches_;
+    unsigned round_ = 0;
+    bool isFolderThere_ = false;
+};
+
+FolderWatcher::FolderWatcher(std::string folder, int levels, std::function<void()> changed)
+    : state_(std::make_unique<State>(folder, levels, std::move(changed))) {}
+
+FolderWatcher::~FolderWatcher() = default;
+
+}  // namespace quillet::platform

@@ -1,0 +1,149 @@
+#include "platform/desktop/Queues.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <sys/resource.h>
+#include <thread>
+#include <utility>
+
+namespace quillet::platform {
+
+namespace {
+
+class MainQueue final : public Queue {
+public:
+    void async(Block block) override {
+        const std::lock_guard lock(mutex_);
+        blocks_.push_back(std::move(block));
+        if (runner_ != nullptr) {
+            wakeUp();
+        }
+    }
+
+    // Binds the queue to the main thread once there is an application; the blocks given before
+    // run in its event loop.
+    void attach() {
+        const std::lock_guard lock(mutex_);
+        if (runner_ == nullptr) {
+            runner_ = new Runner(*this);
+            runner_->moveToThread(QCoreApplication::instance()->thread());
+            std::for_each(blocks_.begin(), blocks_.end(), [this](const Block&) { wakeUp(); });
+        }
+    }
+
+private:
+    // One event stands for one block, so that blocks take turns with the other events.
+    class Runner final : public QObject {
+    public:
+        explicit Runner(MainQueue& queue) : queue_(queue) {}
+
+    protected:
+        void customEvent(QEvent* /*event*/) override { queue_.runNext(); }
+
+    private:
+        MainQueue& queue_;
+    };
+
+    void wakeUp() { QCoreApplication::postEvent(runner_, new QEvent(QEvent::User)); }
+
+    void runNext() {
+        Block block;
+        {
+            const std::lock_guard lock(mutex_);
+            block = std::move(blocks_.front());
+            blocks_.pop_front();
+        }
+        block();
+    }
+
+    std::mutex mutex_;
+    std::deque<Block> blocks_;
+    Runner* runner_ = nullptr;  // lives on the main thread, as long as the program
+};
+
+// The queues are never destroyed: threads may schedule until the very end.
+MainQueue& theMainQueue() {
+    static auto* const queue = new MainQueue;
+    return *queue;
+}
+
+class BackgroundQueue final : public Queue {
+public:
+    void async(Block block) override {
+        const std::lock_guard lock(mutex_);
+        blocks_.push_back(std::move(block));
+        if (blocks_.size() > idle_ && workers_ < kMaximumWorkers) {
+            std::thread([this] { work(); }).detach();
+            ++workers_;
+        }
+        given_.notify_one();
+    }
+
+    void drain() {
+        std::unique_lock lock(mutex_);
+        done_.wait(lock, [this] { return blocks_.empty() && running_ == 0; });
+    }
+
+private:
+    // A block may wait for another program's lock; the others must not wait with it.
+    static constexpr std::size_t kMaximumWorkers = 4;
+    static constexpr int kNiceness = 19;
+
+    [[noreturn]] void work() {
+        // On Linux this is the niceness of the calling thread alone. Not the idle class: on a busy
+        // machine its threads may never run.
+        ::setpriority(PRIO_PROCESS, 0, kNiceness);
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            ++idle_;
+            given_.wait(lock, [this] { return !blocks_.empty(); });
+            --idle_;
+            Block block = std::move(blocks_.front());
+            blocks_.pop_front();
+            ++running_;
+            lock.unlock();
+            block();
+            block = nullptr;  // what it holds ends before it counts as done
+            lock.lock();
+            --running_;
+            done_.notify_all();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable given_;
+    std::condition_variable done_;
+    std::deque<Block> blocks_;
+    std::size_t workers_ = 0;
+    std::size_t idle_ = 0;
+    std::size_t running_ = 0;
+};
+
+BackgroundQueue& theBackgroundQueue() {
+    static auto* const queue = new BackgroundQueue;
+    return *queue;
+}
+
+}  // namespace
+
+Queue& mainQueue() {
+    static std::once_flag hooked;
+    // Runs at once where there is an application already.
+    std::call_once(hooked, [] { qAddPreRoutine([] { theMainQueue().attach(); }); });
+    return theMainQueue();
+}
+
+Queue& backgroundQueue() {
+    return theBackgroundQueue();
+}
+
+void drainBackgroundQueue() {
+    theBackgroundQueue().drain();
+}
+
+}  // namespace quillet::platform

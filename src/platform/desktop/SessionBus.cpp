@@ -1,0 +1,125 @@
+#include "platform/desktop/SessionBus.h"
+
+#include <QDBusConnection>
+#include <QFileInfo>
+#include <QObject>
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+
+#include "platform/foundation/NotificationCenter.h"
+
+namespace quillet::platform {
+
+namespace {
+
+constexpr std::chrono::milliseconds kFirstRetry{500};
+constexpr std::chrono::milliseconds kLongestRetry{30'000};
+constexpr std::string_view kConnected = "connected";
+
+// Where the bus listens; empty where the environment names none. Asking the library for "the
+// session bus" instead would start one in some sessions, and keep the first address for ever.
+QString busAddress() {
+    const QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    if (!given.isEmpty()) {
+        return given;
+    }
+    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    const QString socket = folder + QStringLiteral("/bus");
+    return !folder.isEmpty() && QFileInfo::exists(socket) ? QStringLiteral("unix:path=") + socket
+                                                          : QString();
+}
+
+}  // namespace
+
+class SessionBus::State final : public QObject {
+    Q_OBJECT
+
+public:
+    State() {
+        retry_.setSingleShot(true);
+        connect(&retry_, &QTimer::timeout, this, [this] { connectionName(); });
+    }
+
+    QString connectionName() {
+        if (!connected_ && !connectNow() && !retry_.isActive()) {
+            retry_.start(delay_);
+            delay_ = std::min(2 * delay_, kLongestRetry);
+        }
+        return connected_ ? name_ : QString();
+    }
+
+    NotificationCenter observers;
+
+private:
+    bool connectNow() {
+        const QString address = busAddress();
+        if (address.isEmpty()) {
+            wasMissing_ = true;
+            return false;
+        }
+        QDBusConnection::disconnectFromBus(name_);
+        name_ = QStringLiteral("quillet-%1").arg(++attempts_);
+        QDBusConnection bus = QDBusConnection::connectToBus(address, name_);
+        connected_ = bus.isConnected() && bus.connect(QString(),
+                                                      QStringLiteral("/org/freedesktop/DBus/Local"),
+                                                      QStringLiteral("org.freedesktop.DBus.Local"),
+                                                      QStringLiteral("Disconnected"),
+                                                      this,
+                                                      SLOT(lose()));
+        if (!connected_) {
+            wasMissing_ = true;
+            return false;
+        }
+        retry_.stop();
+        delay_ = kFirstRetry;
+        if (std::exchange(wasMissing_, false)) {
+            observers.postNotification(kConnected);
+        }
+        return true;
+    }
+
+    Q_SLOT void lose() {
+        connected_ = false;
+        wasMissing_ = true;
+        if (!retry_.isActive()) {
+            retry_.start(delay_);
+        }
+    }
+
+    QTimer retry_;
+    std::chrono::milliseconds delay_ = kFirstRetry;
+    QString name_;
+    unsigned attempts_ = 0;
+    bool connected_ = false;
+    bool wasMissing_ = false;
+};
+
+SessionBus& SessionBus::shared() {
+    // Never destroyed: services with static lifetime lean on it.
+    static auto* const bus = new SessionBus;
+    return *bus;
+}
+
+SessionBus::SessionBus() : state_(std::make_unique<State>()) {}
+
+SessionBus::~SessionBus() = default;
+
+std::string SessionBus::connectionName() {
+    return state_->connectionName().toStdString();
+}
+
+void SessionBus::addObserver(const void* observer, std::function<void()> connected) {
+    state_->observers.addObserver(
+        observer, kConnected, [connected = std::move(connected)](const Notification&) {
+            connected();
+        });
+}
+
+void SessionBus::removeObserver(const void* observer) {
+    state_->observers.removeObserver(observer);
+}
+
+}  // namespace quillet::platform
+
+#include "SessionBus.moc"
