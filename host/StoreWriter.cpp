@@ -1,0 +1,37 @@
+#include "host/StoreWriter.h"
+
+#include "model/ExtensionUtilities.h"
+#include "platform/foundation/FileCoordinator.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Path.h"
+
+namespace quillet::host {
+
+namespace FileManager = platform::FileManager;
+namespace Path = platform::Path;
+
+std::string dataFolder(const std::string& container) {
+    return Path::appendingPathComponent(container, ExtensionUtilities::GroupFolderName());
+}
+
+std::optional<platform::Error> writeStore(const std::string& dataFolder,
+                                          std::span<const StoreFile> files) {
+    const platform::FileCoordinator coordinator(dataFolder);
+    for (const StoreFile& file : files) {
+        const std::string path = Path::appendingPathComponent(dataFolder, file.path);
+        const std::string bytes = writePropertyList(file.root, file.format);
+        std::optional<platform::Error> failure;
+        auto error = FileManager::createFolder(path.substr(0, path.rfind('/')));
+        if (!error) {
+            error = coordinator.coordinateWriting(path, [&](const std::string& target) {
+                failure = FileManager::writeFileAtomically(target, bytes);
+            });
+        }
+        if (error || failure) {
+            return error ? error : failure;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace quillet::host
