@@ -12,7 +12,8 @@ public:
     // Runs `changes` at once; what it sets on layout constraints slides there in the default
     // duration. `completed` runs when the movement has ended (from the event loop; at once where
     // nothing moves).
-    static void runGroup(const std::function<void()>& changes, std::function<void()> completed = {});
+    static void runGroup(const std::function<void()>& changes,
+                         std::function<void()> completed = {});
 
     // Milliseconds that a movement begun now takes: 0 where animations are off (the user asks for
     // reduced motion, or a picture is taken).

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QColor>
-#include <QPixmap>
+#include <QImage>
 #include <QSizeF>
 #include <string_view>
 #include <vector>
@@ -9,13 +8,15 @@
 namespace quillet::platform {
 
 // A picture of a size in points with one representation for each device pixel ratio that it was
-// drawn for. A value; an empty image has no representation and the size 0 × 0. Main thread only.
+// drawn for. A value; an empty image has no representation and the size 0 × 0.
 class Image {
 public:
     Image() = default;
     // The bundle's image resources `name`.png, `name`@2x.png and `name`@3x.png; empty where there
     // is none.
     static Image named(std::string_view name);
+    // Representations of one size in points, each with its device pixel ratio; null ones are left
+    // out.
     explicit Image(std::vector<QImage> representations);
 
     bool isNull() const { return representations_.empty(); }

@@ -7,10 +7,13 @@
 
 namespace quillet::platform {
 
-// A borderless button that shows an image in its centre at a given opacity. Pressed, hovered and
-// focused states are shown by opacity and a soft plate. Reached by Tab, pressed by Space and
-// Return. Main thread only.
+// A borderless button that shows an image in its centre at a given opacity; an image larger than
+// the button is made smaller. Pressed, hovered and focused states are shown by opacity and a soft
+// plate. Reached by Tab, pressed by Space and Return; a click does not take the keyboard focus.
+// Screen readers use accessibleName(). Main thread only.
 class ImageButton : public QAbstractButton {
+    Q_OBJECT
+
 public:
     explicit ImageButton(QWidget* parent = nullptr);
 
@@ -29,6 +32,11 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    bool isPressed() const { return isDown() && isEnabled(); }
+    double presentAlpha() const;
+    void drawPlate(QPainter& painter) const;
+    void drawImage(QPainter& painter) const;
+
     Image image_;
     double alpha_ = 1.0;
     std::function<void()> action_;

@@ -7,59 +7,38 @@
 #include <string_view>
 
 #include "platform/ui/Table.h"
+#include "platform/ui/TableRowView.h"
 
 namespace quillet::platform {
 
-// The contents of a row; reused for other rows under its identifier. Owned by the table.
-class TableCellView : public QWidget {
-public:
-    explicit TableCellView(QWidget* parent = nullptr);
-
-    void setIdentifier(std::string identifier) { identifier_ = std::move(identifier); }
-    const std::string& identifier() const { return identifier_; }
-    // What a screen reader calls the row.
-    virtual QString accessibleRowName() const { return {}; }
-
-private:
-    std::string identifier_;
-};
-
-// The view behind a cell; draws the selection. Owned by the table.
-class TableRowView : public QWidget {
-public:
-    explicit TableRowView(QWidget* parent = nullptr);
-
-    bool isSelected() const { return selected_; }
-    void setSelected(bool selected);
-
-    // Draws the selection highlight over `rect`; the base draws the desktop's own.
-    virtual void drawSelection(QPainter& painter, const QRect& rect);
-    // Draws the mark of the row that the keyboard stands on, when it is not selected.
-    virtual void drawKeyboardFocus(QPainter& painter, const QRect& rect);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
-private:
-    bool selected_ = false;
-};
-
-// One column of rows of equal height, as high as its rows, without scrolling, header or grid.
-// Mouse: a click on a row selects it. Keyboard: one Tab stop, arrows, Home and End move between
-// rows, Return or Space selects; Tab then goes through the controls of the row's cell. Screen readers
-// see a list with an item a row. Main thread only.
+// One column of rows of equal height, as high as its rows, without scrolling, header, grid or
+// background. Where it is given less height, rows are cut off, not squeezed.
+// Mouse: a press and release on one row selects it; controls of the cell keep their own clicks.
+// Keyboard: one Tab stop, arrows, Home and End move between rows, Return or Space selects; Tab
+// then goes through the controls of the row's cell in visual order. Screen readers see a list with
+// an item a row. Main thread only.
 class TableView : public QWidget, public Table {
+    Q_OBJECT
+
 public:
     explicit TableView(QWidget* parent = nullptr);
     ~TableView() override;
 
-    void setDelegate(TableDelegate* delegate);  // not owned
+    void setDelegate(TableDelegate* delegate);  // not owned; null for none
     void setRowHeight(double points);
 
     // A cell of this identifier that no row uses, or null.
     TableCellView* reusableCell(std::string_view identifier);
-    TableCellView* cellAtRow(std::size_t row) const;
-    TableRowView* rowViewAtRow(std::size_t row) const;
+    TableCellView* cellAtRow(std::size_t row) const;      // null beyond the last row
+    TableRowView* rowViewAtRow(std::size_t row) const;    // likewise
+    std::ptrdiff_t rowOfView(const QWidget* view) const;  // the row that holds it, or kNoRow
+    // The row that the keyboard stands on, or kNoRow.
+    std::ptrdiff_t currentRow() const;
+    // What a click on the row does: selects it and tells the delegate, unless it is selected.
+    void clickRow(std::size_t row);
+    // The controls of a row that Tab reaches, in visual order.
+    std::vector<QWidget*> controlsOfRow(std::size_t row) const;
+
     // Ends a running removal at once.
     void settleAnimations();
     bool isAnimating() const;
@@ -75,15 +54,31 @@ public:
     QSize sizeHint() const override;
 
 protected:
-    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
     struct State;
+
+    void appendRow(std::size_t row);
+    void retireRow(std::size_t row);
+    void placeRows();
+    void startRemoval(std::size_t row, const QPixmap& picture, RowAnimation animation);
+    std::ptrdiff_t rowAt(QPoint point) const;
+    void rowsChanged();
+
+    std::ptrdiff_t rowForKey(int key) const;
+    void setCurrentRow(std::ptrdiff_t row);
+    void updateKeyboardMark();
+    bool focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason);
+    bool focusOutside(bool next);
+
     std::unique_ptr<State> state_;
 };
 

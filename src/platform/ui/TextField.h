@@ -10,16 +10,20 @@ namespace quillet::platform {
 // One line of plain text that ends in an ellipsis where it does not fit. Not editable, no frame,
 // no background. Markup is shown as it stands; line breaks and other control characters become
 // blanks, bidirectional controls are dropped and the text is isolated, so that it cannot disturb
-// its neighbours. Main thread only.
+// its neighbours. The text runs in the direction of its own first letter and lies at the side
+// where the widget's layout direction starts. Main thread only.
 class TextField : public QWidget {
+    Q_OBJECT
+
 public:
     explicit TextField(QWidget* parent = nullptr);
 
-    void setStringValue(std::string_view text);  // UTF-8
+    void setStringValue(std::string_view text);               // UTF-8
     const std::string& stringValue() const { return text_; }  // as it was set
     void setTextColor(const QColor& color);
     QColor textColor() const { return color_; }
-    void setFontSize(double points);  // of the system font; one point is one device-independent pixel
+    void setFontSize(
+        double points);  // of the system font; one point is one device-independent pixel
     // What is painted at the current width, ellipsis included.
     QString displayedText() const;
 
@@ -31,8 +35,11 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void measure();
+
     std::string text_;
-    QString line_;  // the text made fit for one line
+    QString line_;   // the text made fit for one line
+    QSize natural_;  // the size that shows all of the line
     QColor color_;
 };
 

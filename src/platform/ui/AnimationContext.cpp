@@ -1,0 +1,85 @@
+#include "platform/ui/AnimationContext.h"
+
+#include <QCoreApplication>
+#include <QPointF>
+#include <utility>
+
+#include "platform/ui/AnimationGroup.h"
+
+namespace quillet::platform {
+
+namespace {
+
+// Both belong to the main thread.
+std::shared_ptr<AnimationGroup>
+    currentGroup;               // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+bool animationsEnabled = true;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+
+// Makes a group the current one for a scope.
+class CurrentGroupScope {
+public:
+    explicit CurrentGroupScope(std::shared_ptr<AnimationGroup> group)
+        : outer_(std::exchange(currentGroup, std::move(group))) {}
+    ~CurrentGroupScope() { currentGroup = std::move(outer_); }
+    CurrentGroupScope(const CurrentGroupScope&) = delete;
+    CurrentGroupScope& operator=(const CurrentGroupScope&) = delete;
+
+private:
+    std::shared_ptr<AnimationGroup> outer_;
+};
+
+}  // namespace
+
+AnimationGroup::~AnimationGroup() {
+    if (!completed_) {
+        return;
+    }
+    if (QCoreApplication* application = QCoreApplication::instance()) {
+        QMetaObject::invokeMethod(application, std::move(completed_), Qt::QueuedConnection);
+    } else {
+        completed_();
+    }
+}
+
+std::shared_ptr<AnimationGroup> AnimationGroup::current() {
+    return currentGroup;
+}
+
+QEasingCurve easeInOut() {
+    QEasingCurve curve(QEasingCurve::BezierSpline);
+    curve.addCubicBezierSegment(QPointF(0.42, 0), QPointF(0.58, 1), QPointF(1, 1));
+    return curve;
+}
+
+void AnimationContext::runGroup(const std::function<void()>& changes,
+                                std::function<void()> completed) {
+    auto group = std::make_shared<AnimationGroup>(std::move(completed));
+    {
+        const CurrentGroupScope scope(group);
+        if (changes) {
+            changes();
+        }
+    }
+    const bool nothingMoves = group.use_count() == 1;
+    if (!nothingMoves) {
+        return;
+    }
+    if (const std::function<void()> done = group->takeCompletion()) {
+        done();
+    }
+}
+
+int AnimationContext::duration() {
+    // Without an application there is no event loop that could move anything.
+    return animationsEnabled && QCoreApplication::instance() != nullptr ? kDefaultDuration : 0;
+}
+
+void AnimationContext::setEnabled(bool enabled) {
+    animationsEnabled = enabled;
+}
+
+bool AnimationContext::insideGroup() {
+    return currentGroup != nullptr;
+}
+
+}  // namespace quillet::platform

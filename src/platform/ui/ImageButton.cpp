@@ -1,0 +1,129 @@
+#include "platform/ui/ImageButton.h"
+
+#include <QEnterEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <algorithm>
+
+#include "platform/ui/Accessibility.h"
+#include "platform/ui/PixelAlignment.h"
+
+namespace quillet::platform {
+
+namespace {
+
+constexpr double kPlateRadius = 5;     // points
+constexpr double kFocusRingWidth = 2;  // points
+constexpr double kHoveredOpacityGain = 0.3;
+constexpr double kPressedOpacityGain = 0.5;
+// A middle grey is seen on light and on dark ground.
+constexpr QColor kHoveredPlate(128, 128, 128, 46);
+constexpr QColor kPressedPlate(128, 128, 128, 87);
+
+}  // namespace
+
+ImageButton::ImageButton(QWidget* parent) : QAbstractButton(parent) {
+    installAccessibility();
+    setFocusPolicy(Qt::TabFocus);
+    connect(this, &QAbstractButton::clicked, this, [this] {
+        if (const std::function<void()> action = action_) {
+            action();
+        }
+    });
+}
+
+void ImageButton::setImage(Image image) {
+    image_ = std::move(image);
+    updateGeometry();
+    update();
+}
+
+void ImageButton::setAlphaValue(double alpha) {
+    alpha_ = std::clamp(alpha, 0.0, 1.0);
+    update();
+}
+
+void ImageButton::setAction(std::function<void()> action) {
+    action_ = std::move(action);
+}
+
+QSize ImageButton::sizeHint() const {
+    return image_.size().toSize();
+}
+
+void ImageButton::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    drawPlate(painter);
+    drawImage(painter);
+}
+
+void ImageButton::drawPlate(QPainter& painter) const {
+    const QRectF plate = alignedToPixels(painter, rect());
+    if (isPressed() || underMouse()) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(isPressed() ? kPressedPlate : kHoveredPlate);
+        painter.drawRoundedRect(plate, kPlateRadius, kPlateRadius);
+    }
+    if (hasFocus()) {
+        constexpr double kHalf = kFocusRingWidth / 2;
+        painter.setPen(QPen(palette().color(QPalette::Highlight), kFocusRingWidth));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(plate.adjusted(kHalf, kHalf, -kHalf, -kHalf),
+                                kPlateRadius - kHalf,
+                                kPlateRadius - kHalf);
+    }
+}
+
+double ImageButton::presentAlpha() const {
+    if (isPressed()) {
+        return std::min(1.0, alpha_ + kPressedOpacityGain);
+    }
+    return underMouse() && isEnabled() ? std::min(1.0, alpha_ + kHoveredOpacityGain) : alpha_;
+}
+
+void ImageButton::drawImage(QPainter& painter) const {
+    QSizeF size = image_.size();
+    if (size.isEmpty()) {
+        return;
+    }
+    if (size.width() > width() || size.height() > height()) {
+        size.scale(QSizeF(this->size()), Qt::KeepAspectRatio);
+    }
+    QRectF place(QPointF(), size);
+    place.moveCenter(QRectF(rect()).center());
+    painter.setOpacity(presentAlpha());
+    painter.drawImage(alignedToPixels(painter, place),
+                      image_.representationFor(painter.device()->devicePixelRatio()));
+}
+
+void ImageButton::enterEvent(QEnterEvent* event) {
+    QAbstractButton::enterEvent(event);
+    update();
+}
+
+void ImageButton::leaveEvent(QEvent* event) {
+    QAbstractButton::leaveEvent(event);
+    update();
+}
+
+void ImageButton::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            if (!event->isAutoRepeat()) {
+                click();
+            }
+            break;
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+        case Qt::Key_Left:
+        case Qt::Key_Right:
+            event->ignore();  // the container's to use
+            break;
+        default:
+            QAbstractButton::keyPressEvent(event);
+    }
+}
+
+}  // namespace quillet::platform

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QRectF>
+
+class QPainter;
+
+namespace quillet::platform {
+
+// The rectangle with its edges moved to the nearest pixels of the painter's device, at least one
+// pixel wide and high, so that it is drawn crisp at device pixel ratios such as 1.25.
+QRectF alignedToPixels(const QPainter& painter, const QRectF& rect);
+
+// The size of a pixel of the painter's device, in points.
+double pixelSize(const QPainter& painter);
+
+}  // namespace quillet::platform

@@ -1,0 +1,186 @@
+#include "platform/ui/SegmentedControlPainter.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/ui/PixelAlignment.h"
+#include "platform/ui/SingleLineText.h"
+
+namespace quillet::platform {
+
+namespace {
+
+constexpr double kTrackRadius = 6;     // points
+constexpr double kPlateInset = 2;      // points, from the track's edge
+constexpr double kPlateRadius = 4.5;   // points
+constexpr double kFocusRingWidth = 2;  // points
+constexpr double kSeparatorInset = 5;  // points, from the track's top and bottom
+constexpr double kLabelPadding = 6;    // points, on each side
+constexpr double kDisabledOpacity = 0.4;
+
+}  // namespace
+
+struct SegmentedControlPainter::Colors {
+    QColor track;
+    QColor separator;
+    QColor hover;
+    QColor press;
+    QColor plate;
+    QColor pressedPlate;
+    QColor plateEdge;
+    QColor shadow;  // of each of its layers
+    QColor label;
+    QColor selectedLabel;
+};
+
+const SegmentedControlPainter::Colors& SegmentedControlPainter::colors() const {
+    static const Colors kLight{
+        .track = QColor(0, 0, 0, 20),
+        .separator = QColor(0, 0, 0, 33),
+        .hover = QColor(0, 0, 0, 13),
+        .press = QColor(0, 0, 0, 28),
+        .plate = QColor(255, 255, 255),
+        .pressedPlate = QColor(240, 240, 240),
+        .plateEdge = QColor(0, 0, 0, 15),
+        .shadow = QColor(0, 0, 0, 15),
+        .label = QColor(0, 0, 0, 166),
+        .selectedLabel = QColor(0, 0, 0, 217),
+    };
+    static const Colors kDark{
+        .track = QColor(255, 255, 255, 26),
+        .separator = QColor(255, 255, 255, 41),
+        .hover = QColor(255, 255, 255, 15),
+        .press = QColor(255, 255, 255, 28),
+        .plate = QColor(255, 255, 255, 66),
+        .pressedPlate = QColor(255, 255, 255, 51),
+        .plateEdge = QColor(255, 255, 255, 20),
+        .shadow = QColor(0, 0, 0, 0),
+        .label = QColor(255, 255, 255, 166),
+        .selectedLabel = QColor(255, 255, 255, 235),
+    };
+    return dark ? kDark : kLight;
+}
+
+QRectF segmentSpan(const QRect& control,
+                   std::size_t count,
+                   double position,
+                   Qt::LayoutDirection direction) {
+    const auto edge = [&](double place) {
+        return std::round(control.width() * place / static_cast<double>(count));
+    };
+    // Between two whole positions the edges move evenly from the one to the other.
+    const double from = std::floor(position);
+    const double part = position - from;
+    const double left = edge(from) + part * (edge(from + 1) - edge(from));
+    const double right = edge(from + 1) + part * (edge(from + 2) - edge(from + 1));
+    const double x = direction == Qt::RightToLeft ? control.width() - right : left;
+    return {control.x() + x,
+            static_cast<double>(control.y()),
+            right - left,
+            static_cast<double>(control.height())};
+}
+
+void SegmentedControlPainter::paint(QPainter& painter) const {
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (!enabled) {
+        painter.setOpacity(kDisabledOpacity);
+    }
+    paintTrack(painter);
+    if (!labels.empty()) {
+        paintSeparators(painter);
+        paintHover(painter);
+        paintPlate(painter);
+        paintLabels(painter);
+    }
+}
+
+QRectF SegmentedControlPainter::plateRect(const QPainter& painter, double position) const {
+    const QRectF segment = segmentSpan(rect, labels.size(), position, direction);
+    return alignedToPixels(painter,
+                           segment.adjusted(kPlateInset, kPlateInset, -kPlateInset, -kPlateInset));
+}
+
+void SegmentedControlPainter::paintTrack(QPainter& painter) const {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colors().track);
+    painter.drawRoundedRect(alignedToPixels(painter, rect), kTrackRadius, kTrackRadius);
+}
+
+void SegmentedControlPainter::paintSeparators(QPainter& painter) const {
+    for (std::size_t i = 1; i < labels.size(); ++i) {
+        // A separator fades as the plate comes near.
+        const auto place = static_cast<double>(i);
+        const double away = std::min(std::abs(plate - place), std::abs(plate + 1 - place));
+        const bool covered = plate < place && place < plate + 1;
+        QColor color = colors().separator;
+        color.setAlphaF(color.alphaF() * static_cast<float>(covered ? 0 : std::min(1.0, away)));
+        const QRectF segment = segmentSpan(rect, labels.size(), place, direction);
+        const double x = direction == Qt::RightToLeft ? segment.right() : segment.left();
+        const double width = std::max(1.0, std::round(1 / pixelSize(painter))) * pixelSize(painter);
+        const QRectF line(x - width / 2,
+                          segment.top() + kSeparatorInset,
+                          width,
+                          segment.height() - 2 * kSeparatorInset);
+        painter.fillRect(alignedToPixels(painter, line), color);
+    }
+}
+
+void SegmentedControlPainter::paintHover(QPainter& painter) const {
+    const std::size_t marked = pressed != kNoSegment ? pressed : hovered;
+    if (marked >= labels.size() || marked == selected) {
+        return;
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(pressed == marked && hovered == marked ? colors().press : colors().hover);
+    painter.drawRoundedRect(
+        plateRect(painter, static_cast<double>(marked)), kPlateRadius, kPlateRadius);
+}
+
+void SegmentedControlPainter::paintPlate(QPainter& painter) const {
+    const QRectF place = plateRect(painter, plate);
+    painter.setBrush(Qt::NoBrush);
+    if (focused) {
+        constexpr double kHalf = kFocusRingWidth / 2;
+        painter.setPen(QPen(accent, kFocusRingWidth));
+        painter.drawRoundedRect(place.adjusted(-kHalf, -kHalf, kHalf, kHalf),
+                                kPlateRadius + kHalf,
+                                kPlateRadius + kHalf);
+    }
+    painter.setPen(Qt::NoPen);
+    if (!focused && colors().shadow.alpha() > 0) {
+        painter.setBrush(colors().shadow);
+        for (const double spread : {1.5, 1.0, 0.5}) {  // points; the layers add up to a soft edge
+            const QRectF layer =
+                place.translated(0, 0.75).adjusted(-spread, -spread, spread, spread);
+            painter.drawRoundedRect(layer, kPlateRadius + spread, kPlateRadius + spread);
+        }
+    }
+    painter.setBrush(pressed == selected ? colors().pressedPlate : colors().plate);
+    painter.drawRoundedRect(place, kPlateRadius, kPlateRadius);
+    if (dark) {
+        const double hairline = pixelSize(painter);
+        const double half = hairline / 2;
+        painter.setPen(QPen(colors().plateEdge, hairline));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(
+            place.adjusted(half, half, -half, -half), kPlateRadius - half, kPlateRadius - half);
+    }
+}
+
+void SegmentedControlPainter::paintLabels(QPainter& painter) const {
+    const QFontMetricsF metrics(painter.font());
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        const QRectF segment = segmentSpan(rect, labels.size(), static_cast<double>(i), direction);
+        const QRectF room = segment.adjusted(kLabelPadding, 0, -kLabelPadding, 0);
+        const bool strong = i == selected || i == hovered;
+        painter.setPen(strong ? colors().selectedLabel : colors().label);
+        painter.setLayoutDirection(directionOf(labels[i]));
+        painter.drawText(room,
+                         Qt::AlignCenter | Qt::TextSingleLine,
+                         metrics.elidedText(labels[i], Qt::ElideRight, room.width()));
+    }
+}
+
+}  // namespace quillet::platform

@@ -1,0 +1,229 @@
+// The mouse and the keyboard in a table.
+
+#include <QAccessible>
+#include <QApplication>
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <algorithm>
+
+#include "platform/ui/TableViewState.h"
+
+namespace quillet::platform {
+
+std::ptrdiff_t TableView::rowAt(QPoint point) const {
+    for (std::size_t i = 0; i < state_->rows.size(); ++i) {
+        if (rect().contains(point) && state_->rows[i].view->geometry().contains(point)) {
+            return static_cast<std::ptrdiff_t>(i);
+        }
+    }
+    return kNoRow;
+}
+
+void TableView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    state_->pressed = rowAt(event->position().toPoint());
+    state_->keyboardUsed = false;
+    updateKeyboardMark();
+}
+
+// The row is selected when the button goes up over it, so that a press can be taken back by
+// moving away.
+void TableView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    const std::ptrdiff_t pressed = std::exchange(state_->pressed, kNoRow);
+    if (pressed != kNoRow && pressed == rowAt(event->position().toPoint())) {
+        setCurrentRow(pressed);
+        clickRow(static_cast<std::size_t>(pressed));
+    }
+}
+
+std::ptrdiff_t TableView::currentRow() const {
+    return state_->current;
+}
+
+void TableView::setCurrentRow(std::ptrdiff_t row) {
+    state_->current = row;
+    updateKeyboardMark();
+    if (TableRowView* view = rowViewAtRow(static_cast<std::size_t>(row)); view && hasFocus()) {
+        QAccessibleEvent event(view, QAccessible::Focus);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+void TableView::updateKeyboardMark() {
+    const bool shown = state_->keyboardUsed && hasFocus();
+    for (std::size_t i = 0; i < state_->rows.size(); ++i) {
+        const bool current = static_cast<std::ptrdiff_t>(i) == state_->current;
+        state_->rows[i].view->setKeyboardMark(shown && current);
+    }
+}
+
+// The row that a key leads to from the current one; kNoRow where the key leads nowhere.
+std::ptrdiff_t TableView::rowForKey(int key) const {
+    const std::ptrdiff_t last = state_->lastRow();
+    switch (key) {
+        case Qt::Key_Up:
+            return std::max<std::ptrdiff_t>(state_->current - 1, std::min<std::ptrdiff_t>(0, last));
+        case Qt::Key_Down:
+            return std::min(state_->current + 1, last);
+        case Qt::Key_Home:
+            return std::min<std::ptrdiff_t>(0, last);
+        case Qt::Key_End:
+            return last;
+        default:
+            return kNoRow;
+    }
+}
+
+void TableView::keyPressEvent(QKeyEvent* event) {
+    const int key = event->key();
+    const bool selects = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
+    const std::ptrdiff_t row = selects ? state_->current : rowForKey(key);
+    if (row == kNoRow) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    state_->keyboardUsed = true;
+    if (selects) {
+        clickRow(static_cast<std::size_t>(row));
+        return;
+    }
+    // From a control of a cell, the arrows lead to the same control of another row.
+    const std::ptrdiff_t focusedRow = rowOfView(focusWidget());
+    setCurrentRow(row);
+    if (focusedRow != kNoRow) {
+        const auto controls = controlsOfRow(static_cast<std::size_t>(focusedRow));
+        const auto control = std::find(controls.begin(), controls.end(), focusWidget());
+        focusControl(row, control - controls.begin(), Qt::OtherFocusReason);
+    }
+}
+
+void TableView::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    const Qt::FocusReason reason = event->reason();
+    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+        reason == Qt::ShortcutFocusReason) {
+        state_->keyboardUsed = true;
+    }
+    if (state_->current == kNoRow) {
+        state_->current = state_->selected != kNoRow
+                              ? state_->selected
+                              : std::min<std::ptrdiff_t>(0, state_->lastRow());
+    }
+    setCurrentRow(state_->current);
+}
+
+void TableView::focusOutEvent(QFocusEvent* event) {
+    QWidget::focusOutEvent(event);
+    updateKeyboardMark();
+}
+
+std::vector<QWidget*> TableView::controlsOfRow(std::size_t row) const {
+    TableCellView* cell = cellAtRow(row);
+    if (cell == nullptr) {
+        return {};
+    }
+    std::vector<QWidget*> controls;
+    for (QWidget* child : cell->findChildren<QWidget*>()) {
+        if ((child->focusPolicy() & Qt::TabFocus) != 0 && child->isVisibleTo(cell) &&
+            child->isEnabled()) {
+            controls.push_back(child);
+        }
+    }
+    const bool mirrored = layoutDirection() == Qt::RightToLeft;
+    std::stable_sort(controls.begin(), controls.end(), [=](QWidget* a, QWidget* b) {
+        const QPoint first = a->mapTo(cell, QPoint());
+        const QPoint second = b->mapTo(cell, QPoint());
+        if (first.y() != second.y()) {
+            return first.y() < second.y();
+        }
+        return mirrored ? first.x() > second.x() : first.x() < second.x();
+    });
+    return controls;
+}
+
+// Focuses a control of a row (by its number in visual order); false where there is none.
+bool TableView::focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason) {
+    if (!state_->hasRow(row)) {
+        return false;
+    }
+    const std::vector<QWidget*> controls = controlsOfRow(static_cast<std::size_t>(row));
+    if (control < 0 || static_cast<std::size_t>(control) >= controls.size()) {
+        return false;
+    }
+    controls[static_cast<std::size_t>(control)]->setFocus(reason);
+    return true;
+}
+
+// Tab goes from the table through the controls of the current row and then out; the other rows'
+// controls are reached by way of their row.
+bool TableView::focusNextPrevChild(bool next) {
+    const Qt::FocusReason reason = next ? Qt::TabFocusReason : Qt::BacktabFocusReason;
+    QWidget* focused = QApplication::focusWidget();
+    if (focused == this) {
+        return (next && focusControl(state_->current, 0, reason)) || focusOutside(next);
+    }
+    const std::ptrdiff_t row = rowOfView(focused);
+    if (row == kNoRow) {
+        return QWidget::focusNextPrevChild(next);
+    }
+    const std::vector<QWidget*> controls = controlsOfRow(static_cast<std::size_t>(row));
+    const std::ptrdiff_t place =
+        std::find(controls.begin(), controls.end(), focused) - controls.begin();
+    if (focusControl(row, next ? place + 1 : place - 1, reason)) {
+        return true;
+    }
+    if (next) {
+        return focusOutside(next);
+    }
+    setFocus(reason);
+    return true;
+}
+
+// Focuses the nearest widget before or behind the table and all it holds; the table itself where
+// there is no other.
+bool TableView::focusOutside(bool next) {
+    QWidget* candidate = this;
+    do {
+        candidate = next ? candidate->nextInFocusChain() : candidate->previousInFocusChain();
+        const bool reachable = (candidate->focusPolicy() & Qt::TabFocus) == Qt::TabFocus &&
+                               candidate->isVisible() && candidate->isEnabled() &&
+                               candidate->focusProxy() == nullptr;
+        if (reachable && !isAncestorOf(candidate)) {
+            break;
+        }
+    } while (candidate != this);
+    candidate->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
+}
+
+// Watches the controls of the cells. Qt's own chain would lead Shift+Tab from behind the table to
+// the last control made; it is led to the current row instead.
+bool TableView::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn) {
+        auto* control = static_cast<QWidget*>(watched);
+        const std::ptrdiff_t row = rowOfView(control);
+        const bool byTab = static_cast<QFocusEvent*>(event)->reason() == Qt::BacktabFocusReason;
+        if (byTab && row != state_->current && state_->hasRow(state_->current)) {
+            const auto controls = controlsOfRow(static_cast<std::size_t>(state_->current));
+            if (focusControl(state_->current,
+                             static_cast<std::ptrdiff_t>(controls.size()) - 1,
+                             Qt::BacktabFocusReason)) {
+                return true;
+            }
+        }
+        if (row != kNoRow) {
+            setCurrentRow(row);
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace quillet::platform

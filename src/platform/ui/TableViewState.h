@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QPointer>
+#include <vector>
+
+#include "platform/ui/SlidingRow.h"
+#include "platform/ui/TableView.h"
+
+class QVariantAnimation;
+
+namespace quillet::platform {
+
+struct TableView::State {
+    struct Row {
+        TableRowView* view = nullptr;   // a child of the table
+        TableCellView* cell = nullptr;  // a child of the row view; may be null
+    };
+
+    bool hasRow(std::ptrdiff_t row) const {
+        return row >= 0 && static_cast<std::size_t>(row) < rows.size();
+    }
+    std::ptrdiff_t lastRow() const { return static_cast<std::ptrdiff_t>(rows.size()) - 1; }
+
+    TableDelegate* delegate = nullptr;
+    double rowHeight = 20;  // points
+    std::vector<Row> rows;
+    std::vector<TableCellView*> pool;  // hidden children of the table; the last is taken first
+
+    std::ptrdiff_t selected = kNoRow;
+    std::ptrdiff_t current = kNoRow;  // where the keyboard stands
+    std::ptrdiff_t pressed = kNoRow;  // where the mouse button went down
+    bool keyboardUsed = false;        // the user moves by keyboard and should see where
+
+    // A removal under way: the rows from `movingFrom` on move up by what is left of a row's height.
+    QVariantAnimation* animation = nullptr;  // a child of the table
+    QPointer<SlidingRow> slidingRow;         // a child of the table
+    std::size_t movingFrom = 0;
+    double progress = 1;
+};
+
+}  // namespace quillet::platform

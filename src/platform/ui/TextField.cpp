@@ -1,0 +1,78 @@
+#include "platform/ui/TextField.h"
+
+#include <QEvent>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/ui/Accessibility.h"
+#include "platform/ui/SingleLineText.h"
+
+namespace quillet::platform {
+
+TextField::TextField(QWidget* parent) : QWidget(parent), color_(palette().windowText().color()) {
+    installAccessibility();
+    measure();
+}
+
+void TextField::setStringValue(std::string_view text) {
+    text_ = text;
+    line_ = singleLineText(text);
+    measure();
+}
+
+void TextField::setTextColor(const QColor& color) {
+    color_ = color;
+    update();
+}
+
+void TextField::setFontSize(double points) {
+    QFont sized;
+    sized.setPixelSize(std::max(1, static_cast<int>(std::lround(points))));
+    setFont(sized);
+}
+
+void TextField::measure() {
+    const QFontMetricsF metrics(font());
+    natural_ = QSize(static_cast<int>(std::ceil(metrics.horizontalAdvance(line_))),
+                     static_cast<int>(std::ceil(metrics.height())));
+    updateGeometry();
+    update();
+}
+
+QString TextField::displayedText() const {
+    if (natural_.width() <= width()) {
+        return line_;
+    }
+    // "Right" means the end of the text in its own direction.
+    return QFontMetricsF(font()).elidedText(line_, Qt::ElideRight, width());
+}
+
+QSize TextField::sizeHint() const {
+    return natural_;
+}
+
+QSize TextField::minimumSizeHint() const {
+    return {0, natural_.height()};
+}
+
+void TextField::paintEvent(QPaintEvent* /*event*/) {
+    const QString text = displayedText();
+    QPainter painter(this);
+    painter.setPen(color_);
+    painter.setLayoutDirection(directionOf(line_));
+    const Qt::Alignment side =
+        layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    const Qt::Alignment place = side | Qt::AlignAbsolute | Qt::AlignVCenter;
+    painter.drawText(rect(), static_cast<int>(place) | Qt::TextSingleLine, text);
+}
+
+void TextField::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange) {
+        measure();
+    }
+    QWidget::changeEvent(event);
+}
+
+}  // namespace quillet::platform
