@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/foundation/ByteBuffer.h"
+#include "platform/foundation/ByteReader.h"
 #include "platform/foundation/PropertyList.h"
 
 // What a parsed document consists of. Internal to the property-list sources.
@@ -24,6 +25,7 @@ enum class PropertyListForm : std::uint8_t {
     Signed,      // a number kept in the node
     Unsigned,    // a number kept in the node that only an unsigned integer can hold
     References,  // containers of the binary format
+    Broken,      // a binary object that cannot be read and that no value leads to
 };
 
 // One value, 16 bytes. XML documents hold a tape: a container's values follow it, a dictionary's as
@@ -64,19 +66,25 @@ struct PropertyListState {
     std::uint64_t generation = 0;  // counts the parses, so that remembered places can be told old
     std::uint32_t root = 0;
     std::uint8_t referenceWidth = 0;  // bytes of a reference in the binary format, 0 for XML
+    std::uint8_t referenceSkip = 0;   // leading bytes of a reference, which are zero
+    std::uint8_t referenceShift = 0;  // bits of the 32 behind them that are not the reference's
     bool hasRoot = false;
 
     std::string_view textOf(const PropertyListNode& node) const noexcept {
         return {text + node.offset, node.length};
     }
+
+    void setReferenceWidth(std::size_t width) noexcept {
+        constexpr std::size_t kKept = sizeof(std::uint32_t);
+        referenceWidth = static_cast<std::uint8_t>(width);
+        referenceSkip = static_cast<std::uint8_t>(width > kKept ? width - kKept : 0);
+        referenceShift = static_cast<std::uint8_t>(width < kKept ? 8 * (kKept - width) : 0);
+    }
     // The object that the reference number `index` behind `offset` names (binary, checked before).
     std::uint32_t reference(std::uint32_t offset, std::uint32_t index) const noexcept {
-        const char* at = text + offset + std::size_t{index} * referenceWidth;
-        std::uint32_t number = 0;
-        for (unsigned i = 0; i < referenceWidth; ++i) {
-            number = (number << 8U) | static_cast<unsigned char>(at[i]);
-        }
-        return number;
+        const char* at = text + offset + std::size_t{index} * referenceWidth + referenceSkip;
+        return static_cast<std::uint32_t>(bigEndianNumber(at, sizeof(std::uint32_t))) >>
+               referenceShift;
     }
 };
 

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/foundation/PropertyList.h"
+
+namespace quillet::test {
+
+// Everything in a value as one text: "abc" for strings, 5 for integers, 1.5r for reals, true,
+// 10d for dates, <6162> for data, uid3, (null), [..] and {"key":value,..}. `visits` counts the
+// values.
+inline void dump(const platform::PropertyListValue& value, std::string& text, std::size_t& visits);
+
+inline std::string dump(const platform::PropertyListValue& value) {
+    std::string text;
+    std::size_t visits = 0;
+    dump(value, text, visits);
+    return text;
+}
+
+inline void dumpContainer(const platform::PropertyListValue& value,
+                          std::string& text,
+                          std::size_t& visits) {
+    const bool dictionary = value.type() == platform::PropertyListType::Dictionary;
+    text += dictionary ? '{' : '[';
+    const std::size_t start = text.size();
+    for (const auto element : value) {
+        text += text.size() > start ? "," : "";
+        dump(element, text, visits);
+        if (dictionary) {
+            text += ':';
+            dump(value.valueForKey(element.stringValue()), text, visits);
+        }
+    }
+    text += dictionary ? '}' : ']';
+}
+
+inline std::string hexadecimal(std::string_view bytes) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text;
+    for (const char character : bytes) {
+        const auto byte = static_cast<unsigned char>(character);
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 0xFU];
+    }
+    return text;
+}
+
+inline void dump(const platform::PropertyListValue& value, std::string& text, std::size_t& visits) {
+    using Type = platform::PropertyListType;
+    ++visits;
+    switch (value.type()) {
+        case Type::Absent:
+            text += "(null)";
+            break;
+        case Type::String:
+            text += '"' + value.stringValue() + '"';
+            break;
+        case Type::Integer:
+            text += value.numberValue().text();
+            break;
+        case Type::Real:
+            text += value.numberValue().text() + 'r';
+            break;
+        case Type::Boolean:
+            text += value.boolValue() ? "true" : "false";
+            break;
+        case Type::Date:
+            text += platform::Number(value.dateValue()).text() + 'd';
+            break;
+        case Type::Data:
+            text += '<' + hexadecimal(value.dataValue()) + '>';
+            break;
+        case Type::Uid:
+            text += "uid" + std::to_string(value.uidValue());
+            break;
+        case Type::Array:
+        case Type::Dictionary:
+            dumpContainer(value, text, visits);
+            break;
+    }
+}
+
+// Big-endian bytes of a number.
+inline std::string bigEndian(std::uint64_t number, std::size_t width) {
+    std::string bytes(width, '\0');
+    for (std::size_t i = 0; i < width; ++i) {
+        bytes[width - 1 - i] = static_cast<char>(number >> (8 * i));
+    }
+    return bytes;
+}
+
+// A binary property list of the given encoded objects, whose first one is the root.
+inline std::string binaryFile(const std::vector<std::string>& objects,
+                              std::size_t referenceWidth = 1,
+                              std::size_t offsetWidth = 1) {
+    std::string file = "bplist00";
+    std::string table;
+    for (const std::string& object : objects) {
+        table += bigEndian(file.size(), offsetWidth);
+        file += object;
+    }
+    const std::size_t tableOffset = file.size();
+    file += table + bigEndian(0, 6) + bigEndian(offsetWidth, 1) + bigEndian(referenceWidth, 1);
+    return file + bigEndian(objects.size(), 8) + bigEndian(0, 8) + bigEndian(tableOffset, 8);
+}
+
+}  // namespace quillet::test
