@@ -153,8 +153,8 @@ class PropertyListDocument {
 public:
     static constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;  // bytes
     static constexpr std::size_t kMaximumDepth = 512;                                // levels
-    // A file of n bytes may unfold to kVisitsBase + kVisitsPerByte * n values. A text or data of the
-    // binary format counts as one value more for every 16 bytes.
+    // A file of n bytes may unfold to kVisitsBase + kVisitsPerByte * n values. A text or data of
+    // the binary format counts as one value more for every 16 bytes.
     static constexpr std::size_t kVisitsBase = 1024;
     static constexpr std::size_t kVisitsPerByte = 4;
 

@@ -321,8 +321,12 @@ std::uint64_t TreeChecker::offsetOf(std::uint64_t object) const {
                            trailer_.offsetWidth);
 }
 
+// The place of the error is the object, or its entry of the table where that leads astray.
 void TreeChecker::failAtObject(std::uint64_t object, std::string text, Kind kind) const {
-    failPropertyList(kind, offsetOf(object), std::move(text));
+    const std::uint64_t offset = offsetOf(object);
+    const bool inside = offset >= kHeaderSize && offset < trailer_.tableOffset;
+    const std::uint64_t entry = trailer_.tableOffset + object * trailer_.offsetWidth;
+    failPropertyList(kind, inside ? offset : entry, std::move(text));
 }
 
 void TreeChecker::failAtBrokenObject(std::uint64_t object) const {

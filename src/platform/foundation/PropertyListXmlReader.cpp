@@ -187,6 +187,9 @@ Tag XmlReader::readOpeningTag() {
         fail(at_ == end_ ? "the file ends where an element is expected"
                          : "text where an element is expected");
     }
+    if (at_[1] == '/') {
+        fail("a closing tag where an element is expected");
+    }
     const char* name = ++at_;
     while (*at_ > ' ' && *at_ != '>' && *at_ != '/' && *at_ != '<') {
         ++at_;

@@ -1,11 +1,10 @@
-#include "platform/foundation/Number.h"
-
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <limits>
 #include <string>
+
+#include "platform/foundation/Number.h"
 
 namespace quillet::test {
 
@@ -31,9 +30,19 @@ TEST(Number, ConvertsAsItsKindSays) {
     const Case cases[] = {
         {"zero", Number(std::int64_t{0}), 0, 0, 0.0F, false, "0"},
         {"negative wraps", Number(std::int64_t{-1}), kUnsignedMaximum, -1, -1.0F, true, "-1"},
-        {"unsigned wraps", Number(kUnsignedMaximum), kUnsignedMaximum, -1, 18446744073709551616.0F,
-         true, "18446744073709551615"},
-        {"date", Number(std::int64_t{1763163889}), 1763163889, 1763163889, 1763163904.0F, true,
+        {"unsigned wraps",
+         Number(kUnsignedMaximum),
+         kUnsignedMaximum,
+         -1,
+         18446744073709551616.0F,
+         true,
+         "18446744073709551615"},
+        {"date",
+         Number(std::int64_t{1763163889}),
+         1763163889,
+         1763163889,
+         1763163904.0F,
+         true,
          "1763163889"},
         {"true", Number(true), 1, 1, 1.0F, true, "1"},
         {"false", Number(false), 0, 0, 0.0F, false, "0"},
@@ -43,11 +52,21 @@ TEST(Number, ConvertsAsItsKindSays) {
         {"round large real", Number(100000.0), 100000, 100000, 1e5F, true, "100000"},
         {"large real is held", Number(1e30), kUnsignedMaximum, kMaximum, 1e30F, true, "1e+30"},
         {"low real is held", Number(-1e30), 0, kMinimum, -1e30F, true, "-1e+30"},
-        {"infinity is held", Number(kInfinity), kUnsignedMaximum, kMaximum,
-         std::numeric_limits<float>::infinity(), true, "inf"},
+        {"infinity is held",
+         Number(kInfinity),
+         kUnsignedMaximum,
+         kMaximum,
+         std::numeric_limits<float>::infinity(),
+         true,
+         "inf"},
         {"small real", Number(1e-7), 0, 0, 1e-7F, true, "1e-07"},
-        {"between the ranges", Number(9223372036854775808.0), std::uint64_t{1} << 63U, kMaximum,
-         9223372036854775808.0F, true, "9.223372036854776e+18"},
+        {"between the ranges",
+         Number(9223372036854775808.0),
+         std::uint64_t{1} << 63U,
+         kMaximum,
+         9223372036854775808.0F,
+         true,
+         "9.223372036854776e+18"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -64,8 +83,8 @@ TEST(Number, ConvertsAsItsKindSays) {
 
 TEST(Number, EqualityIsNumericAndExact) {
     constexpr std::int64_t kTwoTo53 = std::int64_t{1} << 53;
-    const Number one[] = {Number(true), Number(std::int64_t{1}), Number(std::uint64_t{1}),
-                          Number(1.0)};
+    const Number one[] = {
+        Number(true), Number(std::int64_t{1}), Number(std::uint64_t{1}), Number(1.0)};
     for (const Number& left : one) {
         for (const Number& right : one) {
             EXPECT_EQ(left, right);

