@@ -2,6 +2,7 @@
 // the interface font that the design was made for.
 
 #include <QApplication>
+#include <QFont>
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {

@@ -1,0 +1,96 @@
+// Runs the example of docs/container.md, which host authors paste into their programs.
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <thread>
+
+#include "model/ExtensionMessage.h"
+#include "platform/foundation/FileCoordinator.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/PropertyList.h"
+#include "tests/host/Command.h"
+#include "tests/host/DocumentExample.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace quillet::host {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::PropertyListDocument;
+using test::Command;
+using test::contentsOf;
+using test::documentExample;
+using test::EnvironmentVariable;
+using test::TemporaryFolder;
+
+// Whether a process waits for the lock of a file, as the kernel tells it.
+bool somebodyWaitsFor(const std::string& lockFile) {
+    struct stat status {};
+    if (stat(lockFile.c_str(), &status) != 0) {
+        return false;
+    }
+    const std::string inode = ":" + std::to_string(status.st_ino) + " ";
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        if (line.find("->") != std::string::npos && line.find(inode) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string fileNamed(const std::string& name, const std::string& folder) {
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        if (entry.path().filename() == name) {
+            return entry.path().string();
+        }
+    }
+    return {};
+}
+
+TEST(ContainerDocument, ExampleWritesAFileAfterTheReaderIsDone) {
+    const TemporaryFolder container;
+    const TemporaryFolder runtime;
+    const EnvironmentVariable runtimeVariable{"XDG_RUNTIME_DIR", runtime.path()};
+    const std::string example = documentExample("container.md", "python");
+    ASSERT_NE(example, "");
+    const std::string script = container.writeFile("host.py", example);
+    const std::string dataFolder = container.makeFolder("SharedData");
+    const std::string written = dataFolder + "/Today/anna@example.com/INBOX.plist";
+
+    const platform::FileCoordinator coordinator(dataFolder);
+    std::unique_ptr<Command> host;
+    const auto error = coordinator.coordinateReading(dataFolder + "/Today", [&](const auto&) {
+        host = std::make_unique<Command>("exec python3 " + script + " " + dataFolder);
+        const std::string lockFile = fileNamed("Today.lock", runtime.path());
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!somebodyWaitsFor(lockFile) && std::chrono::steady_clock::now() < limit) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        EXPECT_TRUE(somebodyWaitsFor(lockFile)) << "the example takes another lock, or none";
+        EXPECT_FALSE(platform::FileManager::fileExists(written));
+    });
+    ASSERT_FALSE(error) << error->description();
+    EXPECT_EQ(host->finish(), 0) << host->output();
+
+    PropertyListDocument document;
+    const auto failure = document.parse(contentsOf(written));
+    ASSERT_FALSE(failure) << failure->description();
+    EXPECT_TRUE(document.root().valueForKey("folder"));
+    EXPECT_TRUE(document.root().valueForKey("account"));
+    ASSERT_EQ(document.root().valueForKey("data").count(), 1U);
+    const auto message =
+        ExtensionMessage::initWithDictonary(*document.root().valueForKey("data").begin());
+    EXPECT_EQ(message->account(), "anna@example.com");
+    EXPECT_EQ(message->folderStandardId()->text(), "1");
+    EXPECT_NE(message->messageId(), "");
+}
+
+}  // namespace
+}  // namespace quillet::host
