@@ -4,9 +4,10 @@
 #include <cmath>
 #include <cstdint>
 #include <mutex>
+#include <time.h>
 #include <unicode/basictz.h>
-#include <unicode/calendar.h>
 #include <unicode/gregocal.h>
+#include <unicode/simpletz.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 #include <unicode/tztrans.h>
@@ -40,14 +41,19 @@ icu::Locale userLocale() {
 }
 
 std::unique_ptr<icu::TimeZone> userTimeZone() {
-    if (const std::string name = timeZoneNameOfPath(); !name.empty()) {
-        std::unique_ptr<icu::TimeZone> zone(
-            icu::TimeZone::createTimeZone(UnicodeString::fromUTF8(name)));
-        if (*zone != icu::TimeZone::getUnknown()) {
-            return zone;
-        }
+    const std::optional<std::string> name = timeZoneName();
+    if (!name) {
+        return std::unique_ptr<icu::TimeZone>(icu::TimeZone::detectHostTimeZone());
     }
-    return std::unique_ptr<icu::TimeZone>(icu::TimeZone::detectHostTimeZone());
+    const UnicodeString id = UnicodeString::fromUTF8(*name);
+    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
+    UnicodeString found;
+    if (zone->getID(found) == id) {
+        return zone;
+    }
+    // Not in the zone database: the C library knows what a text like "JST-9" means.
+    ::tzset();
+    return std::make_unique<icu::SimpleTimeZone>(static_cast<std::int32_t>(-::timezone * 1000), id);
 }
 
 icu::DateFormat::EStyle styleOf(DateStyle style) {
@@ -195,7 +201,7 @@ LocalDays::Day LocalDays::dayOf(double secondsSince1970) const {
     const std::int64_t day = here.dayAt(instant);
 
     State::Stretch first = here;
-    while (first.startOf(day) < first.start) {
+    while (first.startOf(day) <= first.start) {
         const State::Stretch before = state_->stretchAt(first.start - 1);
         if (before.dayAt(first.start - 1) != day) {
             break;
@@ -203,7 +209,7 @@ LocalDays::Day LocalDays::dayOf(double secondsSince1970) const {
         first = before;
     }
     State::Stretch last = here;
-    while (last.startOf(day + 1) > last.end) {
+    while (last.startOf(day + 1) >= last.end) {
         const State::Stretch after = state_->stretchAt(last.end);
         if (after.dayAt(last.end) != day) {
             break;

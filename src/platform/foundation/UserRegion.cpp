@@ -58,29 +58,33 @@ std::string dateLocaleName() {
     return name;
 }
 
-std::string timeZoneNameOfPath() {
+std::optional<std::string> timeZoneName() {
     constexpr std::string_view kFolder = "/zoneinfo/";
     const char* value = std::getenv("TZ");
-    std::string_view zone = value != nullptr ? value : "";
+    if (value == nullptr) {
+        return std::nullopt;
+    }
+    std::string_view zone = value;
     if (zone.starts_with(':')) {
         zone.remove_prefix(1);
     }
-    if (!zone.starts_with('/')) {
-        return {};
+    if (zone.empty()) {
+        return "UTC";
     }
-    std::error_code ignored;
-    const std::string path = std::filesystem::weakly_canonical(zone, ignored).string();
-    const std::size_t folder = path.find(kFolder);
-    if (folder == std::string::npos) {
-        return {};
+    std::string path(zone);
+    if (zone.starts_with('/')) {
+        std::error_code ignored;
+        path = std::filesystem::weakly_canonical(zone, ignored).string();
+        const std::size_t folder = path.find(kFolder);
+        zone = folder == std::string::npos ? zone
+                                           : std::string_view(path).substr(folder + kFolder.size());
     }
-    std::string_view name = std::string_view(path).substr(folder + kFolder.size());
     for (const std::string_view variant : {"posix/", "right/"}) {
-        if (name.starts_with(variant)) {
-            name.remove_prefix(variant.size());
+        if (zone.starts_with(variant)) {
+            zone.remove_prefix(variant.size());
         }
     }
-    return std::string(name);
+    return std::string(zone);
 }
 
 }  // namespace quillet::platform

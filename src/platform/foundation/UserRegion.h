@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace quillet::platform {
@@ -11,8 +12,9 @@ namespace quillet::platform {
 // keywords ("@calendar=buddhist") is kept. "C", "POSIX" and none give "en_US_POSIX".
 std::string dateLocaleName();
 
-// The name of the time zone that TZ means where TZ is the path of a zone file
-// (":/etc/localtime", "/usr/share/zoneinfo/Europe/Berlin"); "" in every other case.
-std::string timeZoneNameOfPath();
+// The time zone that TZ names, as in the zone database; the name of a zone file, given by its path
+// (":/etc/localtime", "/usr/share/zoneinfo/Europe/Berlin"), is that of its zone. None where TZ is
+// unset, which leaves the zone to the system. Other texts ("JST-9") are returned as they are.
+std::optional<std::string> timeZoneName();
 
 }  // namespace quillet::platform

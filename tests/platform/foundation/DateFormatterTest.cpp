@@ -1,0 +1,246 @@
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "platform/foundation/DateFormatter.h"
+#include "tests/support/EnvironmentVariable.h"
+
+namespace quillet::test {
+namespace {
+
+using platform::DateFormatter;
+using platform::DateStyle;
+using platform::LocalDays;
+
+constexpr double kInstant = 1794699889;  // 2026-11-14 23:44:49 UTC
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// The user's region for the length of a scope.
+struct Region {
+    Region(const std::string& locale, const std::string& zone)
+        : all("LC_ALL", locale), timeZone("TZ", zone) {}
+    EnvironmentVariable all;
+    EnvironmentVariable timeZone;
+};
+
+TEST(DateFormatter, ShortStylesAreThoseOfTheLocaleAndTheZone) {
+    const struct {
+        const char *locale, *zone, *date, *time;
+    } cases[] = {
+        {"de_DE.UTF-8", "UTC", "14.11.26", "23:44"},
+        {"de_DE.UTF-8", "Europe/Berlin", "15.11.26", "00:44"},
+        {"en_GB.UTF-8", "UTC", "14/11/2026", "23:44"},
+        {"en_US.UTF-8", "UTC", "11/14/26", "11:44\u202FPM"},
+        {"C.UTF-8", "UTC", "11/14/26", "11:44\u202FPM"},
+        {"POSIX", "UTC", "11/14/26", "11:44\u202FPM"},
+        {"th_TH.UTF-8", "UTC", "14/11/69", "23:44"},
+        {"de_DE", "America/St_Johns", "14.11.26", "20:14"},
+        {"de_DE", ":/usr/share/zoneinfo/Asia/Tokyo", "15.11.26", "08:44"},
+        {"de_DE", "/usr/share/zoneinfo/right/Asia/Tokyo", "15.11.26", "08:44"},
+        {"de_DE", "<+0545>-5:45", "15.11.26", "05:29"},
+        {"de_DE", "GMT+5", "14.11.26", "18:44"},
+        {"de_DE", "no zone", "14.11.26", "23:44"},
+        {"de_DE", "", "14.11.26", "23:44"},
+        {"", "UTC", "14.11.26", "23:44"},  // an empty variable leaves it to LANG
+    };
+    const EnvironmentVariable lcTime("LC_TIME", "");
+    const EnvironmentVariable lang("LANG", "de_DE.UTF-8");
+    for (const auto& row : cases) {
+        SCOPED_TRACE(std::string(row.locale) + " " + row.zone);
+        const Region region(row.locale, row.zone);
+        EXPECT_EQ(DateFormatter(DateStyle::Short, DateStyle::None).stringFromDate(kInstant),
+                  row.date);
+        EXPECT_EQ(DateFormatter(DateStyle::None, DateStyle::Short).stringFromDate(kInstant),
+                  row.time);
+        EXPECT_EQ(DateFormatter(DateStyle::None, DateStyle::None).stringFromDate(kInstant), "");
+    }
+}
+
+TEST(DateFormatter, TheRegionIsTheOneOfTheMomentItWasMade) {
+    const Region region("de_DE", "UTC");
+    const DateFormatter day = DateFormatter::localPattern("yyyyMMdd HH");
+    const Region later("fa_IR", "Asia/Tokyo");
+    EXPECT_EQ(day.stringFromDate(kInstant), "20261114 23");
+    EXPECT_EQ(DateFormatter::localPattern("yyyyMMdd").stringFromDate(kInstant),
+              "\u06F1\u06F4\u06F0\u06F5\u06F0\u06F8\u06F2\u06F4");
+}
+
+TEST(DateFormatter, AModifierOfTheLocaleNamesTheScript) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"sr_RS.UTF-8", "суб"},
+        {"sr_RS.UTF-8@latin", "sub"},
+        {"sr@latin", "sub"},
+        {"de_DE@euro", "Sa"},
+    };
+    for (const auto& [locale, weekday] : cases) {
+        SCOPED_TRACE(locale);
+        const Region region(locale, "UTC");
+        EXPECT_EQ(DateFormatter::localPattern("ccc").stringFromDate(kInstant), weekday);
+    }
+}
+
+TEST(DateFormatter, TheExchangeFormatIsTheSameForEveryUserAndStrict) {
+    const Region region("fa_IR@calendar=persian", "Asia/Tokyo");
+    const DateFormatter exchange = DateFormatter::exchangePattern("yyyy-MM-dd'T'HH:mm:ss'Z'");
+    EXPECT_EQ(exchange.stringFromDate(kInstant), "2026-11-14T23:44:49Z");
+    const std::pair<const char*, std::optional<double>> cases[] = {
+        {"2026-11-14T23:44:49Z", kInstant},
+        {"1969-12-31T23:59:59Z", -1},
+        {"2024-02-29T00:00:00Z", 1709164800},
+        {"2026-11-14T23:44:49", std::nullopt},
+        {"2026-11-14T23:44:49Z ", std::nullopt},
+        {" 2026-11-14T23:44:49Z", std::nullopt},
+        {"2026-11-14T23:44:49z", std::nullopt},
+        {"2026-11-14 23:44:49Z", std::nullopt},
+        {"2026-13-01T00:00:00Z", std::nullopt},
+        {"2025-02-29T00:00:00Z", std::nullopt},
+        {"2026-11-14T24:00:00Z", std::nullopt},
+        {"2026-11-14T23:44:60Z", std::nullopt},
+        {"2026-1-4T3:4:9Z", std::nullopt},
+        {"26-11-14T23:44:49Z", std::nullopt},
+        {"+2026-11-14T23:44:49Z", std::nullopt},
+        {"99999999999-11-14T23:44:49Z", std::nullopt},
+        {"\u0662026-11-14T23:44:49Z", std::nullopt},
+        {"\xFF", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(exchange.dateFromString(text), expected);
+    }
+    EXPECT_EQ(exchange.dateFromString(std::string(100'000, '2')), std::nullopt);
+}
+
+TEST(DateFormatter, InstantsBeyondEveryCalendarAreHeldAtTheLimit) {
+    for (const char* calendar : {"gregorian",
+                                 "buddhist",
+                                 "chinese",
+                                 "coptic",
+                                 "dangi",
+                                 "ethiopic",
+                                 "ethiopic-amete-alem",
+                                 "hebrew",
+                                 "indian",
+                                 "islamic",
+                                 "islamic-civil",
+                                 "islamic-rgsa",
+                                 "islamic-tbla",
+                                 "islamic-umalqura",
+                                 "iso8601",
+                                 "japanese",
+                                 "persian",
+                                 "roc"}) {
+        SCOPED_TRACE(calendar);
+        const Region region("en_GB@calendar=" + std::string(calendar), "Europe/Berlin");
+        const DateFormatter day(DateStyle::Short, DateStyle::Short);
+        const double largestFloat = std::numeric_limits<float>::max();
+        const std::string latest = day.stringFromDate(8.64e12);
+        const std::string earliest = day.stringFromDate(-8.64e12);
+        EXPECT_NE(latest, "");
+        EXPECT_NE(earliest, "");
+        for (const double far : {8.64e12 + 1, largestFloat, 1e300, kInfinity}) {
+            EXPECT_EQ(day.stringFromDate(far), latest);
+            EXPECT_EQ(day.stringFromDate(-far), earliest);
+        }
+        EXPECT_EQ(day.stringFromDate(std::nan("")), day.stringFromDate(0));
+    }
+}
+
+TEST(DateFormatter, ThreadsMayShareAFormatter) {
+    const Region region("de_DE", "Europe/Berlin");
+    const DateFormatter pattern = DateFormatter::localPattern("yyyyMMddHHmmss");
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index) {
+        threads.emplace_back([&pattern, index] {
+            for (int round = 0; round < 500; ++round) {
+                const double instant = kInstant + 3600.0 * index * round;
+                const std::string text = pattern.stringFromDate(instant);
+                EXPECT_EQ(pattern.stringFromDate(*pattern.dateFromString(text)), text);
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+}
+
+// The day of the instant is one run of instants that the day number is the same for.
+void expectDayOf(double instant, const LocalDays& days, const DateFormatter& number) {
+    const LocalDays::Day day = days.dayOf(instant);
+    const std::string text = number.stringFromDate(instant);
+    ASSERT_LE(day.start, instant);
+    ASSERT_GT(day.end, instant);
+    for (const double inside : {day.start, (day.start + day.end) / 2, day.end - 0.001}) {
+        ASSERT_EQ(number.stringFromDate(inside), text) << instant;
+    }
+    ASSERT_NE(number.stringFromDate(day.start - 0.001), text) << instant;
+    ASSERT_NE(number.stringFromDate(day.end), text) << instant;
+}
+
+TEST(LocalDays, ADayIsWhatTheDayNumberSaysInEveryZone) {
+    const struct {
+        const char* zone;
+        double instant;  // a change of the clock is near
+    } cases[] = {
+        {"UTC", 1794699889},
+        {"Europe/Berlin", 1774746000},      // 2026-03-29, 23 hours
+        {"Europe/Berlin", 1792890000},      // 2026-10-25, 25 hours
+        {"America/Sao_Paulo", 1541300400},  // 2018-11-04 has no midnight
+        {"America/Sao_Paulo", 1550368800},  // 2019-02-16 lasts beyond midnight
+        {"Africa/Cairo", 1682632800},       // 2023-04-28 has no midnight
+        {"America/Havana", 1762059600},     // midnight comes twice
+        {"America/St_Johns", 1162089060},   // 2006-10-29 begins, and begins again
+        {"Pacific/Apia", 1325239200},       // 2011-12-30 is left out
+        {"Pacific/Kwajalein", 745848000},   // 1993-08-21 is left out
+        {"Asia/Manila", -3944621160},       // a day less, in 1844
+        {"America/Juneau", -3225223727},    // a day more, in 1867
+        {"Asia/Kathmandu", 504901800},      // by a quarter of an hour
+        {"Africa/Monrovia", 63593070},      // by 44 minutes and 30 seconds
+        {"Antarctica/Troll", 1774746000},   // by two hours
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.zone);
+        const Region region("en_GB.UTF-8", row.zone);
+        const LocalDays days;
+        const DateFormatter number = DateFormatter::localPattern("yyyyMMdd");
+        for (double hour = -72; hour <= 72; hour += 0.5) {
+            expectDayOf(row.instant + hour * 3600 + 0.25, days, number);
+        }
+        for (double instant = -9e9; instant < 9e9; instant += 1.1e7) {
+            expectDayOf(instant, days, number);
+        }
+    }
+}
+
+TEST(LocalDays, TheLengthOfADayFollowsTheClock) {
+    const Region region("C", "Europe/Berlin");
+    const LocalDays days;
+    const auto hours = [&](double instant) {
+        const LocalDays::Day day = days.dayOf(instant);
+        return (day.end - day.start) / 3600;
+    };
+    EXPECT_EQ(hours(1774746000), 23);
+    EXPECT_EQ(hours(1792890000), 25);
+    EXPECT_EQ(hours(kInstant), 24);
+    EXPECT_EQ(days.dayOf(kInstant).start, 1794697200);
+}
+
+TEST(LocalDays, ExtremeInstantsHaveADayThatHoldsThemAsTheyAreHeld) {
+    for (const char* zone : {"UTC", "Europe/Berlin", "Pacific/Apia", "<+0545>-5:45"}) {
+        SCOPED_TRACE(zone);
+        const Region region("C", zone);
+        const LocalDays days;
+        for (const double far : {8.64e12, 1e18, 1e300, kInfinity}) {
+            EXPECT_LE(days.dayOf(far).start, 8.64e12);
+            EXPECT_GT(days.dayOf(far).end, 8.64e12);
+            EXPECT_LE(days.dayOf(-far).start, -8.64e12);
+            EXPECT_GT(days.dayOf(-far).end, -8.64e12);
+        }
+        EXPECT_EQ(days.dayOf(std::nan("")).start, days.dayOf(0).start);
+    }
+}
+
+}  // namespace
+}  // namespace quillet::test

@@ -1,0 +1,34 @@
+#include <gtest/gtest.h>
+
+#include "platform/foundation/Error.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/TextFormat.h"
+#include "tests/support/LogCapture.h"
+
+namespace quillet::test {
+namespace {
+
+using platform::formatText;
+
+TEST(TextFormat, ArgumentsTakeTheirPlacesInOrder) {
+    EXPECT_EQ(formatText("%@ is %lu of %ld", {"a", "1", "-2"}), "a is 1 of -2");
+    EXPECT_EQ(formatText("%@ and %@", {"%@"}), "%@ and (null)");
+    EXPECT_EQ(formatText("surplus", {"a"}), "surplus");
+    EXPECT_EQ(formatText("100%% %d %", {"a"}), "100% %d %");
+}
+
+TEST(Log, ASinkGetsTheLineAsItWasFormed) {
+    const LogCapture log;
+    platform::Log::write("two\nlines %@", {platform::posixError(2, "/x").description()});
+    EXPECT_EQ(log.lines(),
+              std::vector<std::string>{"two\nlines /x: No such file or directory (POSIX 2)"});
+}
+
+TEST(Log, StandardErrorGetsOneLineWhateverTheTextHolds) {
+    testing::internal::CaptureStderr();
+    platform::Log::write("a\nb\x1b[31m%@", {"\r\x7f"});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a b [31m  \n");
+}
+
+}  // namespace
+}  // namespace quillet::test

@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include "platform/foundation/Path.h"
+
+namespace quillet::test {
+namespace {
+
+namespace Path = platform::Path;
+
+TEST(Path, LastComponentExtensionAndRestAreTakenApart) {
+    const struct {
+        const char* path;
+        const char* last;
+        const char* extension;
+        const char* withoutExtension;
+    } cases[] = {
+        {"/a/photo.png", "photo.png", "png", "/a/photo"},
+        {"report.tar.gz", "report.tar.gz", "gz", "report.tar"},
+        {"/a.b/notes", "notes", "", "/a.b/notes"},
+        {"/a/.profile", ".profile", "", "/a/.profile"},
+        {"/a/.profile.txt", ".profile.txt", "txt", "/a/.profile"},
+        {"/a/name.", "name.", "", "/a/name."},
+        {"/a/folder.d//", "folder.d", "d", "/a/folder"},
+        {"/", "/", "", "/"},
+        {"///", "/", "", "/"},
+        {"", "", "", ""},
+        {"..", "..", "", ".."},
+        {"/a/\xFF.\xFE", "\xFF.\xFE", "\xFE", "/a/\xFF"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(Path::lastPathComponent(row.path), row.last);
+        EXPECT_EQ(Path::pathExtension(row.path), row.extension);
+        EXPECT_EQ(Path::deletingPathExtension(row.path), row.withoutExtension);
+    }
+}
+
+TEST(Path, ExactlyOneSlashStandsBetweenThePartsOfAJoinedPath) {
+    const struct {
+        const char* path;
+        const char* component;
+        const char* joined;
+    } cases[] = {
+        {"/a", "b", "/a/b"},
+        {"/a//", "//b/", "/a/b"},
+        {"/", "b", "/b"},
+        {"", "b", "b"},
+        {"", "/b", "/b"},
+        {"/a/", "", "/a"},
+        {"a", "b/c", "a/b/c"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(std::string(row.path) + " + " + row.component);
+        EXPECT_EQ(Path::appendingPathComponent(row.path, row.component), row.joined);
+    }
+    EXPECT_EQ(Path::appendingPathExtension("/a/Accounts/", "plist"), "/a/Accounts.plist");
+}
+
+}  // namespace
+}  // namespace quillet::test
