@@ -7,18 +7,11 @@
 
 namespace quillet::ExtensionUtilities {
 
+namespace Path = platform::Path;
 using platform::PropertyListDocument;
 using platform::PropertyListType;
 
 namespace {
-
-std::optional<std::string> accountsPath(const std::optional<std::string>& dataFolder) {
-    if (!dataFolder) {
-        return std::nullopt;
-    }
-    const std::string path = platform::Path::appendingPathComponent(*dataFolder, "Accounts");
-    return platform::Path::appendingPathExtension(path, "plist");
-}
 
 // Reads a property list whose root is an array; false for anything else.
 bool readArray(const std::string& path, PropertyListDocument& document) {
@@ -31,13 +24,18 @@ bool readArray(const std::string& path, PropertyListDocument& document) {
 
 std::vector<std::shared_ptr<ExtensionAccount>> Accounts() {
     const std::optional<std::string> dataFolder = GroupDataPath();
+    if (!dataFolder) {
+        return {};
+    }
+    const std::string file = Path::appendingPathExtension(
+        Path::appendingPathComponent(*dataFolder, "Accounts"), "plist");
     PropertyListDocument document;
     bool found = false;
     // The file is only read, but a writer's lock orders the read against every other party.
     const auto error =
-        platform::FileCoordinator(dataFolder)
-            .coordinateWriting(accountsPath(dataFolder),
-                               [&](const std::string& path) { found = readArray(path, document); });
+        platform::FileCoordinator(dataFolder).coordinateWriting(file, [&](const std::string& path) {
+            found = readArray(path, document);
+        });
     if (error) {
         platform::Log::write("NSFileCoordinator Accounts %@", {error->description()});
     }

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+
+#include "platform/desktop/Appearance.h"
+
+namespace quillet {
+
+// What one start of quillet-today is asked to do.
+struct CommandLine {
+    enum class Command { Panel, List, Snapshot };
+
+    Command command = Command::Panel;
+    std::optional<std::string> container;  // absolute path; empty: no container
+    std::optional<std::string> bundleIdentifier;
+    std::optional<platform::Look> look;
+    std::optional<std::int64_t> segment;  // stands in for the stored "segmented"
+    bool json = false;
+    std::string picture;  // where `snapshot` writes
+    double scale = 1.0;   // device pixels a point
+};
+
+// Text to print and the exit status to end with, instead of a command.
+struct EarlyExit {
+    int status = 0;
+    std::string text;
+};
+
+// Reads the arguments of main, the program's name first. Wrong usage ends with status 2 and a text
+// that says what to do.
+std::variant<CommandLine, EarlyExit> readCommandLine(std::span<char* const> arguments);
+
+}  // namespace quillet

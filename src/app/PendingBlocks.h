@@ -1,0 +1,28 @@
+#pragma once
+
+#include <deque>
+#include <utility>
+
+#include "platform/foundation/Queue.h"
+
+namespace quillet {
+
+// A main queue for programs without an event loop: blocks wait until they are run. One thread.
+class PendingBlocks final : public platform::Queue {
+public:
+    void async(Block block) override { blocks_.push_back(std::move(block)); }
+
+    // Runs everything that waits, and what that schedules, in order.
+    void runAll() {
+        while (!blocks_.empty()) {
+            const Block block = std::move(blocks_.front());
+            blocks_.pop_front();
+            block();
+        }
+    }
+
+private:
+    std::deque<Block> blocks_;
+};
+
+}  // namespace quillet

@@ -1,0 +1,31 @@
+#include "app/SingleUpdate.h"
+
+namespace quillet {
+
+SingleUpdate::SingleUpdate(std::optional<std::int64_t> segment) : override_(segment) {
+    if (override_) {
+        volatileDefaults_.setInteger(*override_, "segmented");
+    }
+    controller_ = TodayViewController::make({blocks_, blocks_, defaults()});
+}
+
+platform::UserDefaults& SingleUpdate::defaults() {
+    if (override_) {
+        return volatileDefaults_;
+    }
+    return platform::UserDefaults::standard();
+}
+
+std::int64_t SingleUpdate::segment() const {
+    return controller_->defaults().integerForKey("segmented");
+}
+
+NCUpdateResult SingleUpdate::run() {
+    NCUpdateResult result = NCUpdateResultFailed;
+    controller_->widgetPerformUpdateWithCompletionHandler(
+        [&result](NCUpdateResult answer) { result = answer; });
+    blocks_.runAll();
+    return result;
+}
+
+}  // namespace quillet

@@ -1,0 +1,98 @@
+#include <QApplication>
+#include <QFontDatabase>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "app/CommandLine.h"
+#include "app/ListCommand.h"
+#include "app/PanelProgram.h"
+#include "app/SnapshotCommand.h"
+#include "platform/foundation/FileManager.h"
+
+namespace {
+
+using quillet::CommandLine;
+
+constexpr int kFailure = 1;
+
+void putInEnvironment(const char* name, const std::optional<std::string>& value) {
+    if (value) {
+        setenv(name, value->c_str(), 1);
+    }
+}
+
+// Before any thread runs: the platform services read their settings from the environment.
+void applySettings(const CommandLine& line) {
+    putInEnvironment("QUILLET_CONTAINER", line.container);
+    putInEnvironment("QUILLET_BUNDLE_IDENTIFIER", line.bundleIdentifier);
+    if (line.container && !line.container->empty() &&
+        !quillet::platform::FileManager::folderExists(*line.container)) {
+        std::fprintf(stderr,
+                     "quillet-today: there is no folder %s yet; nothing to show until the mail "
+                     "application writes it\n",
+                     line.container->c_str());
+    }
+}
+
+// Without a desktop there is no interface font; the design was made for this one.
+void chooseFont() {
+    const QString designFont = QStringLiteral("Inter");
+    if (QGuiApplication::platformName() == QLatin1String("offscreen") &&
+        QFontDatabase::hasFamily(designFont)) {
+        QApplication::setFont(QFont(designFont));
+    }
+}
+
+int runList(const CommandLine& line) {
+    const auto format = line.json ? quillet::ListFormat::Json : quillet::ListFormat::Text;
+    const std::string rows = quillet::listRows(format, line.segment);
+    if (std::fwrite(rows.data(), 1, rows.size(), stdout) != rows.size() ||
+        std::fflush(stdout) != 0) {
+        std::perror("quillet-today: cannot print the list");
+        return kFailure;
+    }
+    return 0;
+}
+
+int runSnapshot(const CommandLine& line, int argc, char** argv) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_SCALE_FACTOR", std::to_string(line.scale).c_str(), 1);
+    const QApplication application(argc, argv);
+    chooseFont();
+    const auto error = quillet::drawSnapshot(
+        {line.picture, line.segment, line.look.value_or(quillet::platform::Look::Light)});
+    if (error) {
+        std::fprintf(stderr, "quillet-today: %s\n", error->c_str());
+    }
+    return error ? kFailure : 0;
+}
+
+int runPanel(const CommandLine& line, int argc, char** argv) {
+    const QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("quillet-today"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("it.tarno.quillet.today"));
+    chooseFont();
+    return quillet::runPanel(line.look);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto read = quillet::readCommandLine({argv, static_cast<std::size_t>(argc)});
+    if (const auto* exit = std::get_if<quillet::EarlyExit>(&read)) {
+        std::fputs(exit->text.c_str(), exit->status == 0 ? stdout : stderr);
+        return exit->status;
+    }
+    const CommandLine& line = std::get<CommandLine>(read);
+    applySettings(line);
+    switch (line.command) {
+        case CommandLine::Command::List:
+            return runList(line);
+        case CommandLine::Command::Snapshot:
+            return runSnapshot(line, argc, argv);
+        case CommandLine::Command::Panel:
+            break;
+    }
+    return runPanel(line, argc, argv);
+}

@@ -1,0 +1,85 @@
+#include <cstdlib>
+#include <ctime>
+#include <gtest/gtest.h>
+#include <random>
+
+#include "model/CentralDateCache.h"
+#include "model/ExtensionDate.h"
+
+namespace quillet::test {
+
+namespace {
+
+// The shared formatters keep the region of their first use, so it is set before any test runs.
+class Region : public ::testing::Environment {
+public:
+    void SetUp() override {
+        setenv("LC_ALL", "it_IT.UTF-8", 1);
+        setenv("TZ", "Europe/Rome", 1);
+        tzset();
+        ExtensionDate::shared();
+    }
+};
+
+const auto* const kRegion = ::testing::AddGlobalTestEnvironment(new Region);  // GoogleTest's own
+
+constexpr double kNow = 1794697200;  // 2026-11-15 00:00:00 in Rome
+
+}  // namespace
+
+TEST(ExtensionDate, LocalDayIsANumber) {
+    ASSERT_NE(kRegion, nullptr);
+    const ExtensionDate& dates = ExtensionDate::shared();
+    EXPECT_EQ(dates.IntDate(1794699000), 20261115);  // 2026-11-14 23:30 UTC
+    EXPECT_EQ(dates.IntDate(0), 19700101);
+    EXPECT_EQ(dates.IntDate(std::nullopt), 0);
+}
+
+TEST(ExtensionDate, TodayShowsATimeAndAnyOtherDayADate) {
+    struct Case {
+        const char* name;
+        double offset;  // seconds from midnight
+        const char* text;
+    };
+    const Case cases[] = {
+        {"a second before midnight", -1, "14/11/26"},
+        {"a second after midnight", 1, "00:00"},
+        {"afternoon", 14 * 3600 + 5 * 60, "14:05"},
+        {"last second of today", 24 * 3600 - 1, "23:59"},
+        {"tomorrow", 24 * 3600, "16/11/26"},
+    };
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(testCase.name);
+        EXPECT_EQ(ExtensionDate::shared().centralDate(kNow + testCase.offset, kNow + 3600),
+                  testCase.text);
+    }
+    EXPECT_EQ(ExtensionDate::shared().centralDate(std::nullopt), "");
+}
+
+TEST(ExtensionDate, ExchangeTimestampsMatchWholeOrNotAtAll) {
+    const ExtensionDate& dates = ExtensionDate::shared();
+    EXPECT_EQ(dates.exchangeDate("2026-11-14T23:44:49Z"), 1794699889.0);
+    for (const char* text : {"2026-11-14T23:44:49", "2026-11-14T23:44:49Z ", "", "14/11/26"}) {
+        EXPECT_EQ(dates.exchangeDate(text), std::nullopt) << text;
+    }
+    EXPECT_EQ(dates.exchangeDate(std::nullopt), std::nullopt);
+}
+
+TEST(CentralDateCache, GivesTheTextsThatTheFormattersGive) {
+    std::mt19937_64 random(20261115);
+    std::uniform_real_distribution<double> days(-400, 400);
+    std::vector<double> dates{0, -1e300, 1e300, -62135596800.0, kNow, kNow - 1, kNow + 86400};
+    for (int count = 0; count < 500; ++count) {
+        dates.push_back(kNow + days(random) * 86400);
+        dates.push_back(kNow + days(random) * 100);  // around today
+    }
+    CentralDateCache cache(kNow + 3600);
+    for (int round = 0; round < 2; ++round) {  // the second time from the cache
+        for (const double date : dates) {
+            ASSERT_EQ(cache.text(date), ExtensionDate::shared().centralDate(date, kNow + 3600))
+                << date;
+        }
+    }
+}
+
+}  // namespace quillet::test

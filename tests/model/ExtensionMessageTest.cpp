@@ -1,0 +1,231 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <thread>
+
+#include "model/ExtensionMessage.h"
+#include "model/ExtensionMessageReader.h"
+#include "platform/foundation/Exception.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/PropertyLists.h"
+
+namespace quillet::test {
+
+using platform::Number;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+namespace {
+
+std::shared_ptr<ExtensionMessage> messageOf(std::string_view entries) {
+    const auto document = documentOf("<dict>" + std::string(entries) + "</dict>");
+    return ExtensionMessage::initWithDictonary(document.root());
+}
+
+std::shared_ptr<ExtensionMessage> identified(const ExtensionMessage::Text& messageId,
+                                             const ExtensionMessage::Text& account) {
+    auto message = ExtensionMessage::init();
+    message->setMessageId(messageId);
+    message->setAccount(account);
+    return message;
+}
+
+}  // namespace
+
+class ExtensionMessageTest : public ::testing::Test {
+protected:
+    EnvironmentVariable language{"LC_ALL", "C"};
+    LogCapture log;
+};
+
+TEST_F(ExtensionMessageTest, EveryKeyLandsInItsField) {
+    const auto message = messageOf(
+        "<key>idx</key><integer>7</integer><key>acc_idx</key><integer>-1</integer>"
+        "<key>icon_fetch</key><string> 12x</string><key>flip</key><real>2.9</real>"
+        "<key>subject</key><string>Fish &amp; chips</string><key>messageId</key><string>id</string>"
+        "<key>from</key><string>Zo\xC3\xAB</string><key>account</key><string>a@x</string>"
+        "<key>folder</key><string>INBOX</string><key>folderStid</key><integer>11</integer>"
+        "<key>isUnread</key><true/><key>date</key><integer>1763163889</integer>"
+        "<key>unknown</key><array/>");
+    EXPECT_EQ(message->idx(), 7U);
+    EXPECT_EQ(message->acc_idx(), UINT64_MAX);
+    EXPECT_EQ(message->icon_fetch(), 12U);
+    EXPECT_EQ(message->flip(), 2U);
+    EXPECT_EQ(message->subject(), "Fish & chips");
+    EXPECT_EQ(message->messageId(), "id");
+    EXPECT_EQ(message->from(), "Zo\xC3\xAB");
+    EXPECT_EQ(message->account(), "a@x");
+    EXPECT_EQ(message->folderPath(), "INBOX");
+    EXPECT_EQ(message->folderStandardId(), Number(std::int64_t{11}));
+    ASSERT_TRUE(message->unread());
+    EXPECT_EQ(message->unread()->kind(), Number::Kind::Boolean);
+    EXPECT_EQ(message->date(), 1763163904.0);
+    EXPECT_EQ(message->description(), "ExtensionMessage Fish & chips");
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(ExtensionMessageTest, MissingKeysGetTheirDefaults) {
+    const auto message =
+        messageOf("<key>messageId</key><string>1</string><key>account</key><string>a@x</string>");
+    EXPECT_EQ(message->subject(), "No subject");
+    EXPECT_EQ(message->from(), "");
+    EXPECT_EQ(message->folderPath(), "");
+    EXPECT_EQ(message->folderStandardId(), Number());
+    EXPECT_EQ(message->unread(), Number());
+    EXPECT_EQ(message->date(), 0.0);
+    EXPECT_NE(message->dateString().value_or(""), "");
+    EXPECT_EQ(message->plainBody(), std::nullopt);
+    EXPECT_FALSE(message->to());
+}
+
+TEST_F(ExtensionMessageTest, DatesAreNarrowedToSinglePrecisionAndHeldFinite) {
+    struct Case {
+        const char* value;
+        double date;
+    };
+    const Case cases[] = {
+        {"<real>0.0</real>", 0.0},
+        {"<integer>1700000000</integer>", 1700000000.0},
+        {"<real>1700000050</real>", 1700000000.0},
+        {"<string> 1700000050 or so</string>", 1700000000.0},
+        {"<true/>", 1.0},
+        {"<real>nan</real>", 0.0},
+        {"<real>inf</real>", std::numeric_limits<float>::max()},
+        {"<real>-1e300</real>", -std::numeric_limits<float>::max()},
+    };
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(testCase.value);
+        const auto message = messageOf("<key>date</key>" + std::string(testCase.value));
+        EXPECT_EQ(message->date(), testCase.date);
+        EXPECT_NE(message->dateString().value_or(""), "");
+    }
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(ExtensionMessageTest, ValueOfAWrongTypeStopsTheReadingWhereItStands) {
+    struct Case {
+        const char* key;
+        const char* value;
+        bool subjectRead;
+        bool folderRead;
+        bool dateRead;
+    };
+    const Case cases[] = {
+        {"idx", "<array/>", false, false, false},
+        {"idx", "<string>7</string>", false, false, false},
+        {"flip", "<data></data>", false, false, false},
+        {"messageId", "<integer>1</integer>", true, false, false},
+        {"folderStid", "<string>1</string>", true, true, false},
+        {"date", "<date>2026-01-01T00:00:00Z</date>", true, true, false},
+    };
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(std::string(testCase.key) + testCase.value);
+        const LogCapture lines;
+        const auto message =
+            messageOf("<key>" + std::string(testCase.key) + "</key>" + testCase.value);
+        EXPECT_EQ(message->subject().has_value(), testCase.subjectRead);
+        EXPECT_EQ(message->folderPath().has_value(), testCase.folderRead);
+        EXPECT_EQ(message->date().has_value(), testCase.dateRead);
+        EXPECT_EQ(message->dateString().has_value(), testCase.dateRead);
+        EXPECT_THAT(lines.lines(), ElementsAre(StartsWith("ExtensionMessage initWithDictonary ")));
+    }
+}
+
+TEST_F(ExtensionMessageTest, ElementsThatAreNoDictionariesJoinTheListAsEmptyRecords) {
+    ExtensionMessageReader reader;
+    std::vector<std::shared_ptr<ExtensionMessage>> messages;
+    const auto document = documentOf(
+        "<array><string>x</string><dict><key>subject</key><string>S</string></dict></array>");
+    reader.readAll(document.root(), messages);
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(messages[0]->subject(), std::nullopt);
+    EXPECT_EQ(messages[1]->subject(), "S");
+    EXPECT_EQ(log.lines().size(), 1U);
+
+    const auto number = documentOf("<integer>1</integer>");
+    EXPECT_THROW(reader.readAll(number.root(), messages), platform::Exception);
+    EXPECT_EQ(messages.size(), 2U);
+}
+
+// One reader keeps what dictionaries have in common; a record must not inherit from the one before.
+TEST_F(ExtensionMessageTest, RecordsOfOneReaderDoNotLeakIntoEachOther) {
+    ExtensionMessageReader reader;
+    std::vector<std::shared_ptr<ExtensionMessage>> messages;
+    const auto document = documentOf(
+        "<array>"
+        "<dict><key>from</key><string>A</string><key>account</key><string>a@x</string>"
+        "<key>subject</key><string>one</string></dict>"
+        "<dict><key>subject</key><string>two</string></dict>"
+        "<dict><key>account</key><string>a@x</string><key>subject</key><string>three</string>"
+        "<key>from</key><string>C</string></dict>"
+        "</array>");
+    reader.readAll(document.root(), messages);
+    ASSERT_EQ(messages.size(), 3U);
+    EXPECT_EQ(messages[1]->from(), "");
+    EXPECT_EQ(messages[1]->account(), "");
+    EXPECT_EQ(messages[1]->subject(), "two");
+    EXPECT_EQ(messages[2]->from(), "C");
+    EXPECT_EQ(messages[2]->account(), "a@x");
+
+    // The texts live as long as any record of the file.
+    const auto last = messages.back();
+    messages.clear();
+    EXPECT_EQ(last->subject(), "three");
+}
+
+TEST_F(ExtensionMessageTest, IdentityIsMessageIdAndAccountAlone) {
+    struct Case {
+        const char* name;
+        std::shared_ptr<ExtensionMessage> left;
+        std::shared_ptr<ExtensionMessage> right;
+        bool equal;
+    };
+    const auto none = identified(std::nullopt, "a");
+    auto other = identified("1", "a");
+    other->setSubject("elsewhere");
+    const Case cases[] = {
+        {"same fields", identified("1", "a"), other, true},
+        {"other account", identified("1", "a"), identified("1", "b"), false},
+        {"other identifier", identified("1", "a"), identified("2", "a"), false},
+        {"no identifier", none, identified(std::nullopt, "a"), false},
+        {"no account", identified("1", std::nullopt), identified("1", std::nullopt), false},
+        {"the same object", none, none, true},
+    };
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(testCase.name);
+        EXPECT_EQ(testCase.left->isEqual(testCase.right.get()), testCase.equal);
+        EXPECT_EQ(testCase.right->isEqual(testCase.left.get()), testCase.equal);
+    }
+    EXPECT_FALSE(none->isEqual(nullptr));
+}
+
+TEST_F(ExtensionMessageTest, NewDraftHasEmptyBodiesAndLists) {
+    const auto draft = ExtensionMessage::init();
+    EXPECT_EQ(draft->plainBody(), "");
+    EXPECT_EQ(draft->htmlBody(), "");
+    EXPECT_TRUE(draft->to() && draft->cc() && draft->bcc() && draft->attachments());
+    EXPECT_EQ(draft->toString(), std::nullopt);
+    EXPECT_EQ(draft->subject(), std::nullopt);
+    EXPECT_EQ(draft->date(), std::nullopt);
+    EXPECT_EQ(draft->unread(), std::nullopt);
+}
+
+TEST_F(ExtensionMessageTest, FieldsMayBeSetAndReadOnSeveralThreads) {
+    const auto message = ExtensionMessage::init();
+    std::thread writer([&] {
+        for (int round = 0; round < 1000; ++round) {
+            message->setSubject(std::string(static_cast<std::size_t>(round % 50), 'x'));
+            message->setFolderStandardId(Number(std::int64_t{round}));
+        }
+    });
+    for (int round = 0; round < 1000; ++round) {
+        const std::string subject = message->subject().value_or("");
+        EXPECT_EQ(subject.find_first_not_of('x'), std::string::npos);
+        static_cast<void>(message->folderStandardId());
+    }
+    writer.join();
+    EXPECT_EQ(message->folderStandardId(), Number(std::int64_t{999}));
+}
+
+}  // namespace quillet::test

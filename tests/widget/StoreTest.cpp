@@ -1,0 +1,225 @@
+// The read of the message store, on real folders: what is taken, what is skipped, what is logged.
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+
+#include "platform/foundation/FileCoordinator.h"
+#include "tests/support/PropertyLists.h"
+#include "tests/widget/StoreFixture.h"
+
+namespace quillet::test {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+class StoreTest : public StoreFixture {};
+
+TEST_F(StoreTest, MessagesOfEnabledAccountsComeNewestFirst) {
+    writeFile("a@x", "1.plist", fileXml(messageXml("ten", 36000) + messageXml("nine", 32400)));
+    writeFile("b@x", "1.plist", fileXml(messageXml("half past nine", 34200)));
+    writeFile("off@x", "1.plist", fileXml(messageXml("disabled", 40000)));
+    writeFile("stranger@x", "1.plist", fileXml(messageXml("no account", 40000)));
+    EXPECT_THAT(read(), ElementsAre("ten", "half past nine", "nine"));
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(StoreTest, OneMessageInTwoFilesStandsTwice) {
+    writeFile("a@x", "1.plist", fileXml(messageXml("m", 1)));
+    writeFile("a@x", "2.plist", fileXml(messageXml("m", 1)));
+    EXPECT_THAT(read(), ElementsAre("m", "m"));
+}
+
+TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
+    struct Case {
+        const char* name;
+        std::string bytes;
+        const char* logged;  // null: silence
+    };
+    const std::string error = "updateData error deserialize ";
+    const Case cases[] = {
+        {"empty file", "", nullptr},
+        {"one byte", "x", "updateData error deserialize "},
+        {"cut file", fileXml("").substr(0, 80), "updateData error deserialize "},
+        {"no dictionary",
+         xmlPropertyList("<array/>"),
+         "updateData error deserialize no dictionary in return"},
+        {"no folder",
+         xmlPropertyList("<dict><key>account</key><true/><key>data</key><array/></dict>"),
+         nullptr},
+        {"no account",
+         xmlPropertyList("<dict><key>folder</key><true/><key>data</key><array/></dict>"),
+         nullptr},
+        {"no data", xmlPropertyList("<dict><key>folder</key><true/></dict>"), nullptr},
+    };
+    writeFile("a@x", "good.plist", fileXml(messageXml("kept", 1)));
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(testCase.name);
+        writeFile("a@x", "bad.plist", testCase.bytes);
+        const LogCapture lines;
+        EXPECT_THAT(read(), ElementsAre("kept"));
+        if (testCase.logged != nullptr) {
+            EXPECT_THAT(lines.lines(), ElementsAre(StartsWith(testCase.logged)));
+        } else {
+            EXPECT_THAT(lines.lines(), IsEmpty());
+        }
+    }
+}
+
+TEST_F(StoreTest, DataThatIsNoCollectionStopsTheReadButKeepsWhatWasGathered) {
+    writeFile("a@x", "1.plist", fileXml(messageXml("gathered", 1)));
+    writeFile("b@x",
+              "1.plist",
+              xmlPropertyList("<dict><key>folder</key><true/><key>account</key><true/>"
+                              "<key>data</key><integer>1</integer></dict>"));
+    const auto found = read();
+    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("updateData exception ")));
+    // Whichever folder the system lists first, nothing but the first file's message is there.
+    EXPECT_LE(found.size(), 1U);
+    fs::remove(container.path("SharedData/Today/b@x/1.plist"));
+    EXPECT_THAT(read(), ElementsAre("gathered"));
+}
+
+TEST_F(StoreTest, HiddenFilesAndFoldersAreNeverOpened) {
+    writeFile("a@x", ".hidden.plist", "not opened, so not complained about");
+    writeFile(".cache", "1.plist", "x");
+    writeFile("a@x", "folder/inside.plist", fileXml(messageXml("too deep", 1)));
+    EXPECT_THAT(read(), IsEmpty());
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(StoreTest, SpecialFilesAreSkippedWithoutWaiting) {
+    writeFile("a@x", "good.plist", fileXml(messageXml("kept", 1)));
+    const std::string folder = container.path("SharedData/Today/a@x");
+    ASSERT_EQ(mkfifo((folder + "/fifo").c_str(), 0600), 0);
+    fs::create_symlink("/dev/zero", folder + "/device");
+    fs::create_symlink("loop", folder + "/loop");
+    fs::create_symlink("nowhere", folder + "/dangling");
+    const int socketFile = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (folder + "/socket").copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(socketFile, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_THAT(read(), ElementsAre("kept"));
+    EXPECT_THAT(log.lines(), IsEmpty());
+    close(socketFile);
+}
+
+TEST_F(StoreTest, NamesThatAreNoUtf8AreReadAsTheyAre) {
+    writeFile("a@x", "\xFF\xFE.plist", fileXml(messageXml("bytes", 1)));
+    EXPECT_THAT(read(), ElementsAre("bytes"));
+}
+
+TEST_F(StoreTest, AccountFolderMayBeALinkAndTodayMayBeAFile) {
+    container.writeFile("SharedData/elsewhere/1.plist", fileXml(messageXml("linked", 1)));
+    container.makeFolder("SharedData/Today");
+    fs::create_directory_symlink("../elsewhere", container.path("SharedData/Today/b@x"));
+    EXPECT_THAT(read(), ElementsAre("linked"));
+    fs::remove_all(container.path("SharedData/Today"));
+    container.writeFile("SharedData/Today", "a file");
+    EXPECT_THAT(read(), IsEmpty());
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(StoreTest, HugeFilesAndManyFilesAreReadWhole) {
+    const std::string subject(1024 * 1024, 's');
+    writeFile("a@x",
+              "big.plist",
+              fileXml("<dict><key>subject</key><string>" + subject + "</string></dict>"));
+    const auto messages = controller->updateData();
+    ASSERT_THAT(*messages, SizeIs(1));
+    EXPECT_EQ(messages->front()->subject(), subject);
+
+    constexpr int kFiles = 100'000;
+    const std::string file = fileXml("");
+    for (int index = 0; index < kFiles; ++index) {
+        std::ofstream(container.path("SharedData/Today/b@x-" + std::to_string(index)));
+    }
+    container.makeFolder("SharedData/Today/b@x");
+    for (int index = 0; index < 1000; ++index) {
+        writeFile("b@x", std::to_string(index), fileXml(messageXml(std::to_string(index), index)));
+    }
+    EXPECT_THAT(read(), SizeIs(1001));
+}
+
+TEST_F(StoreTest, FilesThatComeAndGoDuringTheReadDoNoHarm) {
+    writeFile("a@x", "steady.plist", fileXml(messageXml("steady", 1)));
+    std::atomic<bool> done = false;
+    std::thread host([&] {
+        const std::string path = container.path("SharedData/Today/a@x/flicker.plist");
+        while (!done) {
+            std::ofstream(path) << fileXml(messageXml("flicker", 2));
+            fs::rename(path, path + "-renamed");
+            fs::remove(path + "-renamed");
+        }
+    });
+    for (int round = 0; round < 200; ++round) {
+        const auto found = read();
+        EXPECT_NE(std::find(found.begin(), found.end(), "steady"), found.end());
+    }
+    done = true;
+    host.join();
+}
+
+TEST_F(StoreTest, FailedCoordinationIsLoggedAndReadsNothing) {
+    writeFile("a@x", "1.plist", fileXml(messageXml("m", 1)));
+    const EnvironmentVariable broken("XDG_RUNTIME_DIR", container.writeFile("no-folder", ""));
+    EXPECT_THAT(read(), IsEmpty());
+    EXPECT_THAT(log.lines(),
+                ElementsAre(StartsWith("NSFileCoordinator Accounts "),
+                            StartsWith("updateData coordinator ")));
+}
+
+TEST_F(StoreTest, ReadWaitsForTheHostThatWritesInTheStore) {
+    const std::string path = writeFile("a@x", "1.plist", "half written");
+    std::atomic<bool> finished = false;
+    std::thread reader;
+    std::vector<std::string> found;
+    const platform::FileCoordinator host(container.path("SharedData"));
+    const auto error = host.coordinateWriting(path, [&](const std::string& file) {
+        reader = std::thread([&] {
+            found = read();
+            finished = true;
+        });
+        std::ofstream(file) << fileXml(messageXml("whole", 1));
+        EXPECT_FALSE(finished);
+    });
+    EXPECT_FALSE(error);
+    reader.join();
+    EXPECT_THAT(found, ElementsAre("whole"));
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST(DirectoryContent, TellsAMissingFolderFromAnUnreadableOne) {
+    const TemporaryFolder folder;
+    folder.writeFile(".DS_Store", "");
+    folder.writeFile("a.plist", "");
+    folder.writeFile("b.plist", "");
+    auto content = TodayViewController::directoryContent(folder.path());
+    ASSERT_TRUE(content);
+    std::sort(content->begin(), content->end());
+    EXPECT_THAT(*content, ElementsAre(folder.path("a.plist"), folder.path("b.plist")));
+    EXPECT_THAT(TodayViewController::directoryContent(folder.path("missing")),
+                ::testing::Optional(IsEmpty()));
+    EXPECT_THAT(TodayViewController::directoryContent(folder.path("a.plist")),
+                ::testing::Optional(IsEmpty()));
+    if (geteuid() != 0) {  // root reads everything
+        fs::permissions(folder.path(), fs::perms::owner_exec);
+        EXPECT_EQ(TodayViewController::directoryContent(folder.path()), std::nullopt);
+        fs::permissions(folder.path(), fs::perms::owner_all);
+    }
+}
+
+}  // namespace quillet::test
