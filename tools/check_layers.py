@@ -15,11 +15,17 @@ MAY_INCLUDE = {
     "views": {"views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
     "app": {"app", "views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
 }
+# Folders beside src/, which nothing in it may include.
+OUTSIDE = ("host/", "bench/", "tests/")
 # Folders whose every file is free of the toolkit, and those whose headers are.
 NO_QT = {"util", FOUNDATION, "model", "widget"}
 NO_QT_HEADERS = {DESKTOP}
 # Headers of platform/ui that the logic may include, since they hold no toolkit type.
 UI_WITHOUT_QT = {"AnimationContext.h", "LayoutConstraint.h", "Table.h", "ViewController.h"}
+# Folders whose headers show no type of the system or of a library: only the C++ standard library.
+NO_SYSTEM_HEADERS = {FOUNDATION, DESKTOP}
+# Standard headers have neither a folder nor an extension; the compiler's vector types are no matter.
+SYSTEM_HEADER = re.compile(r"<(?!\w*mmintrin\.h)[^>]*(/|\.h>)")
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]')
 
 
@@ -37,6 +43,10 @@ def problems(source, path):
             continue
         name = match.group(2)
         target = folder_of(name)
+        if name.startswith(OUTSIDE):
+            yield f"src/{path}:{number}: {name} is not of the program"
+        if folder in NO_SYSTEM_HEADERS and path.endswith(".h") and SYSTEM_HEADER.search(line):
+            yield f"src/{path}:{number}: {name} shows types of the system"
         if target and target not in MAY_INCLUDE[folder]:
             yield f"src/{path}:{number}: {folder} may not include {target}"
         if qt_free and (re.match(r"Q[A-Za-z]|qt", name) or
