@@ -23,8 +23,6 @@ namespace FileManager = platform::FileManager;
 using platform::PropertyListDocument;
 using test::EnvironmentVariable;
 using test::TemporaryFolder;
-using testing::IsSupersetOf;
-using testing::SizeIs;
 
 constexpr double kDay = 86400;                            // seconds
 constexpr SampleTime kMorning{1'795'000'000, 10 * 3600};  // ten hours of the day are over
@@ -40,24 +38,31 @@ protected:
         ASSERT_FALSE(error) << error->description();
     }
 
-    // Messages of the account, file by file; counts the formats of the files.
+    // Messages of the account, by the name of their file.
     std::map<std::string, Messages> messagesOf(const std::string& account) {
         std::map<std::string, Messages> files;
-        const std::string folder = dataFolder(container_.path()) + "/Today/" + account;
+        const std::string folder = dataFolder(container_.path()) + "/Today/" + account + "/";
         const auto names = FileManager::contentsOfFolder(folder);
         EXPECT_TRUE(names);
         for (const std::string& name : names.value()) {
-            PropertyListDocument document;
-            EXPECT_FALSE(FileManager::readFile(
-                folder + "/" + name, document.bytes(), PropertyListDocument::kMaximumFileSize));
-            EXPECT_FALSE(document.parse()) << name;
-            EXPECT_TRUE(document.root().valueForKey("folder")) << name;
-            EXPECT_EQ(document.root().valueForKey("account").stringValue(), account);
-            for (const auto dictionary : document.root().valueForKey("data")) {
-                files[name].push_back(ExtensionMessage::initWithDictonary(dictionary));
-            }
+            SCOPED_TRACE(name);
+            files[name] = messagesIn(folder + name, account);
         }
         return files;
+    }
+
+    static Messages messagesIn(const std::string& path, const std::string& account) {
+        PropertyListDocument document;
+        EXPECT_FALSE(
+            FileManager::readFile(path, document.bytes(), PropertyListDocument::kMaximumFileSize));
+        EXPECT_FALSE(document.parse());
+        EXPECT_TRUE(document.root().valueForKey("folder"));
+        EXPECT_EQ(document.root().valueForKey("account").stringValue(), account);
+        Messages messages;
+        for (const auto dictionary : document.root().valueForKey("data")) {
+            messages.push_back(ExtensionMessage::initWithDictonary(dictionary));
+        }
+        return messages;
     }
 
     Messages enabledMessages() {
