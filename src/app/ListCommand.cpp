@@ -1,5 +1,6 @@
 #include "app/ListCommand.h"
 
+#include <QString>
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
@@ -81,25 +82,25 @@ std::string jsonText(const SingleUpdate& update, NCUpdateResult result) {
 }
 
 // A text that cannot disturb its neighbours on a terminal.
-std::string lineOf(const std::optional<std::string>& text) {
-    return platform::singleLineText(text.value_or("")).toStdString();
+QString lineOf(const std::optional<std::string>& text) {
+    return platform::singleLineText(text.value_or(""));
 }
 
 // Two lines a row, as the panel shows it: date and sender, below them the subject.
 std::string plainText(const SingleUpdate& update) {
-    std::size_t width = 0;
-    for (const auto& message : *update.controller().dataToShow()) {
-        width = std::max(width, message->dateString().value_or("").size());
+    const auto messages = update.controller().dataToShow();
+    qsizetype width = 0;
+    for (const auto& message : *messages) {
+        width = std::max(width, lineOf(message->dateString()).size());
     }
-    const std::size_t indent = width + 2;
-    std::string text;
-    for (const auto& message : *update.controller().dataToShow()) {
-        std::string date = message->dateString().value_or("");
-        date.resize(std::max(date.size(), indent), ' ');
-        text += date + lineOf(message->from()) + "\n";
-        text += std::string(indent, ' ') + lineOf(message->subject()) + "\n";
+    const qsizetype indent = width + 2;
+    QString text;
+    for (const auto& message : *messages) {
+        text += lineOf(message->dateString()).leftJustified(indent) + lineOf(message->from()) +
+                QLatin1Char('\n') + QString(indent, QLatin1Char(' ')) + lineOf(message->subject()) +
+                QLatin1Char('\n');
     }
-    return text.empty() ? "No messages\n" : text;
+    return text.isEmpty() ? "No messages\n" : text.toStdString();
 }
 
 }  // namespace

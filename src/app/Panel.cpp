@@ -1,5 +1,6 @@
 #include "app/Panel.h"
 
+#include <QBitmap>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -11,23 +12,52 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/desktop/Compositing.h"
 #include "views/Theme.h"
 
 namespace quillet {
 
 namespace {
 
-constexpr int kScreenMargin = 12;  // points between the panel and the edges of the screen
+// Points between the panel and the edges of the screen; the shadow just fits in.
+constexpr int kScreenMargin = Theme::kPanelShadowRadius;
 
 // Wayland leaves the place of a window to the desktop.
 bool programsMayPlaceWindows() {
     return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
-QMargins marginsOf(const EdgeInsets& insets) {
-    const auto rounded = [](double points) { return static_cast<int>(std::lround(points)); };
-    return {
-        rounded(insets.left), rounded(insets.top), rounded(insets.right), rounded(insets.bottom)};
+int rounded(double points) {
+    return static_cast<int>(std::lround(points));
+}
+
+// One ring after the other from the panel's edge outwards, each fainter, close to how a blurred
+// shadow falls off. It lies a little low, as if the light came from above.
+void paintShadow(QPainter& painter, const QRectF& panel, QColor darkest) {
+    constexpr double kDrop = 3;  // points
+    painter.setBrush(Qt::NoBrush);
+    const double full = darkest.alphaF();
+    for (int distance = 0; distance < Theme::kPanelShadowRadius; ++distance) {
+        const double left = 1.0 - static_cast<double>(distance) / Theme::kPanelShadowRadius;
+        darkest.setAlphaF(static_cast<float>(full * left * left * left));
+        painter.setPen(QPen(darkest, 1.0));
+        const double out = distance + 0.5;
+        const double radius = Theme::kPanelCornerRadius + out;
+        painter.drawRoundedRect(
+            panel.translated(0, kDrop).adjusted(-out, -out, out, out), radius, radius);
+    }
+}
+
+// The panel's shape for a screen that cannot blend: whole pixels, in or out.
+QRegion solidShape(const QRect& panel) {
+    QBitmap bitmap(panel.size());
+    bitmap.fill(Qt::color0);
+    QPainter painter(&bitmap);
+    painter.setBrush(Qt::color1);
+    painter.setPen(Qt::NoPen);
+    painter.drawRoundedRect(bitmap.rect(), Theme::kPanelCornerRadius, Theme::kPanelCornerRadius);
+    painter.end();
+    return QRegion(bitmap).translated(panel.topLeft());
 }
 
 }  // namespace
@@ -49,7 +79,8 @@ Panel::Panel() : placesItself_(programsMayPlaceWindows()), scrollArea_(new QScro
 
 void Panel::setContents(QWidget* view, const EdgeInsets& margins, platform::Look look) {
     look_ = look;
-    layout()->setContentsMargins(marginsOf(margins));
+    insets_ = margins;
+    applyMargins();
     scrollArea_->setWidget(view);
     view->setAutoFillBackground(false);
     view->installEventFilter(this);
@@ -62,6 +93,8 @@ void Panel::takeContents() {
 }
 
 void Panel::present() {
+    shadow_ = placesItself_ && platform::isCompositing() ? Theme::kPanelShadowRadius : 0;
+    applyMargins();
     fit();
     show();
     raise();
@@ -79,9 +112,21 @@ const Theme& Panel::theme() const {
     return Theme::of(look_ == platform::Look::Dark);
 }
 
+void Panel::applyMargins() {
+    layout()->setContentsMargins(rounded(insets_.left) + shadow_,
+                                 rounded(insets_.top) + shadow_,
+                                 rounded(insets_.right) + shadow_,
+                                 rounded(insets_.bottom) + shadow_);
+}
+
+QRect Panel::frame() const {
+    return rect().adjusted(shadow_, shadow_, -shadow_, -shadow_);
+}
+
+// Where the window may lie: as far from the screen's edges as leaves room for the margin.
 QRect Panel::availableGeometry() const {
-    const QRect whole = screen()->availableGeometry();
-    return whole.adjusted(kScreenMargin, kScreenMargin, -kScreenMargin, -kScreenMargin);
+    const int margin = kScreenMargin - shadow_;
+    return screen()->availableGeometry().adjusted(margin, margin, -margin, -margin);
 }
 
 void Panel::fit() {
@@ -95,6 +140,7 @@ void Panel::fit() {
     setFixedSize(wanted.width() + barWidth, height);
     if (placesItself_) {
         move(available.right() + 1 - width(), available.top());
+        shadow_ == 0 ? setMask(solidShape(frame())) : clearMask();
     }
 }
 
@@ -112,11 +158,14 @@ void Panel::paintEvent(QPaintEvent* /*event*/) {
         return;
     }
     painter.setRenderHint(QPainter::Antialiasing);
+    if (shadow_ > 0) {
+        paintShadow(painter, frame(), theme().panelShadow);
+    }
     painter.setBrush(theme().panelBackground);
     painter.setPen(theme().panelBorder);
     // The border runs through the middle of the outermost pixels.
     const qreal half = 0.5;
-    painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half),
+    painter.drawRoundedRect(QRectF(frame()).adjusted(half, half, -half, -half),
                             Theme::kPanelCornerRadius,
                             Theme::kPanelCornerRadius);
 }

@@ -38,10 +38,14 @@ protected:
 
 private:
     QRect availableGeometry() const;
+    QRect frame() const;  // the panel inside the window, which holds its shadow too
+    void applyMargins();
     void fit();
     const Theme& theme() const;
 
     bool placesItself_;
+    int shadow_ = 0;  // points that the window is larger than the panel on each side
+    EdgeInsets insets_;
     QScrollArea* scrollArea_;
     platform::Look look_ = platform::Look::Light;
     std::function<void()> dismissed_;

@@ -4,13 +4,24 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace quillet::test {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Memory where there is some: a test may make a hundred thousand files.
+fs::path parentFolder() {
+    const fs::path memory = "/dev/shm";
+    return access(memory.c_str(), W_OK) == 0 ? memory : fs::temp_directory_path();
+}
+
+}  // namespace
+
 TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (fs::temp_directory_path() / "quillet-test-XXXXXX").string();
+    std::string pattern = (parentFolder() / "quillet-test-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) {
         throw std::runtime_error("no temporary folder can be made");
     }

@@ -16,9 +16,7 @@
 
 namespace quillet::test {
 
-using ::testing::AllOf;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
@@ -48,7 +46,6 @@ TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
         std::string bytes;
         const char* logged;  // null: silence
     };
-    const std::string error = "updateData error deserialize ";
     const Case cases[] = {
         {"empty file", "", nullptr},
         {"one byte", "x", "updateData error deserialize "},
@@ -133,7 +130,7 @@ TEST_F(StoreTest, AccountFolderMayBeALinkAndTodayMayBeAFile) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(StoreTest, HugeFilesAndManyFilesAreReadWhole) {
+TEST_F(StoreTest, HugeTextsAndCrowdedFoldersAreRead) {
     const std::string subject(1024 * 1024, 's');
     writeFile("a@x",
               "big.plist",
@@ -143,15 +140,12 @@ TEST_F(StoreTest, HugeFilesAndManyFilesAreReadWhole) {
     EXPECT_EQ(messages->front()->subject(), subject);
 
     constexpr int kFiles = 100'000;
-    const std::string file = fileXml("");
+    const std::string folder = container.makeFolder("SharedData/Today/b@x");
     for (int index = 0; index < kFiles; ++index) {
-        std::ofstream(container.path("SharedData/Today/b@x-" + std::to_string(index)));
+        std::ofstream(folder + "/" + std::to_string(index));
     }
-    container.makeFolder("SharedData/Today/b@x");
-    for (int index = 0; index < 1000; ++index) {
-        writeFile("b@x", std::to_string(index), fileXml(messageXml(std::to_string(index), index)));
-    }
-    EXPECT_THAT(read(), SizeIs(1001));
+    writeFile("b@x", "last", fileXml(messageXml("among many", 200)));
+    EXPECT_THAT(read(), ElementsAre("among many", ""));
 }
 
 TEST_F(StoreTest, FilesThatComeAndGoDuringTheReadDoNoHarm) {

@@ -1,0 +1,42 @@
+#include "platform/desktop/Compositing.h"
+
+#include <QGuiApplication>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <xcb/xcb.h>
+
+namespace quillet::platform {
+
+namespace {
+
+// The selection that a compositing manager of the first screen owns.
+constexpr std::string_view kCompositorSelection = "_NET_WM_CM_S0";
+
+template <typename Reply>
+std::unique_ptr<Reply, decltype(&std::free)> owned(Reply* reply) {
+    return {reply, &std::free};
+}
+
+bool hasSelectionOwner(xcb_connection_t* connection, std::string_view name) {
+    const auto atom = owned(xcb_intern_atom_reply(
+        connection,
+        xcb_intern_atom(connection, 1, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
+    if (!atom || atom->atom == XCB_ATOM_NONE) {
+        return false;
+    }
+    const auto owner = owned(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, atom->atom), nullptr));
+    return owner && owner->owner != XCB_WINDOW_NONE;
+}
+
+}  // namespace
+
+bool isCompositing() {
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    // Everything but X11 always blends.
+    return x11 == nullptr || hasSelectionOwner(x11->connection(), kCompositorSelection);
+}
+
+}  // namespace quillet::platform
