@@ -31,9 +31,22 @@ QString textOf(std::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
-// What the bus compares the argument with; none where the text cannot stand in a match rule.
-QString matchOf(const std::string& text) {
-    return text.find_first_of("'\\") == std::string::npos ? textOf(text) : QString();
+// Whether the text can stand in a match rule, which is short and, as the toolkit writes it, ASCII.
+bool isMatchable(const std::string& text) {
+    constexpr std::size_t kLongest = 255;  // bytes
+    return text.size() <= kLongest && std::all_of(text.begin(), text.end(), [](char character) {
+               return character >= ' ' && character <= '~' && character != '\'' &&
+                      character != '\\';
+           });
+}
+
+// The arguments by which the bus picks signals for the topic; fewer where they cannot be told.
+QStringList matchOf(const Topic& topic) {
+    if (!isMatchable(topic.first)) {
+        return {};
+    }
+    return isMatchable(topic.second) ? QStringList{textOf(topic.first), textOf(topic.second)}
+                                     : QStringList{textOf(topic.first)};
 }
 
 // One text for both, to name the topic to the centre inside the process.
@@ -47,33 +60,33 @@ struct DistributedNotificationCenter::State final : public QObject {
     Q_OBJECT
 
 public:
-    State() {
-        SessionBus::shared().addObserver(this, [this] {
+    explicit State(SessionBus& sessionBus) : bus(sessionBus) {
+        bus.addObserver(this, [this] {
             std::for_each(
                 topics.begin(), topics.end(), [this](const Topic& topic) { subscribe(topic); });
         });
     }
-    ~State() override { SessionBus::shared().removeObserver(this); }
+    ~State() override { bus.removeObserver(this); }
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
     void subscribe(const Topic& topic) {
-        const std::string bus = SessionBus::shared().connectionName();
-        if (!bus.empty()) {
-            const QStringList match{matchOf(topic.first), matchOf(topic.second)};
+        const std::string connection = bus.connectionName();
+        if (!connection.empty()) {
             // A false answer means that this very subscription is there already.
-            QDBusConnection(textOf(bus))
+            QDBusConnection(textOf(connection))
                 .connect(QString(),
                          kPath,
                          kInterface,
                          kMember,
-                         match,
+                         matchOf(topic),
                          kSignature,
                          this,
                          SLOT(receive(QDBusMessage)));
         }
     }
 
+    SessionBus& bus;
     NotificationCenter handlers;
     std::set<Topic> topics;  // what the bus is asked for
 
@@ -110,7 +123,10 @@ DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
 }
 
 DistributedNotificationCenter::DistributedNotificationCenter()
-    : state_(std::make_unique<State>()) {}
+    : DistributedNotificationCenter(SessionBus::shared()) {}
+
+DistributedNotificationCenter::DistributedNotificationCenter(SessionBus& bus)
+    : state_(std::make_unique<State>(bus)) {}
 
 DistributedNotificationCenter::~DistributedNotificationCenter() = default;
 
@@ -134,7 +150,7 @@ void DistributedNotificationCenter::removeObserver(const void* observer) {
 
 bool DistributedNotificationCenter::postNotification(std::string_view name,
                                                      std::string_view object) {
-    const std::string connection = SessionBus::shared().connectionName();
+    const std::string connection = state_->bus.connectionName();
     if (connection.empty()) {
         return false;
     }

@@ -40,8 +40,12 @@ public:
         retry_.setSingleShot(true);
         connect(&retry_, &QTimer::timeout, this, [this] { connectionName(); });
     }
+    ~State() override { QDBusConnection::disconnectFromBus(name_); }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
 
     QString connectionName() {
+        noticeLoss();
         if (!connected_ && !connectNow() && !retry_.isActive()) {
             retry_.start(delay_);
             delay_ = std::min(2 * delay_, kLongestRetry);
@@ -58,15 +62,16 @@ private:
             wasMissing_ = true;
             return false;
         }
+        static unsigned attempts = 0;  // each connection has a name of its own
         QDBusConnection::disconnectFromBus(name_);
-        name_ = QStringLiteral("quillet-%1").arg(++attempts_);
+        name_ = QStringLiteral("quillet-%1").arg(++attempts);
         QDBusConnection bus = QDBusConnection::connectToBus(address, name_);
         connected_ = bus.isConnected() && bus.connect(QString(),
                                                       QStringLiteral("/org/freedesktop/DBus/Local"),
                                                       QStringLiteral("org.freedesktop.DBus.Local"),
                                                       QStringLiteral("Disconnected"),
                                                       this,
-                                                      SLOT(lose()));
+                                                      SLOT(noticeLoss()));
         if (!connected_) {
             wasMissing_ = true;
             return false;
@@ -79,18 +84,19 @@ private:
         return true;
     }
 
-    Q_SLOT void lose() {
+    // May be called late, by the end of a connection that was replaced already.
+    Q_SLOT void noticeLoss() {
+        if (!connected_ || QDBusConnection(name_).isConnected()) {
+            return;
+        }
         connected_ = false;
         wasMissing_ = true;
-        if (!retry_.isActive()) {
-            retry_.start(delay_);
-        }
+        retry_.start(delay_);
     }
 
     QTimer retry_;
     std::chrono::milliseconds delay_ = kFirstRetry;
     QString name_;
-    unsigned attempts_ = 0;
     bool connected_ = false;
     bool wasMissing_ = false;
 };

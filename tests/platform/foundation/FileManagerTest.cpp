@@ -63,6 +63,7 @@ TEST(FileManager, OnlyRegularFilesAreReadAndNothingIsWaitedFor) {
     makeSocket(folder.path("socket"));
     ASSERT_EQ(::symlink("file", folder.path("link").c_str()), 0);
     ASSERT_EQ(::symlink("fifo", folder.path("link to fifo").c_str()), 0);
+    ASSERT_EQ(::symlink("/dev/zero", folder.path("link to device").c_str()), 0);
     ASSERT_EQ(::symlink("loop", folder.path("loop").c_str()), 0);
     const std::pair<std::string, std::string> cases[] = {
         {"file", "text"},
@@ -73,7 +74,7 @@ TEST(FileManager, OnlyRegularFilesAreReadAndNothingIsWaitedFor) {
         {"link to fifo", errorText(EINVAL)},
         {"socket", errorText(EINVAL)},
         {"folder", errorText(EINVAL)},
-        {"../../dev/zero", errorText(EINVAL)},
+        {"link to device", errorText(EINVAL)},
         {"loop", errorText(ELOOP)},
         {"missing", errorText(ENOENT)},
         {"file/below", errorText(ENOTDIR)},

@@ -1,0 +1,153 @@
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QGuiApplication>
+#include <QMap>
+#include <QObject>
+#include <QPalette>
+#include <gtest/gtest.h>
+
+#include "platform/desktop/Appearance.h"
+#include "tests/support/WaitUntil.h"
+
+namespace quillet::test {
+namespace {
+
+using platform::Appearance;
+using platform::Look;
+
+constexpr QLatin1String kPath("/org/freedesktop/portal/desktop");
+constexpr QLatin1String kInterface("org.freedesktop.portal.Settings");
+constexpr QLatin1String kService("org.freedesktop.portal.Desktop");
+const QString kLook = QStringLiteral("org.freedesktop.appearance color-scheme");
+const QString kMotion = QStringLiteral("org.gnome.desktop.interface enable-animations");
+
+QVariant inVariant(const QVariant& value) {
+    return QVariant::fromValue(QDBusVariant(value));
+}
+
+}  // namespace
+
+// Plays the settings portal on the session bus.
+class FakePortal : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
+
+public:
+    explicit FakePortal(QMap<QString, QVariant> settings) : settings_(std::move(settings)) {
+        EXPECT_TRUE(bus_.registerObject(kPath, this, QDBusConnection::ExportAllSlots));
+        EXPECT_TRUE(bus_.registerService(kService));
+    }
+    ~FakePortal() override {
+        bus_.unregisterService(kService);
+        QDBusConnection::disconnectFromBus(bus_.name());
+    }
+
+    void change(const QString& setting, const QVariant& value) {
+        settings_[setting] = value;
+        QDBusMessage signal =
+            QDBusMessage::createSignal(kPath, kInterface, QStringLiteral("SettingChanged"));
+        signal << setting.section(QLatin1Char(' '), 0, 0) << setting.section(QLatin1Char(' '), 1)
+               << inVariant(value);
+        EXPECT_TRUE(bus_.send(signal));
+    }
+    int reads() const { return reads_; }
+
+    Q_SLOT QDBusVariant Read(const QString& space, const QString& key) {
+        ++reads_;
+        const QString setting = space + QLatin1Char(' ') + key;
+        if (!settings_.contains(setting)) {
+            sendErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"));
+            return QDBusVariant(0);
+        }
+        return QDBusVariant(inVariant(settings_[setting]));
+    }
+
+private:
+    QDBusConnection bus_ =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
+    QMap<QString, QVariant> settings_;
+    int reads_ = 0;
+};
+
+namespace {
+
+class AppearanceTest : public testing::Test {
+protected:
+    AppearanceTest() { usePalette(Qt::white); }
+    ~AppearanceTest() override { QGuiApplication::setPalette(QPalette()); }
+
+    static void usePalette(Qt::GlobalColor colour) {
+        QGuiApplication::setPalette(QPalette(QColor(colour)));
+    }
+    std::function<void()> counting() {
+        return [this] { ++changes_; };
+    }
+
+    int changes_ = 0;
+};
+
+TEST_F(AppearanceTest, ThePaletteTellsTheLookWhereThereIsNoPortal) {
+    Appearance appearance(counting());
+    EXPECT_EQ(appearance.look(), Look::Light);
+    EXPECT_FALSE(appearance.reducedMotion());
+    usePalette(Qt::black);
+    EXPECT_EQ(changes_, 0);  // not inside the call that changes it
+    EXPECT_TRUE(waitUntil([&] { return changes_ == 1; }));
+    EXPECT_EQ(appearance.look(), Look::Dark);
+    usePalette(Qt::darkBlue);  // as dark
+    usePalette(Qt::white);
+    EXPECT_TRUE(waitUntil([&] { return changes_ == 2; }));
+    EXPECT_EQ(appearance.look(), Look::Light);
+}
+
+TEST_F(AppearanceTest, ThePortalOverrulesThePaletteAndIsFollowed) {
+    FakePortal portal({{kLook, 1U}, {kMotion, false}});
+    Appearance appearance(counting());
+    EXPECT_EQ(appearance.look(), Look::Light);  // the portal is not waited for
+    EXPECT_TRUE(
+        waitUntil([&] { return appearance.look() == Look::Dark && appearance.reducedMotion(); }));
+    EXPECT_EQ(changes_, 2);
+
+    portal.change(kLook, 2U);
+    EXPECT_TRUE(waitUntil([&] { return changes_ == 3; }));
+    EXPECT_EQ(appearance.look(), Look::Light);
+    usePalette(Qt::black);
+    portal.change(kMotion, true);
+    EXPECT_TRUE(waitUntil([&] { return changes_ == 4; }));
+    EXPECT_FALSE(appearance.reducedMotion());
+    EXPECT_EQ(appearance.look(), Look::Light);
+
+    portal.change(kLook, 0U);  // no preference
+    EXPECT_TRUE(waitUntil([&] { return changes_ == 5; }));
+    EXPECT_EQ(appearance.look(), Look::Dark);
+}
+
+TEST_F(AppearanceTest, SettingsOfAnotherTypeOrNameChangeNothing) {
+    FakePortal portal({{kLook, QStringLiteral("dark")}});
+    Appearance appearance(counting());
+    EXPECT_TRUE(waitUntil([&] { return portal.reads() == 2; }));
+    portal.change(kLook, true);
+    portal.change(kMotion, 0);
+    portal.change(QStringLiteral("org.freedesktop.appearance accent-color"), 1U);
+    portal.change(QStringLiteral("org.example color-scheme"), 1U);
+    portal.change(kMotion, false);  // the last one counts
+    EXPECT_TRUE(waitUntil([&] { return appearance.reducedMotion(); }));
+    EXPECT_EQ(appearance.look(), Look::Light);
+    EXPECT_EQ(changes_, 1);
+}
+
+TEST_F(AppearanceTest, NothingIsToldAfterTheEnd) {
+    FakePortal portal({{kLook, 1U}});
+    { const Appearance appearance(counting()); }
+    usePalette(Qt::black);
+    EXPECT_TRUE(waitUntil([&] { return portal.reads() == 2; }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(changes_, 0);
+}
+
+}  // namespace
+}  // namespace quillet::test
+
+#include "AppearanceTest.moc"

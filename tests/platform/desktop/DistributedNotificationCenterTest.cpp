@@ -1,0 +1,213 @@
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QProcess>
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
+
+#include "platform/desktop/DistributedNotificationCenter.h"
+#include "platform/desktop/SessionBus.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
+
+namespace quillet::test {
+namespace {
+
+using platform::DistributedNotificationCenter;
+using platform::SessionBus;
+
+class DistributedNotificationCenterTest : public testing::Test {
+protected:
+    DistributedNotificationCenter::Handler noting(const std::string& who) {
+        return [this, who](const std::string& name, const std::string& object) {
+            called_.push_back(who + ": " + name + ", " + object);
+        };
+    }
+
+    SessionBus bus_;
+    DistributedNotificationCenter center_{bus_};
+    std::vector<std::string> called_;
+};
+
+TEST_F(DistributedNotificationCenterTest, ANotificationReachesTheObserversOfItsNameAndObject) {
+    const std::pair<std::string, std::string> topics[] = {
+        {"name", "object"},
+        {"name", ""},
+        {"name", "it's 'quoted', \\ and ,"},
+        {"grüße ✉", "オブジェクト"},
+    };
+    SessionBus otherBus;
+    DistributedNotificationCenter other(otherBus);
+    for (const auto& [name, object] : topics) {
+        SCOPED_TRACE(name + ", " + object);
+        called_.clear();
+        center_.addObserver(this, name, object, noting("one"));
+        center_.addObserver(this, name, object, noting("two"));
+        center_.addObserver(this, "last", "", noting("last"));
+        EXPECT_TRUE(other.postNotification(name, "another object"));
+        EXPECT_TRUE(other.postNotification("another name", object));
+        EXPECT_TRUE(other.postNotification(name, object));
+        EXPECT_TRUE(other.postNotification("last", ""));
+        EXPECT_TRUE(waitUntil([&] { return called_.size() >= 3; }));
+        EXPECT_EQ(
+            called_,
+            (std::vector<std::string>{
+                "one: " + name + ", " + object, "two: " + name + ", " + object, "last: last, "}));
+        center_.removeObserver(this);
+    }
+}
+
+TEST_F(DistributedNotificationCenterTest, TheLastWordsOfAProgramThatEndsAtOnceArrive) {
+    center_.addObserver(this, "k_today_widget_key", "k_today_widget_object", noting("one"));
+    ASSERT_TRUE(center_.postNotification("bus", "is asked by now"));
+    QProcess sender;
+    sender.start(QStringLiteral(POST_NOTIFICATION),
+                 {QStringLiteral("k_today_widget_key"), QStringLiteral("k_today_widget_object")});
+    ASSERT_TRUE(sender.waitForFinished());
+    EXPECT_EQ(sender.exitCode(), 0);
+    EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
+}
+
+TEST_F(DistributedNotificationCenterTest, IdenticalNotificationsThatWaitAreDeliveredAsOne) {
+    center_.addObserver(this, "name", "a", noting("one"));
+    center_.addObserver(this, "name", "b", noting("one"));
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        called_.clear();
+        for (const char* object : {"a", "b", "a", "a", "b"}) {
+            EXPECT_TRUE(center_.postNotification("name", object));
+        }
+        EXPECT_TRUE(called_.empty());
+        EXPECT_TRUE(waitUntil([&] { return called_.size() >= 2; }));
+        EXPECT_EQ(called_, (std::vector<std::string>{"one: name, a", "one: name, b"}));
+    }
+}
+
+TEST_F(DistributedNotificationCenterTest, AnObserverThatWasRemovedIsNotCalledAnyMore) {
+    const int other = 0;
+    center_.addObserver(this, "name", "a", noting("one"));
+    center_.addObserver(&other, "name", "a", [&](const std::string&, const std::string&) {
+        called_.emplace_back("other");
+        center_.removeObserver(this);
+        center_.removeObserver(&other);
+    });
+    center_.addObserver(this, "name", "a", noting("late"));
+    center_.addObserver(&called_, "name", "b", noting("last"));
+    EXPECT_TRUE(center_.postNotification("name", "a"));
+    EXPECT_TRUE(center_.postNotification("name", "b"));
+    EXPECT_TRUE(waitUntil([&] { return called_.size() >= 3; }));
+    EXPECT_EQ(called_, (std::vector<std::string>{"one: name, a", "other", "last: name, b"}));
+}
+
+TEST_F(DistributedNotificationCenterTest, SignalsOfAnotherShapeAreIgnored) {
+    center_.addObserver(this, "name", "object", noting("one"));
+    center_.addObserver(this, "it's", "here", noting("one"));
+    ASSERT_TRUE(center_.postNotification("bus", "is asked by now"));
+    QDBusConnection hostile =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("hostile"));
+    const QString name = QStringLiteral("name");
+    const QString object = QStringLiteral("object");
+    const QVariant variant = QVariant::fromValue(QDBusVariant(object));
+    const QVariantList shapes[] = {
+        {},
+        {name},
+        {1, 2},
+        {name, variant},
+        {name, object, object},
+        {name, QStringList{object}},
+        {QStringLiteral("it's"), 7},
+        {QStringLiteral("it's"), QStringLiteral("here")},
+    };
+    for (const QVariantList& arguments : shapes) {
+        QDBusMessage signal =
+            QDBusMessage::createSignal(QStringLiteral("/it/tarno/quillet/DistributedNotifications"),
+                                       QStringLiteral("it.tarno.quillet.DistributedNotifications"),
+                                       QStringLiteral("Posted"));
+        signal.setArguments(arguments);
+        EXPECT_TRUE(hostile.send(signal));
+    }
+    EXPECT_TRUE(waitUntil([&] { return !called_.empty(); }));
+    EXPECT_EQ(called_, std::vector<std::string>{"one: it's, here"});
+    QDBusConnection::disconnectFromBus(QStringLiteral("hostile"));
+}
+
+// A bus of its own that can be stopped and started.
+class PrivateBus {
+public:
+    QString address() const {
+        return QStringLiteral("unix:path=") + QString::fromStdString(folder_.path("bus"));
+    }
+    bool start() {
+        daemon_ = std::make_unique<QProcess>();
+        daemon_->start(QStringLiteral("dbus-daemon"),
+                       {QStringLiteral("--session"),
+                        QStringLiteral("--nofork"),
+                        QStringLiteral("--nopidfile"),
+                        QStringLiteral("--print-address"),
+                        QStringLiteral("--address=") + address()});
+        return daemon_->waitForReadyRead();
+    }
+    void stop() {
+        daemon_->kill();
+        daemon_->waitForFinished();
+    }
+    ~PrivateBus() { stop(); }
+
+private:
+    TemporaryFolder folder_;
+    std::unique_ptr<QProcess> daemon_;
+};
+
+TEST_F(DistributedNotificationCenterTest, ObserversAreServedAgainWhenTheBusComesBack) {
+    PrivateBus daemon;
+    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", daemon.address().toStdString());
+    SessionBus bus;
+    DistributedNotificationCenter center(bus);
+    center.addObserver(this, "name", "object", noting("one"));
+    EXPECT_FALSE(center.postNotification("name", "object"));
+    for (const char* which : {"late bus", "restarted bus"}) {
+        SCOPED_TRACE(which);
+        ASSERT_TRUE(daemon.start());
+        ASSERT_TRUE(waitUntil([&] { return !bus.connectionName().empty(); }));
+        SessionBus otherBus;
+        DistributedNotificationCenter other(otherBus);
+        EXPECT_TRUE(other.postNotification("name", "object"));
+        EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
+        called_.clear();
+        daemon.stop();
+        EXPECT_FALSE(center.postNotification("name", "object"));
+    }
+    EXPECT_TRUE(called_.empty());
+}
+
+TEST_F(DistributedNotificationCenterTest, ALostBusIsFoundAgainWithoutBeingAskedFor) {
+    PrivateBus daemon;
+    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", daemon.address().toStdString());
+    ASSERT_TRUE(daemon.start());
+    SessionBus bus;
+    DistributedNotificationCenter center(bus);
+    center.addObserver(this, "name", "object", noting("one"));
+    const std::string first = bus.connectionName();
+    daemon.stop();
+    bool isBack = false;
+    bus.addObserver(&isBack, [&] { isBack = true; });
+    ASSERT_TRUE(daemon.start());
+    EXPECT_TRUE(waitUntil([&] { return isBack; }));
+    EXPECT_NE(bus.connectionName(), first);
+    EXPECT_TRUE(center.postNotification("name", "object"));
+    EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
+}
+
+TEST_F(DistributedNotificationCenterTest, WithoutABusNothingIsPosted) {
+    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
+    const EnvironmentVariable runtime("XDG_RUNTIME_DIR", "/nonexistent");
+    SessionBus bus;
+    DistributedNotificationCenter center(bus);
+    center.addObserver(this, "name", "object", noting("one"));
+    EXPECT_FALSE(center.postNotification("name", "object"));
+}
+
+}  // namespace
+}  // namespace quillet::test

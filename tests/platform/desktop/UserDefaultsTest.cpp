@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+#include <limits>
+
+#include "platform/desktop/UserDefaults.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace quillet::test {
+namespace {
+
+using platform::UserDefaults;
+
+class UserDefaultsTest : public testing::Test {
+protected:
+    TemporaryFolder folder_;
+    EnvironmentVariable config_{"XDG_CONFIG_HOME", folder_.path("config")};
+    UserDefaults& defaults_ = UserDefaults::standard();
+};
+
+TEST_F(UserDefaultsTest, AValueIsKeptAndAnAbsentOneIsZero) {
+    EXPECT_EQ(defaults_.integerForKey("segmented"), 0);
+    for (const std::int64_t value : {std::int64_t{2},
+                                     std::int64_t{-7},
+                                     std::numeric_limits<std::int64_t>::max(),
+                                     std::numeric_limits<std::int64_t>::min()}) {
+        defaults_.setInteger(value, "segmented");
+        EXPECT_EQ(defaults_.integerForKey("segmented"), value);
+    }
+    const EnvironmentVariable elsewhere("XDG_CONFIG_HOME", folder_.path("elsewhere"));
+    EXPECT_EQ(defaults_.integerForKey("segmented"), 0);
+}
+
+TEST_F(UserDefaultsTest, WhatAnotherProgramWritesIsSeenAndKept) {
+    const std::pair<const char*, std::int64_t> cases[] = {
+        {"3", 3},
+        {"\"  12 monkeys\"", 12},
+        {"-4x", -4},
+        {"99999999999999999999", std::numeric_limits<std::int64_t>::max()},
+        {"text", 0},
+        {"1.9", 1},
+        {"", 0},
+        {"@ByteArray(5)", 5},
+        {"@Variant(\\0\\0\\0\\xff)", 0},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        folder_.writeFile("config/quillet/today.ini",
+                          "[General]\nother=1\nsegmented=" + std::string(text) + "\n");
+        EXPECT_EQ(defaults_.integerForKey("segmented"), expected);
+    }
+    defaults_.setInteger(2, "segmented");
+    EXPECT_EQ(defaults_.integerForKey("other"), 1);
+}
+
+TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenLeavesTheValueToThisProcess) {
+    folder_.writeFile("file", "");
+    {
+        const EnvironmentVariable config("XDG_CONFIG_HOME", folder_.path("file"));
+        defaults_.setInteger(3, "unsaved");
+        EXPECT_EQ(defaults_.integerForKey("unsaved"), 3);
+    }
+    EXPECT_EQ(defaults_.integerForKey("unsaved"), 3);
+    defaults_.setInteger(4, "unsaved");  // the file can be written now, and counts again
+    folder_.writeFile("config/quillet/today.ini", "[General]\nunsaved=15\n");
+    EXPECT_EQ(defaults_.integerForKey("unsaved"), 15);
+}
+
+TEST(VolatileUserDefaults, ValuesLiveInTheObjectAlone) {
+    platform::VolatileUserDefaults defaults;
+    EXPECT_EQ(defaults.integerForKey("segmented"), 0);
+    defaults.setInteger(2, "segmented");
+    EXPECT_EQ(defaults.integerForKey("segmented"), 2);
+    EXPECT_EQ(platform::VolatileUserDefaults().integerForKey("segmented"), 0);
+}
+
+}  // namespace
+}  // namespace quillet::test
