@@ -37,12 +37,10 @@ Theme makeDark() {
                  .dateText = white(kDateAlpha),
                  .subjectText = white(kSecondaryLabelAlpha),
                  .separator = white(kSeparatorAlpha),
-                 .selection = white(0.14),
-                 .keyboardFocus = white(0.07),
+                 .selection = QColor(),
                  .iconTint = QColor(),
                  .panelBackground = QColor(0x2A, 0x2A, 0x2D),
-                 .panelBorder = white(0.13),
-                 .panelShadow = black(0.42)};
+                 .panelBorder = white(0.13)};
 }
 
 Theme makeLight() {
@@ -51,11 +49,9 @@ Theme makeLight() {
                  .subjectText = darkGray(1),
                  .separator = darkGray(kSeparatorAlpha),
                  .selection = lightGray(kSelectionAlpha),
-                 .keyboardFocus = lightGray(0.15),
                  .iconTint = black(1),
                  .panelBackground = QColor(0xF5, 0xF5, 0xF7),
-                 .panelBorder = black(0.12),
-                 .panelShadow = black(0.22)};
+                 .panelBorder = black(0.12)};
 }
 
 }  // namespace

@@ -13,10 +13,11 @@ TodayTableRowView::TodayTableRowView(const QRect& frame,
 }
 
 void TodayTableRowView::drawSelection(QPainter& painter, const QRect& rect) {
-    if (my_legacyDarkBackground_) {
-        TableRowView::drawSelection(painter, rect);
+    const QColor& color = Theme::of(my_legacyDarkBackground_).selection;
+    if (color.isValid()) {
+        painter.fillRect(rect, color);
     } else {
-        painter.fillRect(rect, Theme::of(false).selection);
+        TableRowView::drawSelection(painter, rect);
     }
 }
 

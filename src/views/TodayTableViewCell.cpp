@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/foundation/Bundle.h"
 #include "platform/ui/ConstraintLayout.h"
@@ -19,6 +21,14 @@ namespace {
 // How hard a text holds its width where a line is short: the sender gives way, the date does not.
 constexpr int kSenderResistance = 250;
 constexpr int kDateResistance = 1000;
+
+platform::Image mirrored(const platform::Image& image) {
+    std::vector<QImage> representations = image.representations();
+    for (QImage& representation : representations) {
+        representation = representation.mirrored(true, false);
+    }
+    return platform::Image(std::move(representations));
+}
 
 }  // namespace
 
@@ -40,6 +50,9 @@ void TodayTableViewCell::prepare(const std::shared_ptr<TodayViewController>& con
     subjectField_ = makeField(theme.subjectText);
     // In the order that Tab goes through them.
     replyButton_ = makeButton("w_reply", "Reply", theme, &TodayTableViewCell::reply);
+    if (isRightToLeft()) {
+        replyButton_->setImage(mirrored(replyButton_->image()));  // back is to the right
+    }
     archiveButton_ = makeButton("w_archive", "Archive", theme, &TodayTableViewCell::archive);
     trashButton_ = makeButton("w_trash", "Delete", theme, &TodayTableViewCell::trash);
     horizontalSeparator1_ = makeSeparator(theme);

@@ -1,0 +1,41 @@
+#include <QImage>
+#include <gtest/gtest.h>
+#include <optional>
+#include <vector>
+
+#include "platform/foundation/NotificationCenter.h"
+#include "views/FlippedView.h"
+
+namespace quillet::test {
+namespace {
+
+TEST(FlippedView, BlockAloneDrawsTheDirtyRectangle) {
+    std::vector<QRect> drawn;
+    FlippedView view(QRect(0, 0, 60, 40), [&](FlippedView& self, const QRect& dirty) {
+        EXPECT_EQ(&self, self.xviewx());
+        drawn.push_back(dirty);
+    });
+    QImage canvas(60, 40, QImage::Format_RGB32);
+    canvas.fill(Qt::green);
+    const QImage untouched = canvas;
+    view.render(&canvas, QPoint(5, 5), QRegion(5, 5, 10, 20), QWidget::RenderFlags());
+    EXPECT_EQ(drawn, std::vector{QRect(5, 5, 10, 20)});
+    view.setDrawingBlock({});
+    view.render(&canvas, QPoint(), QRegion(), QWidget::RenderFlags());
+    EXPECT_EQ(drawn.size(), 1U);
+    EXPECT_EQ(canvas, untouched);
+}
+
+TEST(FlippedView, TornDownViewIsNotNotifiedAnyMore) {
+    auto& center = platform::NotificationCenter::defaultCenter();
+    int notified = 0;
+    std::optional<FlippedView> view(std::in_place);
+    center.addObserver(&*view, "FLIPPED_VIEW_TEST", [&](const auto&) { ++notified; });
+    center.postNotification("FLIPPED_VIEW_TEST");
+    view.reset();
+    center.postNotification("FLIPPED_VIEW_TEST");
+    EXPECT_EQ(notified, 1);
+}
+
+}  // namespace
+}  // namespace quillet::test

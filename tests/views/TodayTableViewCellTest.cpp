@@ -1,0 +1,159 @@
+#include <QApplication>
+#include <QPainter>
+#include <cmath>
+#include <gtest/gtest.h>
+
+#include "tests/support/LogCapture.h"
+#include "tests/views/WidgetWindow.h"
+#include "views/TodayTableViewCell.h"
+
+namespace quillet::test {
+namespace {
+
+const char* const kLongText =
+    "A text that is so long that no row of any width that this widget could have would show it";
+
+void expectMix(QColor actual, QColor ground, QColor color, double alpha) {
+    const auto mixed = [alpha](int below, int above) { return below + alpha * (above - below); };
+    EXPECT_NEAR(actual.red(), mixed(ground.red(), color.red()), 2);
+    EXPECT_NEAR(actual.green(), mixed(ground.green(), color.green()), 2);
+    EXPECT_NEAR(actual.blue(), mixed(ground.blue(), color.blue()), 2);
+}
+
+TEST(TodayTableViewCell, PartsLieWhereTheDesignPutsThem) {
+    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        SCOPED_TRACE(direction);
+        QApplication::setLayoutDirection(direction);
+        WidgetWindow widget;
+        widget.show({makeMessage("Ada", "Engine", "09:41"), makeMessage("Grace", kLongText, "")});
+        const TodayTableViewCell& cell = widget.cell(0);
+        const int senderWidth = cell.fromField()->sizeHint().width();
+        const int dateWidth = cell.dateField()->sizeHint().width();
+        const std::vector<std::pair<const QWidget*, QRect>> parts = {
+            {cell.horizontalSeparator1(), {35, 35, 285, 1}},
+            {cell.fromField(), {35, 45, senderWidth, 20}},
+            {cell.dateField(), {300 - dateWidth, 45, dateWidth, 20}},
+            {cell.subjectField(), {35, 65, 186, 20}},
+            {cell.replyButton(), {224, 65, 20, 20}},
+            {cell.archiveButton(), {252, 65, 20, 20}},
+            {cell.trashButton(), {280, 65, 20, 20}},
+            {widget.cell(1).subjectField(), {35, 125, 186, 20}}};
+        for (const auto& [part, frame] : parts) {
+            const int x =
+                direction == Qt::LeftToRight ? frame.x() : 320 - frame.x() - frame.width();
+            EXPECT_EQ(widget.frame(*part), QRect(QPoint(x, frame.y()), frame.size()));
+        }
+    }
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST(TodayTableViewCell, ReusedCellChangesItsTextsAloneAndLongOnesEndInAnEllipsis) {
+    WidgetWindow widget;
+    widget.show({makeMessage("Ada", "Engine", "09:41")});
+    TodayTableViewCell& cell = widget.cell(0);
+    const QList<QWidget*> parts = cell.findChildren<QWidget*>();
+    const auto second = makeMessage(kLongText, kLongText, "31/12/2025");
+    widget.show({second});
+    ASSERT_EQ(&widget.cell(0), &cell);
+    EXPECT_EQ(cell.findChildren<QWidget*>(), parts);
+    EXPECT_EQ(cell.message(), second);
+    for (const platform::TextField* field : {cell.fromField(), cell.subjectField()}) {
+        EXPECT_EQ(field->stringValue(), kLongText);
+        EXPECT_TRUE(field->displayedText().endsWith(QChar(0x2026)));
+    }
+    EXPECT_EQ(cell.dateField()->displayedText(), QStringLiteral("31/12/2025"));
+    EXPECT_EQ(cell.dateField()->width(), cell.dateField()->sizeHint().width());
+    EXPECT_EQ(cell.fromField()->geometry().right() + 1 + 10, cell.dateField()->x());
+    widget.show({makeMessage("Ada", "", "09:41")});
+    EXPECT_EQ(cell.accessibleRowName(), QStringLiteral("Ada, 09:41"));
+}
+
+TEST(TodayTableViewCell, ColoursAreThoseOfTheLook) {
+    const QColor gray = QColor::fromRgbF(1.0F / 3, 1.0F / 3, 1.0F / 3);
+    const auto withAlpha = [](QColor color, float alpha) {
+        color.setAlphaF(alpha);
+        return color;
+    };
+    for (const bool dark : {false, true}) {
+        SCOPED_TRACE(dark ? "dark" : "light");
+        WidgetWindow widget(dark);
+        widget.controller->setDarkAppearance(!dark);  // too late: the look is fixed
+        widget.show({makeMessage("Ada", "Engine", "09:41")});
+        const TodayTableViewCell& cell = widget.cell(0);
+        const QColor white = Qt::white;
+        EXPECT_EQ(cell.fromField()->textColor(), dark ? withAlpha(white, 0.85F) : gray);
+        EXPECT_EQ(cell.subjectField()->textColor(), dark ? withAlpha(white, 0.55F) : gray);
+        EXPECT_EQ(cell.dateField()->textColor(), withAlpha(dark ? white : gray, 0.4F));
+
+        const QColor ground = dark ? Qt::black : Qt::white;
+        const QImage separator = widget.picture(*cell.horizontalSeparator1());
+        expectMix(separator.pixelColor(100, 0), ground, dark ? white : gray, 0.2);
+        // The lid of the box is a stroke of one whole pixel.
+        const QImage archive = widget.picture(*cell.archiveButton());
+        expectMix(archive.pixelColor(10, 3), ground, dark ? Qt::white : Qt::black, 0.3);
+        expectMix(archive.pixelColor(10, 5), ground, ground, 0);
+    }
+}
+
+TEST(TodayTableViewCell, ButtonsSendTheirCommandForTheMessageShown) {
+    WidgetWindow widget;
+    widget.show({makeMessage("Ada", "Engine", "09:41"), makeMessage("Grace", "Compiler", "09:40")});
+    const TodayTableViewCell& cell = widget.cell(1);
+    TodayTableViewCell empty(QRect(0, 0, 320, 60), widget.controller);
+    empty.prepare(widget.controller);
+    struct Case {
+        platform::ImageButton* button;
+        platform::ImageButton* withoutMessage;
+        const char* name;
+        const char* command;
+        const char* background;
+    };
+    for (const Case& action :
+         {Case{cell.replyButton(), empty.replyButton(), "Reply", "reply", "foreground"},
+          Case{cell.archiveButton(), empty.archiveButton(), "Archive", "archive", "background"},
+          Case{cell.trashButton(), empty.trashButton(), "Delete", "delete", "background"}}) {
+        SCOPED_TRACE(action.name);
+        const LogCapture log;
+        widget.click(*action.button);
+        action.withoutMessage->click();
+        EXPECT_EQ(log.lines(),
+                  std::vector{std::string("LaunchCommandForMessages ") + action.command +
+                              " me@example.org GraceCompiler in the " + action.background});
+        EXPECT_EQ(action.button->accessibleName(), QLatin1String(action.name));
+        EXPECT_EQ(action.button->toolTip(), QLatin1String(action.name));
+    }
+    EXPECT_EQ(widget.table().selectedRow(), platform::Table::kNoRow);
+}
+
+// Whatever a sender is called, the rest of the table is drawn as beside a sender without name.
+TEST(TodayTableViewCell, HostileSenderDisturbsNoNeighbour) {
+    std::string stack = "A";
+    for (int mark = 0; mark < 60; ++mark) {
+        stack += "\u0353\u0301";
+    }
+    const std::vector<std::pair<const char*, std::string>> hostile = {
+        {"markup", "<b>Ada</b><br><img src=x>"},
+        {"line breaks", "Ada\r\n\n\u2028Lovelace"},
+        {"control characters", std::string("Ada\t\x1b[31m\x7f\0!", 12)},
+        {"overrides", "\u202E\u2067Ada\u202B"},
+        {"right to left", "\u05D0\u05D3\u05D4 <\u0639>"},
+        {"broken UTF-8", "Ada\xff\xfe\xc3"},
+        {"stacked marks", stack}};
+    WidgetWindow widget;
+    const auto nameless = makeMessage("", "Engine", "09:41");
+    widget.show({nameless, nameless});
+    const QImage plain = widget.picture(widget.table());
+    for (const auto& [name, sender] : hostile) {
+        SCOPED_TRACE(name);
+        widget.show({makeMessage(sender, "Engine", "09:41"), nameless});
+        const QRect field = widget.cell(0).fromField()->geometry();
+        EXPECT_LE(field.right() + 1 + 10, widget.cell(0).dateField()->x());
+        QImage drawn = widget.picture(widget.table());
+        EXPECT_NE(drawn, plain);
+        QPainter(&drawn).drawImage(field, plain, field);
+        EXPECT_EQ(drawn, plain);
+    }
+}
+
+}  // namespace
+}  // namespace quillet::test

@@ -1,0 +1,44 @@
+// The view tree as the controller builds it.
+
+#include <gtest/gtest.h>
+
+#include "platform/ui/SegmentedControl.h"
+#include "tests/views/WidgetWindow.h"
+
+namespace quillet::test {
+namespace {
+
+TEST(TodayViewControllerViews, TreeHasItsMeasuresAndGrowsWithItsRows) {
+    WidgetWindow widget;
+    EXPECT_EQ(widget.controller->view()->size(), QSize(320, 85));
+    EXPECT_EQ(widget.frame(widget.header()), QRect(0, 0, 320, 30));
+    EXPECT_EQ(widget.frame(*widget.header().control()), QRect(40, 1, 260, 20));
+    EXPECT_EQ(widget.frame(widget.table()), QRect(0, 35, 320, 50));
+    for (const int rows : {3, 10, 0}) {
+        SCOPED_TRACE(rows);
+        widget.show(
+            Messages(static_cast<std::size_t>(rows), makeMessage("Ada", "Engine", "09:41")));
+        EXPECT_EQ(widget.controller->view()->size(), QSize(320, 35 + 60 * rows));
+        EXPECT_EQ(widget.frame(widget.table()), QRect(0, 35, 320, 60 * rows));
+    }
+}
+
+TEST(TodayViewControllerViews, ViewsDoNotKeepTheirControllerAlive) {
+    WidgetWindow widget;
+    widget.show({makeMessage("Ada", "Engine", "09:41")});
+    const std::weak_ptr<TodayViewController> weak = widget.controller;
+    widget.controller.reset();
+    EXPECT_TRUE(weak.expired());
+}
+
+TEST(TodayViewControllerViews, RowBeyondTheListGetsACellWithoutMessage) {
+    WidgetWindow widget;
+    const std::unique_ptr<platform::TableCellView> cell(
+        widget.controller->tableView_viewForTableColumn_row(widget.table(), 7));
+    EXPECT_EQ(cell->identifier(), "TodayTableViewCell");
+    EXPECT_EQ(cell->size(), QSize(320, 60));
+    EXPECT_EQ(static_cast<const TodayTableViewCell&>(*cell).message(), nullptr);
+}
+
+}  // namespace
+}  // namespace quillet::test
