@@ -54,13 +54,13 @@ constexpr Message kPrivateInbox[] = {
     {0.02, "Zoë Ångström", "Façade colours for the café: which of the two do you prefer?", true},
     {0.12, "Дарья Волкова", "Расписание поездов на пятницу", true},
     {0.35, "佐藤ひろし", "お見積もりの件(再送)"},
-    {0.50,
+    {1.05,
      "Konstantin von Hohenlohe-Schillingsfürst, Department of Early Music",
      "Minutes of the third meeting of the working group on historical tuning systems, with the "
      "corrected table of temperaments, the list of open questions and two proposals for a date"},
     {0.80, "ليلى حداد", "موعد الاجتماع يوم الثلاثاء القادم", true},
     {1.4, "אבי כהן", "תמונות מהטיול לגליל"},
-    {1.9, "Märta Öberg", "🎂 Saturday, from four o'clock"},
+    {1.9, "Märta Öberg", "Saturday, from four o'clock"},
     {3.2, "Tomáš Dvořák", ""},
     {6.1, "Ελένη Παππά", "Πρόσκληση στα εγκαίνια της έκθεσης"},
     {16.3, "City Library", "Two of your loans are due next week"},
@@ -69,7 +69,7 @@ constexpr Message kPrivateInbox[] = {
 constexpr Message kStudioInbox[] = {
     {0.06, "Ελένη Παππά", "Τα σχέδια για το νέο βιβλίο", true},
     {0.22, "李娜", "会议纪要:下周的产品发布"},
-    {0.65, "Jürgen Weiß", "Re: Größe der Schilder im Flur", true},
+    {1.6, "Jürgen Weiß", "Re: Größe der Schilder im Flur", true},
     {1.2, "Accounts <billing@paper-mill.example>", "Invoice 2041 & delivery note"},
     {2.5, "Gülşah Yıldız", "İstanbul atölyesi için fotoğraflar"},
     {4.7, "Søren Kjær", "Prøvetryk er på vej"},
@@ -77,18 +77,18 @@ constexpr Message kStudioInbox[] = {
 };
 
 constexpr Message kPrivateToDo[] = {
-    {0.4, "Anna Berg", "Book the train to Göteborg", true, kSharedMessageId},
-    {2.1, "Дарья Волкова", "Подтвердить бронирование гостиницы"},
+    {2.6, "Anna Berg", "Book the train to Göteborg", true, kSharedMessageId},
+    {0.5, "Дарья Волкова", "Подтвердить бронирование гостиницы"},
     {5.3, "Tomáš Dvořák", "Send the scanned contract back"},
 };
 
 constexpr Message kStudioToDo[] = {
-    {0.9, "李娜", "确认封面颜色", true},
+    {1.7, "李娜", "确认封面颜色", true},
     {7.8, "Jürgen Weiß", "Angebot für die Beschilderung prüfen"},
 };
 
 constexpr Message kPrivateMemo[] = {
-    {0.7, "Anna Berg", "Ideas for the reading corner"},
+    {3.4, "Anna Berg", "Ideas for the reading corner"},
     {11.6, "Anna Berg", "Wi-Fi of the summer house, and where the spare key hangs"},
 };
 
@@ -98,7 +98,7 @@ constexpr Message kStudioMemo[] = {
 
 // A host may keep a message in two files for a while, here until it has tidied up.
 constexpr Message kPrivateRecent[] = {
-    {0.4, "Anna Berg", "Book the train to Göteborg", true, kSharedMessageId},
+    {2.6, "Anna Berg", "Book the train to Göteborg", true, kSharedMessageId},
 };
 
 constexpr Message kPrivateDone[] = {

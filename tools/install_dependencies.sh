@@ -48,7 +48,9 @@ echo "Installing Debian packages: ${missing[*]}"
 apt_get() {
     ${as_root[@]+"${as_root[@]}"} env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@" </dev/null
 }
-if ! apt_get update || ! apt_get install --yes --no-install-recommends "${missing[@]}" >/dev/null; then
+if ! output=$(apt_get update 2>&1 &&
+    apt_get install --yes --no-install-recommends "${missing[@]}" 2>&1); then
+    echo "$output" >&2
     echo "apt-get could not install: ${missing[*]}" >&2
     echo "Check the network and /etc/apt/sources.list (Debian 12), then start again." >&2
     exit 1
