@@ -66,11 +66,11 @@ void describe(QCommandLineParser& parser, const Options& options) {
                        options.scale,
                        options.help,
                        options.version});
-    parser.addPositionalArgument(QStringLiteral("list"),
-                                 QStringLiteral("Print the rows that the widget shows."),
-                                 QStringLiteral("[list | snapshot FILE.png]"));
     parser.addPositionalArgument(
-        QStringLiteral("snapshot"), QStringLiteral("Draw the widget into FILE.png."), QString());
+        QStringLiteral("command"),
+        QStringLiteral("list prints the rows that the widget shows, snapshot draws it into "
+                       "FILE.png; without a command the panel comes up."),
+        QStringLiteral("[list | snapshot FILE.png]"));
 }
 
 std::int64_t segmentOf(const QString& text) {

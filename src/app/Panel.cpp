@@ -35,6 +35,10 @@ int rounded(double points) {
 // shadow falls off. It lies a little low, as if the light came from above.
 void paintShadow(QPainter& painter, const QRectF& panel, QColor darkest) {
     constexpr double kDrop = 3;  // points
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(darkest);
+    painter.drawRoundedRect(
+        panel.translated(0, kDrop), Theme::kPanelCornerRadius, Theme::kPanelCornerRadius);
     painter.setBrush(Qt::NoBrush);
     const double full = darkest.alphaF();
     for (int distance = 0; distance < Theme::kPanelShadowRadius; ++distance) {
@@ -99,6 +103,8 @@ void Panel::present() {
     show();
     raise();
     activateWindow();
+    // The keyboard starts before the first control, none of which stands out until Tab is pressed.
+    setFocus();
 }
 
 QSize Panel::sizeHint() const {

@@ -40,7 +40,8 @@ Theme makeDark() {
                  .selection = QColor(),
                  .iconTint = QColor(),
                  .panelBackground = QColor(0x2A, 0x2A, 0x2D),
-                 .panelBorder = white(0.13)};
+                 .panelBorder = white(0.13),
+                 .panelShadow = black(0.42)};
 }
 
 Theme makeLight() {
@@ -51,7 +52,8 @@ Theme makeLight() {
                  .selection = lightGray(kSelectionAlpha),
                  .iconTint = black(1),
                  .panelBackground = QColor(0xF5, 0xF5, 0xF7),
-                 .panelBorder = black(0.12)};
+                 .panelBorder = black(0.12),
+                 .panelShadow = black(0.22)};
 }
 
 }  // namespace

@@ -16,11 +16,13 @@ struct Theme {
     // For the panel that holds the widget.
     QColor panelBackground;
     QColor panelBorder;
+    QColor panelShadow;  // at its darkest, beside the panel's edge
 
     static const Theme& of(bool legacyDarkBackground);
 
     static constexpr double kIconAlpha = 0.3;
     static constexpr int kPanelCornerRadius = 14;  // points
+    static constexpr int kPanelShadowRadius = 18;  // points; how far the shadow reaches
 };
 
 }  // namespace quillet

@@ -35,8 +35,9 @@ bool hasSelectionOwner(xcb_connection_t* connection, std::string_view name) {
 
 bool isCompositing() {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    // Everything but X11 always blends.
-    return x11 == nullptr || hasSelectionOwner(x11->connection(), kCompositorSelection);
+    // Everything but X11 always blends. Offscreen, the interface is there without a connection.
+    return x11 == nullptr || x11->connection() == nullptr ||
+           hasSelectionOwner(x11->connection(), kCompositorSelection);
 }
 
 }  // namespace quillet::platform

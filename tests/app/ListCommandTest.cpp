@@ -1,0 +1,82 @@
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "app/ListCommand.h"
+#include "tests/support/PropertyLists.h"
+#include "tests/widget/StoreFixture.h"
+
+namespace quillet::test {
+
+using Json = nlohmann::json;
+
+class ListCommandTest : public StoreFixture {
+protected:
+    static Json json(std::optional<std::int64_t> segment) {
+        return Json::parse(listRows(ListFormat::Json, segment));
+    }
+};
+
+TEST_F(ListCommandTest, JsonHoldsEveryFieldWithItsKind) {
+    writeFile("a@x",
+              "1.plist",
+              fileXml("<dict><key>messageId</key><string>id</string>"
+                      "<key>subject</key><string>\"S\"\n</string>"
+                      "<key>date</key><integer>1700000000</integer>"
+                      "<key>folderStid</key><integer>12</integer><key>isUnread</key><true/>"
+                      "<key>idx</key><integer>-1</integer><key>acc_idx</key><integer>3</integer>"
+                      "</dict><string>no message</string>"));
+    const Json object = json(0);
+    EXPECT_EQ(object["container"], container.path());
+    EXPECT_EQ(object["segment"], 0);
+    EXPECT_EQ(object["result"], "NCUpdateResultNewData");
+    EXPECT_EQ(object["read"], 2);
+    ASSERT_EQ(object["messages"].size(), 2U);
+    const Json& message = object["messages"][0];
+    EXPECT_EQ(message["messageId"], "id");
+    EXPECT_EQ(message["subject"], "\"S\"\n");
+    EXPECT_EQ(message["account"], "");
+    EXPECT_EQ(message["date"], 1700000000.0);
+    EXPECT_EQ(message["folderStandardId"], 12);
+    EXPECT_EQ(message["unread"], true);
+    EXPECT_EQ(message["idx"], UINT64_MAX);
+    EXPECT_EQ(message["acc_idx"], 3);
+    for (const char* key : {"messageId",
+                            "account",
+                            "from",
+                            "subject",
+                            "folderPath",
+                            "dateString",
+                            "date",
+                            "folderStandardId",
+                            "unread"}) {
+        EXPECT_TRUE(object["messages"][1][key].is_null()) << key;
+    }
+}
+
+TEST_F(ListCommandTest, SegmentStandsInForTheStoredOne) {
+    writeFile("a@x", "1.plist", fileXml(messageXml("i", 1) + messageXml("t", 200, 11)));
+    EXPECT_EQ(json(2)["messages"].size(), 1U);
+    EXPECT_EQ(json(2)["read"], 2);
+    EXPECT_EQ(json(0)["messages"].size(), 2U);
+    EXPECT_EQ(json(9)["messages"].size(), 0U);
+}
+
+TEST_F(ListCommandTest, WithoutAContainerThereIsNoData) {
+    const EnvironmentVariable none("QUILLET_CONTAINER", "");
+    const Json object = json(0);
+    EXPECT_TRUE(object["container"].is_null());
+    EXPECT_EQ(object["result"], "NCUpdateResultNoData");
+    EXPECT_EQ(listRows(ListFormat::Text, 0), "No messages\n");
+}
+
+TEST_F(ListCommandTest, TextCannotDisturbTheTerminal) {
+    writeFile("a@x",
+              "1.plist",
+              fileXml("<dict><key>from</key><string>A&#x9B;31m&#x202E;B</string>"
+                      "<key>subject</key><string>one\ntwo</string></dict>"));
+    const std::string rows = listRows(ListFormat::Text, 0);
+    EXPECT_THAT(rows, ::testing::HasSubstr("A 31mB\n"));
+    EXPECT_THAT(rows, ::testing::HasSubstr("one two\n"));
+}
+
+}  // namespace quillet::test

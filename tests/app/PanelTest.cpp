@@ -1,0 +1,72 @@
+#include <QScreen>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "app/Panel.h"
+#include "tests/support/WaitUntil.h"
+
+namespace quillet::test {
+
+namespace {
+
+// Contents of a given height, as a widget with its rows has it.
+class Contents : public QWidget {
+public:
+    explicit Contents(int height) : height_(height) {}
+    QSize sizeHint() const override { return {320, height_}; }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+    void setHeight(int height) {
+        height_ = height;
+        updateGeometry();
+        QCoreApplication::postEvent(this, new QEvent(QEvent::LayoutRequest));
+    }
+
+private:
+    int height_;
+};
+
+constexpr EdgeInsets kInsets{10, 0, 10, 0};
+
+}  // namespace
+
+TEST(Panel, DocksAtTheRightEdgeAndFollowsItsContents) {
+    Contents contents(100);
+    Panel panel;
+    panel.setContents(&contents, kInsets, platform::Look::Light);
+    panel.present();
+    const QRect screen = panel.screen()->availableGeometry();
+    EXPECT_EQ(panel.geometry().right(), screen.right());
+    EXPECT_EQ(panel.geometry().top(), screen.top());
+    EXPECT_EQ(contents.size(), QSize(320, 100));
+    const int frame = panel.height() - 100;
+    contents.setHeight(340);
+    EXPECT_TRUE(waitUntil([&] { return panel.height() == 340 + frame; }));
+    EXPECT_EQ(contents.size(), QSize(320, 340));
+    panel.takeContents();
+}
+
+TEST(Panel, ContentsHigherThanTheScreenScroll) {
+    Contents contents(5000);
+    Panel panel;
+    panel.setContents(&contents, kInsets, platform::Look::Dark);
+    panel.present();
+    EXPECT_LE(panel.height(), panel.screen()->availableGeometry().height());
+    EXPECT_EQ(contents.size(), QSize(320, 5000));
+    panel.takeContents();
+}
+
+TEST(Panel, EscapeAndClosingDismissIt) {
+    Contents contents(100);
+    Panel panel;
+    int dismissed = 0;
+    panel.setDismissed([&] { ++dismissed; });
+    panel.setContents(&contents, kInsets, platform::Look::Light);
+    panel.present();
+    QTest::keyClick(panel.windowHandle(), Qt::Key_Escape);
+    EXPECT_EQ(dismissed, 1);
+    EXPECT_FALSE(panel.close());
+    EXPECT_EQ(dismissed, 2);
+    panel.takeContents();
+}
+
+}  // namespace quillet::test

@@ -1,0 +1,148 @@
+// The real program, in processes of its own, over a container that the sample host has written.
+
+#include <QImage>
+#include <QProcess>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
+
+namespace quillet::test {
+
+using Json = nlohmann::json;
+using ::testing::HasSubstr;
+
+namespace {
+
+constexpr int kLimit = 30'000;  // milliseconds
+
+struct Outcome {
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+}  // namespace
+
+class QuilletTodayTest : public ::testing::Test {
+protected:
+    QuilletTodayTest() {
+        environment_.insert(QStringLiteral("QUILLET_CONTAINER"), text(container.path()));
+        environment_.insert(QStringLiteral("XDG_RUNTIME_DIR"), text(runtime.path()));
+        environment_.insert(QStringLiteral("XDG_CONFIG_HOME"), text(config.path()));
+        environment_.insert(QStringLiteral("LC_ALL"), QStringLiteral("en_GB.UTF-8"));
+    }
+
+    static QString text(const std::string& path) { return QString::fromStdString(path); }
+
+    std::unique_ptr<QProcess> start(const char* program, const QStringList& arguments) {
+        auto process = std::make_unique<QProcess>();
+        process->setProcessEnvironment(environment_);
+        process->start(QStringLiteral(QUILLET_BIN "/") + QLatin1String(program), arguments);
+        return process;
+    }
+
+    Outcome run(const char* program, const QStringList& arguments) {
+        const auto process = start(program, arguments);
+        if (!process->waitForFinished(kLimit) || process->exitStatus() != QProcess::NormalExit) {
+            return {};
+        }
+        return {process->exitCode(),
+                process->readAllStandardOutput().toStdString(),
+                process->readAllStandardError().toStdString()};
+    }
+
+    void writeDemo() {
+        ASSERT_EQ(
+            run("quillet-sample-host", {QStringLiteral("write"), text(container.path())}).status,
+            0);
+    }
+
+    TemporaryFolder container;
+    TemporaryFolder runtime;
+    TemporaryFolder config;
+    QProcessEnvironment environment_ = QProcessEnvironment::systemEnvironment();
+};
+
+TEST_F(QuilletTodayTest, ListNeedsNeitherDisplayNorBus) {
+    writeDemo();
+    for (const char* variable :
+         {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"}) {
+        environment_.remove(QLatin1String(variable));
+    }
+    const Outcome outcome =
+        run("quillet-today",
+            {QStringLiteral("list"), QStringLiteral("--json"), QStringLiteral("--segment=1")});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const Json object = Json::parse(outcome.output);
+    EXPECT_EQ(object["result"], "NCUpdateResultNewData");
+    EXPECT_GT(object["read"], 10);
+    ASSERT_FALSE(object["messages"].empty());
+    double newest = object["messages"][0]["date"];
+    for (const Json& message : object["messages"]) {
+        EXPECT_EQ(message["folderStandardId"], 1);
+        EXPECT_LE(message["date"], newest);
+        newest = message["date"];
+    }
+    EXPECT_EQ(outcome.errors, "");
+}
+
+TEST_F(QuilletTodayTest, SnapshotIsAsLargeAsItsRowsAtEveryScale) {
+    writeDemo();
+    const Outcome list = run("quillet-today", {QStringLiteral("list"), QStringLiteral("--json")});
+    const auto rows = static_cast<int>(Json::parse(list.output)["messages"].size());
+    for (const char* scale : {"1", "1.25", "1.5", "2", "3"}) {
+        const QString file = text(config.path("picture.png"));
+        const Outcome outcome = run("quillet-today",
+                                    {QStringLiteral("snapshot"),
+                                     file,
+                                     QStringLiteral("--dark"),
+                                     QStringLiteral("--scale"),
+                                     QLatin1String(scale)});
+        ASSERT_EQ(outcome.status, 0) << outcome.errors;
+        const QImage picture(file);
+        const double ratio = std::stod(scale);
+        EXPECT_EQ(picture.width(), 320 * ratio) << scale;
+        EXPECT_NEAR(picture.height(), (35 + 60 * rows) * ratio, 1) << scale;
+        EXPECT_LT(picture.pixelColor(1, picture.height() - 2).lightness(), 100);
+    }
+}
+
+TEST_F(QuilletTodayTest, FailuresAndWrongUsageHaveTheirStatusAndSayWhatToDo) {
+    const Outcome usage = run("quillet-today", {QStringLiteral("lisst")});
+    EXPECT_EQ(usage.status, 2);
+    EXPECT_THAT(usage.errors, HasSubstr("--help"));
+    const Outcome failure =
+        run("quillet-today", {QStringLiteral("snapshot"), text(config.path("no/such/folder.png"))});
+    EXPECT_EQ(failure.status, 1);
+    EXPECT_THAT(failure.errors, HasSubstr("no/such/folder.png"));
+}
+
+TEST_F(QuilletTodayTest, OfSeveralStartsOnePanelStays) {
+    writeDemo();
+    environment_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    const auto first = start("quillet-today", {});
+    ASSERT_TRUE(first->waitForStarted());
+    const auto second = start("quillet-today", {});
+    const auto third = start("quillet-today", {});
+    ASSERT_TRUE(waitUntil([&] {
+        return (first->state() == QProcess::Running) + (second->state() == QProcess::Running) +
+                   (third->state() == QProcess::Running) ==
+               1;
+    }));
+    for (const auto* process : {first.get(), second.get(), third.get()}) {
+        if (process->state() == QProcess::NotRunning) {
+            EXPECT_EQ(process->exitCode(), 0);
+        }
+    }
+    first->terminate();
+    second->terminate();
+    third->terminate();
+    first->waitForFinished(kLimit);
+    second->waitForFinished(kLimit);
+    third->waitForFinished(kLimit);
+}
+
+}  // namespace quillet::test
