@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QFontDatabase>
+#include <QLocale>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -35,8 +36,10 @@ void applySettings(const CommandLine& line) {
     }
 }
 
-// Without a desktop there is no interface font; the design was made for this one.
-void chooseFont() {
+// Takes over what the desktop would set, were there one: the direction of the user's language, and
+// without a desktop the interface font that the design was made for.
+void prepareInterface() {
+    QGuiApplication::setLayoutDirection(QLocale::system().textDirection());
     const QString designFont = QStringLiteral("Inter");
     if (QGuiApplication::platformName() == QLatin1String("offscreen") &&
         QFontDatabase::hasFamily(designFont)) {
@@ -59,7 +62,7 @@ int runSnapshot(const CommandLine& line, int argc, char** argv) {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     setenv("QT_SCALE_FACTOR", std::to_string(line.scale).c_str(), 1);
     const QApplication application(argc, argv);
-    chooseFont();
+    prepareInterface();
     const auto error = quillet::drawSnapshot(
         {line.picture, line.segment, line.look.value_or(quillet::platform::Look::Light)});
     if (error) {
@@ -72,7 +75,7 @@ int runPanel(const CommandLine& line, int argc, char** argv) {
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("quillet-today"));
     QGuiApplication::setDesktopFileName(QStringLiteral("it.tarno.quillet.today"));
-    chooseFont();
+    prepareInterface();
     return quillet::runPanel(line.look);
 }
 
