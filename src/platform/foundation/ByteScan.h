@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <cstring>
 
 #if defined(__SSE2__)
@@ -33,6 +33,30 @@ inline const char* findMarkup(const char* at) noexcept {
         ++at;
     }
     return at;
+#endif
+}
+
+// Whether the `length` bytes at two places are the same.
+inline bool sameBytes(const char* left, const char* right, std::size_t length) noexcept {
+#if defined(__SSE2__)
+    constexpr std::size_t kBlock = 16;
+    for (;;) {
+        const __m128i equal =
+            _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(left)),
+                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(right)));
+        const unsigned different = ~static_cast<unsigned>(_mm_movemask_epi8(equal)) & 0xFFFFU;
+        if (length <= kBlock) {
+            return (different & ((1U << length) - 1)) == 0;
+        }
+        if (different != 0) {
+            return false;
+        }
+        left += kBlock;
+        right += kBlock;
+        length -= kBlock;
+    }
+#else
+    return std::memcmp(left, right, length) == 0;
 #endif
 }
 

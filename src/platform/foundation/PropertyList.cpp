@@ -1,5 +1,6 @@
 #include "platform/foundation/PropertyList.h"
 
+#include <atomic>
 #include <bit>
 #include <string>
 #include <utility>
@@ -99,7 +100,8 @@ ByteBuffer& PropertyListDocument::bytes() noexcept {
 }
 
 std::optional<PropertyListError> PropertyListDocument::parse() {
-    ++state_->generation;
+    static std::atomic<std::uint64_t> generations{0};
+    state_->generation = ++generations;
     state_->hasRoot = false;
     state_->nodes.clear();
     try {

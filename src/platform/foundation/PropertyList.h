@@ -185,16 +185,32 @@ public:
     // The key texts must outlive the object (literals).
     explicit PropertyListKeys(std::span<const std::string_view> keys);
 
-    // Fills found[i] with the value of keys[i], absent where there is none. `found` has one place
-    // a key. Raises as valueForKey does.
+    // Fills found[i] with the value of keys[i], absent where there is none; `found` has one place
+    // a key. Raises as valueForKey does; `found` is all absent then.
     void find(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
 
 private:
-    void findInXml(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
-    void findInBinary(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
+    // A kind of dictionaries of one document: all of them have the same keys at the same places.
+    struct Shape {
+        std::uint64_t generation = 0;  // of the document
+        std::uint32_t length = 0;
+        std::uint32_t shape = 0;  // XML; 0 for none
+        std::uint32_t keys = 0;   // binary: the place of the references to the keys
+
+        bool holds(const PropertyListState& state, const PropertyListNode& dictionary) const;
+    };
+
+    std::uint32_t keyAt(std::uint32_t position, std::string_view key);
+    void search(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
+    void repeat(const PropertyListValue& dictionary, std::span<PropertyListValue> found) const;
+
+    static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
     std::vector<std::string_view> keys_;
-    std::vector<std::uint32_t> positions_;
+    std::vector<std::uint32_t> positions_;  // of each key in the dictionary before, or kNone
+    std::vector<std::uint32_t> expected_;   // the key at each position there, or kNone
+    std::string scratch_;
+    Shape last_;
 };
 
 }  // namespace quillet::platform

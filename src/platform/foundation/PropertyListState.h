@@ -33,8 +33,13 @@ enum class PropertyListForm : std::uint8_t {
 struct PropertyListNode {
     PropertyListType type = PropertyListType::Absent;
     PropertyListForm form = PropertyListForm::Plain;
-    // Levels of containers in a container of the binary format, itself included; 0 while unknown.
-    std::uint16_t height = 0;
+    union {
+        // Binary containers: levels of containers, themselves included; 0 while unknown.
+        std::uint16_t height = 0;
+        // XML dictionaries: those of equal shapes (but 0) and lengths have the same keys at the
+        // same places, and no containers in them.
+        std::uint16_t shape;
+    };
     // XML: the node behind this value and everything in it. Binary containers: the number of
     // values they unfold to, themselves included.
     std::uint32_t extent = 0;
@@ -88,6 +93,12 @@ struct PropertyListState {
     }
 };
 
+// The text of a string node: a view into the document or, where something has to be converted,
+// into `scratch`.
+std::string_view textOfNode(const PropertyListState& state,
+                            const PropertyListNode& node,
+                            std::string& scratch);
+
 // Thrown by the readers within a parse; PropertyListDocument::parse returns what it carries.
 struct PropertyListFailure {
     PropertyListError error;
@@ -106,7 +117,8 @@ inline constexpr std::string_view kUtf8ByteOrderMark = "\xEF\xBB\xBF";
 void readXmlPropertyList(PropertyListState& state, std::size_t size);
 void readBinaryPropertyList(PropertyListState& state);
 
-// Appends what an XML text of the form Escaped stands for. The text has been checked.
+// Appends what an XML text of the form Escaped stands for. The text has been checked; behind it
+// stands the rest of the document or ByteBuffer's padding.
 void appendUnescapedXml(std::string_view text, std::string& result);
 // Decodes base64; bytes that are no base64 digit are skipped.
 std::string decodedBase64(std::string_view text);

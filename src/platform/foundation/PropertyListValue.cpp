@@ -57,7 +57,9 @@ bool isNumber(Type type) {
     return type == Type::Integer || type == Type::Real || type == Type::Boolean;
 }
 
-std::string_view textOf(const State& state, const Node& node, std::string& scratch) {
+}  // namespace
+
+std::string_view textOfNode(const State& state, const Node& node, std::string& scratch) {
     const std::string_view text = state.textOf(node);
     if (node.form == Form::Plain) {
         return text;
@@ -70,8 +72,6 @@ std::string_view textOf(const State& state, const Node& node, std::string& scrat
     }
     return scratch;
 }
-
-}  // namespace
 
 PropertyListValue::PropertyListValue(const PropertyListState* state, std::uint32_t node) noexcept {
     if (state->nodes[node].type != Type::Absent) {
@@ -100,7 +100,7 @@ const PropertyListNode& PropertyListValue::nodeOfType(Type wanted, const char* c
 }
 
 std::string_view PropertyListValue::stringValue(std::string& scratch) const {
-    return textOf(*state_, nodeOfType(Type::String, "string value"), scratch);
+    return textOfNode(*state_, nodeOfType(Type::String, "string value"), scratch);
 }
 
 std::string PropertyListValue::stringValue() const {
@@ -196,7 +196,7 @@ PropertyListValue PropertyListValue::valueForKey(std::string_view key) const {
             at = state_->nodes[valueNode].extent;
         }
         // The search goes on behind a match: of a repeated key the last one counts.
-        if (textOf(*state_, state_->nodes[keyNode], scratch) == key) {
+        if (textOfNode(*state_, state_->nodes[keyNode], scratch) == key) {
             found = PropertyListValue(state_, valueNode);
         }
     }

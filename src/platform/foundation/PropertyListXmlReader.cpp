@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/foundation/ByteScan.h"
 #include "platform/foundation/PropertyListState.h"
 #include "platform/foundation/PropertyListXmlText.h"
+#include "platform/foundation/TextFormat.h"
 #include "platform/foundation/Utf8.h"
 
 namespace quillet::platform {
@@ -31,6 +33,20 @@ struct Content {
     bool escaped = false;
 };
 
+// The bytes from the end of an entry of a dictionary to the value of the next one, with what they
+// mean. Dictionaries of one kind follow each other; their gaps are equal byte for byte, and
+// comparing bytes is much faster than reading tags.
+struct Gap {
+    std::uint32_t offset = 0;
+    std::uint32_t length = 0;
+    Node key;
+    Type type = Type::Absent;  // of a value whose opening tag belongs to the gap
+    Tag tag;
+};
+constexpr std::size_t kLongestGap = 256;  // bytes
+constexpr std::size_t kMostGaps = 64;     // entries of a dictionary
+constexpr std::uint32_t kLargestShape = 0xFFFF;
+
 // Reads a checked UTF-8 text, behind whose end stand zero bytes, into the tape of nodes.
 class XmlReader {
 public:
@@ -44,6 +60,7 @@ private:
         std::uint32_t node = 0;
         std::uint32_t count = 0;
         bool dictionary = false;
+        std::string_view name;  // of the tag
     };
 
     [[noreturn]] void fail(std::string text) const { failAt(at_, std::move(text)); }
@@ -74,9 +91,13 @@ private:
     std::string_view plainText(const Content& content);
 
     void readTree();
+    void readEntry();
+    bool readRepeatedEntry();
+    void rememberGap(const char* start, const char* value);
     void readKey();
     void readValue();
     void readText(const Tag& tag);
+    bool readPlainInteger(const Tag& tag);
     void readInteger(const Tag& tag);
     void readReal(const Tag& tag);
     void readDate(const Tag& tag);
@@ -94,6 +115,8 @@ private:
     const char* const end_;
     std::array<OpenContainer, PropertyListDocument::kMaximumDepth> open_{};
     std::size_t depth_ = 0;
+    std::array<Gap, kMostGaps> gaps_{};  // by the place of the entry in its dictionary
+    std::uint32_t shape_ = 0;            // counts the changes of gaps_
     std::string scratch_;
 };
 
@@ -106,7 +129,7 @@ void XmlReader::skipSpace() {
 void XmlReader::skipPast(std::string_view start, std::string_view ending) {
     const std::size_t found = rest().find(ending, start.size());
     if (found == std::string_view::npos) {
-        fail("\"" + std::string(start) + "\" without its \"" + std::string(ending) + "\"");
+        fail(formatText("\"%@\" without its \"%@\"", {start, ending}));
     }
     at_ += found + ending.size();
 }
@@ -208,16 +231,16 @@ Tag XmlReader::readOpeningTag() {
 }
 
 void XmlReader::readClosingTag(std::string_view name) {
-    const char* start = at_;
-    if (rest().starts_with("</") && rest().substr(2).starts_with(name)) {
-        at_ += 2 + name.size();
+    if (at_[0] == '<' && at_[1] == '/' && sameBytes(at_ + 2, name.data(), name.size())) {
+        const char* start = std::exchange(at_, at_ + 2 + name.size());
         skipSpace();
         if (*at_ == '>') {
             ++at_;
             return;
         }
+        at_ = start;
     }
-    failAt(start, "no \"</" + std::string(name) + ">\" where it is expected");
+    fail(formatText("no \"</%@>\" where it is expected", {name}));
 }
 
 void XmlReader::skipMarkupInContent(std::string_view name) {
@@ -228,7 +251,7 @@ void XmlReader::skipMarkupInContent(std::string_view name) {
     } else if (rest().starts_with("<?")) {
         skipPast("<?", "?>");
     } else {
-        fail("an element inside <" + std::string(name) + ">");
+        fail(formatText("an element inside <%@>", {name}));
     }
 }
 
@@ -258,7 +281,7 @@ Content XmlReader::readContent(const Tag& tag) {
             }
             at_ += reference->length;
         } else {
-            fail("the file ends within <" + std::string(tag.name) + ">");
+            fail(formatText("the file ends within <%@>", {tag.name}));
         }
     }
 }
@@ -293,7 +316,28 @@ void XmlReader::readText(const Tag& tag) {
     node.length = content.length;
 }
 
+// Takes up to 18 digits that the closing tag follows at once; false, with nothing read, for
+// everything else that an integer may look like.
+bool XmlReader::readPlainInteger(const Tag& tag) {
+    constexpr std::ptrdiff_t kMostDigits = 18;
+    const char* digit = at_;
+    std::uint64_t value = 0;
+    for (; *digit >= '0' && *digit <= '9'; ++digit) {
+        value = value * 10 + static_cast<std::uint64_t>(*digit - '0');
+    }
+    if (digit == at_ || digit - at_ > kMostDigits || digit[0] != '<' || digit[1] != '/') {
+        return false;
+    }
+    at_ = digit;
+    readClosingTag(tag.name);
+    addNumber(Type::Integer, value);
+    return true;
+}
+
 void XmlReader::readInteger(const Tag& tag) {
+    if (!tag.empty && readPlainInteger(tag)) {
+        return;
+    }
     const char* start = at_;
     const auto number = integerOfXmlText(plainText(readContent(tag)));
     if (!number) {
@@ -336,7 +380,7 @@ void XmlReader::readData(const Tag& tag) {
 void XmlReader::readBoolean(const Tag& tag) {
     const char* start = at_;
     if (!trimmedXmlSpace(plainText(readContent(tag))).empty()) {
-        failAt(start, "text inside <" + std::string(tag.name) + ">");
+        failAt(start, formatText("text inside <%@>", {tag.name}));
     }
     addNumber(Type::Boolean, tag.name == "true" ? 1 : 0);
 }
@@ -348,16 +392,20 @@ void XmlReader::openContainer(const Tag& tag, bool dictionary) {
         failAt(tag.name.data() - 1, "nested deeper than the limit", Kind::TooDeep);
     }
     if (!tag.empty) {
-        open_[depth_++] = {index, 0, dictionary};
+        open_[depth_++] = {index, 0, dictionary, tag.name};
     }
 }
 
 void XmlReader::closeContainer() {
     const OpenContainer& container = open_[--depth_];
-    readClosingTag(container.dictionary ? "dict" : "array");
+    readClosingTag(container.name);
     Node& node = nodes_[container.node];
     node.length = container.count;
     node.extent = static_cast<std::uint32_t>(nodes_.size());
+    const bool flat = node.extent == container.node + 1 + 2 * container.count;
+    if (container.dictionary && flat && container.count <= kMostGaps) {
+        node.shape = shape_ <= kLargestShape ? static_cast<std::uint16_t>(shape_) : 0;
+    }
 }
 
 void XmlReader::readValue() {
@@ -393,22 +441,93 @@ void XmlReader::readKey() {
     readText(tag);
 }
 
+void XmlReader::rememberGap(const char* start, const char* value) {
+    OpenContainer& container = open_[depth_ - 1];
+    const std::size_t index = container.count;
+    const auto tagged = [&](std::string_view tag) {
+        return std::string_view(value, static_cast<std::size_t>(end_ - value)).starts_with(tag);
+    };
+    ++shape_;
+    if (index >= gaps_.size()) {
+        return;
+    }
+    Gap& gap = gaps_[index];
+    if (value - start > static_cast<std::ptrdiff_t>(kLongestGap)) {
+        gap.length = 0;
+        return;
+    }
+    gap = {offsetOf(start), offsetOf(value) - offsetOf(start), nodes_.back(), Type::Absent, {}};
+    if (tagged("<string>")) {
+        gap.type = Type::String;
+        gap.tag.name = {value + 1, 6};
+    } else if (tagged("<integer>")) {
+        gap.type = Type::Integer;
+        gap.tag.name = {value + 1, 7};
+    }
+    if (gap.type != Type::Absent) {
+        gap.length += static_cast<std::uint32_t>(gap.tag.name.size() + 2);
+    }
+}
+
+// An entry of a dictionary whose gap is the one that stood at its place before; false, with
+// nothing read, for any other.
+bool XmlReader::readRepeatedEntry() {
+    OpenContainer& container = open_[depth_ - 1];
+    if (container.count >= gaps_.size()) {
+        return false;
+    }
+    const Gap& gap = gaps_[container.count];
+    if (gap.length == 0 || end_ - at_ < static_cast<std::ptrdiff_t>(gap.length) ||
+        !sameBytes(at_, base_ + gap.offset, gap.length)) {
+        return false;
+    }
+    at_ += gap.length;
+    ++container.count;
+    nodes_.push_back(gap.key);
+    nodes_.back().extent = static_cast<std::uint32_t>(nodes_.size());
+    if (gap.type == Type::String) {
+        readText(gap.tag);
+    } else if (gap.type == Type::Integer) {
+        readInteger(gap.tag);
+    } else {
+        readValue();
+    }
+    return true;
+}
+
+// An entry of a dictionary, or the end of it.
+void XmlReader::readEntry() {
+    if (readRepeatedEntry()) {
+        return;
+    }
+    const char* start = at_;
+    skipSpaceAndComments();
+    if (*at_ == '<' && at_[1] == '/') {
+        closeContainer();
+        return;
+    }
+    readKey();
+    skipSpaceAndComments();
+    rememberGap(start, at_);
+    ++open_[depth_ - 1].count;
+    readValue();
+}
+
 // One value with everything in it; without recursion, so that no file decides the stack's depth.
 void XmlReader::readTree() {
     readValue();
     while (depth_ > 0) {
-        skipSpaceAndComments();
-        OpenContainer& container = open_[depth_ - 1];
-        if (*at_ == '<' && at_[1] == '/') {
-            closeContainer();
+        if (open_[depth_ - 1].dictionary) {
+            readEntry();
             continue;
         }
-        if (container.dictionary) {
-            readKey();
-            skipSpaceAndComments();
+        skipSpaceAndComments();
+        if (*at_ == '<' && at_[1] == '/') {
+            closeContainer();
+        } else {
+            ++open_[depth_ - 1].count;
+            readValue();
         }
-        ++container.count;
-        readValue();
     }
 }
 

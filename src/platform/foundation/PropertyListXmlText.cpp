@@ -168,10 +168,6 @@ void checkXmlCharacters(std::string_view text) {
     }
 }
 
-bool isXmlSpace(char character) noexcept {
-    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
-}
-
 std::string_view trimmedXmlSpace(std::string_view text) noexcept {
     while (!text.empty() && isXmlSpace(text.front())) {
         text.remove_prefix(1);
@@ -205,8 +201,9 @@ std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept 
 
 void appendUnescapedXml(std::string_view text, std::string& result) {
     while (!text.empty()) {
-        const std::size_t plain = std::min(text.find_first_of("&<\r"), text.size());
-        result.append(text.substr(0, plain));
+        const auto found = static_cast<std::size_t>(findMarkup(text.data()) - text.data());
+        const std::size_t plain = std::min(found, text.size());
+        result.append(text.data(), plain);
         text.remove_prefix(plain);
         if (text.starts_with('&')) {
             const auto reference = xmlReferenceAtStart(text).value_or(XmlReference{0, 1});
@@ -215,7 +212,7 @@ void appendUnescapedXml(std::string_view text, std::string& result) {
         } else if (text.starts_with('<')) {
             appendMarkup(text, result);
         } else if (text.starts_with('\r')) {
-            appendWithLineFeeds(text.substr(0, 2).starts_with("\r\n") ? "\n" : "\r", result);
+            result += '\n';
             text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
         }
     }

@@ -24,7 +24,9 @@ std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept;
 // allows. Needs ByteBuffer's padding behind the text.
 void checkXmlCharacters(std::string_view text);
 
-bool isXmlSpace(char character) noexcept;
+inline bool isXmlSpace(char character) noexcept {
+    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
+}
 std::string_view trimmedXmlSpace(std::string_view text) noexcept;
 
 // A decimal or 0x hexadecimal integer with an optional sign that 64 bits can hold.
