@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/foundation/Number.h"
+
+// The readers that are measured. Each does what the widget's update does: it reads every file of
+// the store, builds a record of every message with all fields and the date text, and sorts the
+// records newest first. What is known by the accounts' file and the folders' listing is cheap
+// beside it, so the peers list the folders and take every account as enabled.
+namespace quillet::bench {
+
+// A message as the peers keep it.
+struct PeerMessage {
+    std::uint64_t idx = 0;
+    std::uint64_t acc_idx = 0;
+    std::uint64_t icon_fetch = 0;
+    std::uint64_t flip = 0;
+    std::string subject;
+    std::string account;
+    std::string from;
+    std::string messageId;
+    std::string folderPath;
+    std::string dateString;
+    double date = 0;
+    platform::Number unread;
+    platform::Number folderStandardId;
+};
+using PeerMessages = std::vector<std::shared_ptr<PeerMessage>>;
+
+// What a reader has read: the number of messages, and a number made of all their fields in their
+// order, which is taken after the clock has stopped. Equal for readers that did the same work.
+struct Outcome {
+    std::size_t messages = 0;
+    std::function<std::uint64_t()> digest;
+};
+
+using Reader = std::function<Outcome(const std::string& container)>;
+
+Outcome readWithQuillet(const std::string& container);
+Outcome readWithLibplist(const std::string& container);
+Outcome readWithPugixml(const std::string& container);  // XML alone
+Outcome readPlainBytes(const std::string& container);   // no messages; one reused buffer
+
+// For the peers: runs `read` with the bytes of each message file of the store, one buffer for all.
+// The buffer may be written to.
+void forEachFile(const std::string& container,
+                 const std::function<void(char* bytes, std::size_t size)>& read);
+// For the peers: date texts, formatted once a day as the widget does, and the sort.
+Outcome finished(PeerMessages messages);
+
+}  // namespace quillet::bench

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "host/PropertyListWriter.h"
+
+namespace quillet::bench {
+
+struct StoreSize {
+    std::size_t accounts = 10;
+    std::size_t filesPerAccount = 50;
+    std::size_t messagesPerFile = 400;
+    host::PropertyListFormat format = host::PropertyListFormat::Xml;
+};
+
+// Writes a container with a message store of this size; the same for the same arguments but for
+// the dates, which reach from now back over sixty days. Throws std::runtime_error where a file
+// cannot be written.
+void makeStore(const std::string& container, const StoreSize& size);
+
+}  // namespace quillet::bench

@@ -1,0 +1,111 @@
+// quillet-bench make FOLDER FORMAT [ACCOUNTS FILES MESSAGES]   makes a container
+// quillet-bench read READER FOLDER [EMPTY]                     reads it once and reports
+//
+// A report is one line: milliseconds of the clock and of the processor, messages, digest, peak
+// memory in KiB. Where an EMPTY
+// container is named it is read first, outside of the clock, so that what a process does once
+// (the locale's data) is not counted.
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "bench/Readers.h"
+#include "bench/StoreMaker.h"
+
+namespace quillet::bench {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+const std::map<std::string, Reader, std::less<>> kReaders{{"quillet", readWithQuillet},
+                                                          {"libplist", readWithLibplist},
+                                                          {"pugixml", readWithPugixml},
+                                                          {"plain", readPlainBytes}};
+
+// Most resident memory that the process ever had, in KiB.
+long peakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmHWM:")) {
+            return std::strtol(line.c_str() + sizeof "VmHWM:", nullptr, 10);
+        }
+    }
+    return 0;
+}
+
+double milliseconds(clockid_t clock) {
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
+Outcome readFrom(const Reader& reader, const std::string& container) {
+    setenv("QUILLET_CONTAINER", container.c_str(), 1);
+    return reader(container);
+}
+
+void make(const Arguments& arguments) {
+    StoreSize size;
+    size.format = arguments.at(1) == "binary" ? host::PropertyListFormat::Binary
+                                              : host::PropertyListFormat::Xml;
+    if (arguments.size() > 2) {
+        size.accounts = std::stoul(arguments[2]);
+        size.filesPerAccount = std::stoul(arguments.at(3));
+        size.messagesPerFile = std::stoul(arguments.at(4));
+    }
+    makeStore(arguments[0], size);
+}
+
+void read(const Arguments& arguments) {
+    const Reader& reader = kReaders.at(arguments.at(0));
+    if (arguments.size() > 2) {
+        readFrom(reader, arguments[2]);
+    }
+    const double start = milliseconds(CLOCK_MONOTONIC);
+    const double processorStart = milliseconds(CLOCK_PROCESS_CPUTIME_ID);
+    const Outcome outcome = readFrom(reader, arguments.at(1));
+    const double processorTime = milliseconds(CLOCK_PROCESS_CPUTIME_ID) - processorStart;
+    const double time = milliseconds(CLOCK_MONOTONIC) - start;
+    const long peak = peakMemory();
+    std::printf("%.3f %.3f %zu %016llx %ld\n",
+                time,
+                processorTime,
+                outcome.messages,
+                static_cast<unsigned long long>(outcome.digest()),
+                peak);
+}
+
+int run(const Arguments& arguments) {
+    const std::string command = arguments.empty() ? "" : arguments.front();
+    const Arguments rest(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
+    try {
+        if (command == "make") {
+            make(rest);
+            return EXIT_SUCCESS;
+        }
+        if (command == "read") {
+            read(rest);
+            return EXIT_SUCCESS;
+        }
+        throw std::invalid_argument("use make or read");
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "quillet-bench: %s\n", exception.what());
+        return EXIT_FAILURE;
+    }
+}
+
+}  // namespace
+
+}  // namespace quillet::bench
+
+int main(int argc, char** argv) {
+    return quillet::bench::run({argv + 1, argv + argc});
+}
