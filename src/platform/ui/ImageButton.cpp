@@ -66,12 +66,12 @@ void ImageButton::drawPlate(QPainter& painter) const {
         painter.drawRoundedRect(plate, kPlateRadius, kPlateRadius);
     }
     if (hasFocus()) {
-        constexpr double kHalf = kFocusRingWidth / 2;
-        painter.setPen(QPen(palette().color(QPalette::Highlight), kFocusRingWidth));
+        const double width = wholePixels(painter, kFocusRingWidth);
+        const double half = width / 2;
+        painter.setPen(QPen(palette().color(QPalette::Highlight), width));
         painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(plate.adjusted(kHalf, kHalf, -kHalf, -kHalf),
-                                kPlateRadius - kHalf,
-                                kPlateRadius - kHalf);
+        painter.drawRoundedRect(
+            plate.adjusted(half, half, -half, -half), kPlateRadius - half, kPlateRadius - half);
     }
 }
 
@@ -94,7 +94,7 @@ void ImageButton::drawImage(QPainter& painter) const {
     place.moveCenter(QRectF(rect()).center());
     painter.setOpacity(presentAlpha());
     painter.drawImage(alignedToPixels(painter, place),
-                      image_.representationFor(painter.device()->devicePixelRatio()));
+                      image_.representationFor(1 / pixelSize(painter)));
 }
 
 void ImageButton::enterEvent(QEnterEvent* event) {

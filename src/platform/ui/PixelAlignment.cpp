@@ -17,7 +17,13 @@ QRectF alignedToPixels(const QPainter& painter, const QRectF& rect) {
 }
 
 double pixelSize(const QPainter& painter) {
-    return 1 / painter.device()->devicePixelRatio();
+    // The transform knows the ratio of the picture that a view is rendered to; the view does not.
+    return 1 / painter.deviceTransform().m11();
+}
+
+double wholePixels(const QPainter& painter, double points) {
+    const double pixel = pixelSize(painter);
+    return std::max(1.0, std::round(points / pixel)) * pixel;
 }
 
 }  // namespace quillet::platform

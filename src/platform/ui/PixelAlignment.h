@@ -13,4 +13,7 @@ QRectF alignedToPixels(const QPainter& painter, const QRectF& rect);
 // The size of a pixel of the painter's device, in points.
 double pixelSize(const QPainter& painter);
 
+// The length nearest to `points` that is a whole number of pixels, at least one; in points.
+double wholePixels(const QPainter& painter, double points);
+
 }  // namespace quillet::platform

@@ -97,9 +97,9 @@ void SegmentedControlPainter::paint(QPainter& painter) const {
 }
 
 QRectF SegmentedControlPainter::plateRect(const QPainter& painter, double position) const {
-    const QRectF segment = segmentSpan(rect, labels.size(), position, direction);
-    return alignedToPixels(painter,
-                           segment.adjusted(kPlateInset, kPlateInset, -kPlateInset, -kPlateInset));
+    const double inset = wholePixels(painter, kPlateInset);
+    return alignedToPixels(painter, segmentSpan(rect, labels.size(), position, direction))
+        .adjusted(inset, inset, -inset, -inset);
 }
 
 void SegmentedControlPainter::paintTrack(QPainter& painter) const {
@@ -118,7 +118,7 @@ void SegmentedControlPainter::paintSeparators(QPainter& painter) const {
         color.setAlphaF(color.alphaF() * static_cast<float>(covered ? 0 : std::min(1.0, away)));
         const QRectF segment = segmentSpan(rect, labels.size(), place, direction);
         const double x = direction == Qt::RightToLeft ? segment.right() : segment.left();
-        const double width = std::max(1.0, std::round(1 / pixelSize(painter))) * pixelSize(painter);
+        const double width = wholePixels(painter, 1);
         const QRectF line(x - width / 2,
                           segment.top() + kSeparatorInset,
                           width,
@@ -142,11 +142,11 @@ void SegmentedControlPainter::paintPlate(QPainter& painter) const {
     const QRectF place = plateRect(painter, plate);
     painter.setBrush(Qt::NoBrush);
     if (focused) {
-        constexpr double kHalf = kFocusRingWidth / 2;
-        painter.setPen(QPen(accent, kFocusRingWidth));
-        painter.drawRoundedRect(place.adjusted(-kHalf, -kHalf, kHalf, kHalf),
-                                kPlateRadius + kHalf,
-                                kPlateRadius + kHalf);
+        const double width = wholePixels(painter, kFocusRingWidth);
+        const double half = width / 2;
+        painter.setPen(QPen(accent, width));
+        painter.drawRoundedRect(
+            place.adjusted(-half, -half, half, half), kPlateRadius + half, kPlateRadius + half);
     }
     painter.setPen(Qt::NoPen);
     if (!focused && colors().shadow.alpha() > 0) {

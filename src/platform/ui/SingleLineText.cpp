@@ -1,7 +1,5 @@
 #include "platform/ui/SingleLineText.h"
 
-#include <QStringDecoder>
-
 namespace quillet::platform {
 
 namespace {
@@ -15,18 +13,31 @@ bool isBidirectionalControl(char16_t unit) {
            unit == 0x200E || unit == 0x200F || unit == 0x061C;
 }
 
+// The start of a text, some thousand bytes, cut between two characters.
+std::string_view firstChunk(std::string_view text) {
+    constexpr std::size_t kChunk = 4096;          // bytes
+    constexpr std::size_t kLongestCharacter = 4;  // bytes
+    if (text.size() <= kChunk) {
+        return text;
+    }
+    std::size_t end = kChunk;
+    while (end > kChunk - kLongestCharacter &&
+           (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+        --end;
+    }
+    return text.substr(0, end);
+}
+
 }  // namespace
 
 QString singleLineText(std::string_view text) {
-    constexpr std::size_t kChunk = 4096;  // bytes
-    QStringDecoder decode(QStringDecoder::Utf8);
     QString line;
     bool afterControl = false;
-    for (std::size_t start = 0; start < text.size() && line.size() <= kSingleLineLimit;
-         start += kChunk) {
-        const std::string_view chunk = text.substr(start, kChunk);
+    while (!text.empty() && line.size() <= kSingleLineLimit) {
+        const std::string_view chunk = firstChunk(text);
+        text.remove_prefix(chunk.size());
         const QString decoded =
-            decode(QByteArrayView(chunk.data(), static_cast<qsizetype>(chunk.size())));
+            QString::fromUtf8(chunk.data(), static_cast<qsizetype>(chunk.size()));
         for (const QChar unit : decoded) {
             const bool control = isBreakOrControl(unit.unicode());
             if (control && !afterControl) {

@@ -2,9 +2,17 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 
 namespace quillet::platform {
+
+namespace {
+
+// The picture is gone before the row below has moved up all the way, so that they mix little.
+constexpr double kFadeSpeed = 1.5;
+
+}  // namespace
 
 SlidingRow::SlidingRow(const QPixmap& picture, const QRect& place, int direction, QWidget* parent)
     : QWidget(parent), picture_(picture), place_(place), direction_(direction) {
@@ -20,7 +28,7 @@ void SlidingRow::setProgress(double progress) {
 
 void SlidingRow::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    painter.setOpacity(1 - progress_);
+    painter.setOpacity(std::max(0.0, 1 - kFadeSpeed * progress_));
     painter.drawPixmap(0, 0, picture_);
 }
 

@@ -52,7 +52,8 @@ void TableRowView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     if (selected_) {
         drawSelection(painter, event->rect());
-    } else if (keyboardMark_) {
+    }
+    if (keyboardMark_) {
         drawKeyboardFocus(painter, rect());
     }
 }

@@ -37,7 +37,7 @@ public:
 
     // Draws the selection highlight over `rect`; the base draws the desktop's own.
     virtual void drawSelection(QPainter& painter, const QRect& rect);
-    // Draws the mark of the row that the keyboard stands on, when it is not selected.
+    // Draws the mark of the row that the keyboard stands on, over the selection.
     virtual void drawKeyboardFocus(QPainter& painter, const QRect& rect);
 
 protected:

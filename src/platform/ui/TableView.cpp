@@ -154,6 +154,7 @@ void TableView::reloadData() {
         appendRow(row);
     }
     rowsChanged();
+    orderControls();
     focusControl(focusedRow, focusedControl, Qt::OtherFocusReason);
 }
 

@@ -72,6 +72,7 @@ private:
     void startRemoval(std::size_t row, const QPixmap& picture, RowAnimation animation);
     std::ptrdiff_t rowAt(QPoint point) const;
     void rowsChanged();
+    void orderControls();
 
     std::ptrdiff_t rowForKey(int key) const;
     void setCurrentRow(std::ptrdiff_t row);

@@ -204,8 +204,19 @@ bool TableView::focusOutside(bool next) {
     return true;
 }
 
-// Watches the controls of the cells. Qt's own chain would lead Shift+Tab from behind the table to
-// the last control made; it is led to the current row instead.
+// Puts the controls right behind the table in the window's order of focus.
+void TableView::orderControls() {
+    QWidget* previous = this;
+    for (std::size_t row = 0; row < state_->rows.size(); ++row) {
+        for (QWidget* control : controlsOfRow(row)) {
+            setTabOrder(previous, control);
+            previous = control;
+        }
+    }
+}
+
+// Watches the controls of the cells: a control that gets the focus makes its row the current one,
+// but Shift+Tab from behind the table, which comes upon the last row, is led to the current row.
 bool TableView::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) {
         auto* control = static_cast<QWidget*>(watched);
