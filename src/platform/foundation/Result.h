@@ -12,8 +12,9 @@ namespace quillet::platform {
 template <typename Value>
 class [[nodiscard]] Result {
 public:
-    Result(Value value) : state_(std::in_place_index<0>, std::move(value)) {}  // NOLINT(google-explicit-constructor): reads as a plain return
-    Result(Error error) : state_(std::in_place_index<1>, std::move(error)) {}  // NOLINT(google-explicit-constructor): reads as a plain return
+    // Implicit, so that either reads as a plain return.
+    Result(Value value) : state_(std::in_place_index<0>, std::move(value)) {}
+    Result(Error error) : state_(std::in_place_index<1>, std::move(error)) {}
 
     explicit operator bool() const noexcept { return state_.index() == 0; }
     Value& value() { return std::get<0>(state_); }
