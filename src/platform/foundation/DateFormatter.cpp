@@ -107,8 +107,10 @@ DateFormatter::DateFormatter(DateStyle dateStyle, DateStyle timeStyle) {
 }
 
 DateFormatter DateFormatter::localPattern(std::string_view pattern) {
-    return DateFormatter(
-        std::make_unique<State>(patternFormat(pattern, userLocale()), userTimeZone()));
+    icu::Locale locale = userLocale();
+    UErrorCode ignored = U_ZERO_ERROR;
+    locale.setUnicodeKeywordValue("nu", "latn", ignored);
+    return DateFormatter(std::make_unique<State>(patternFormat(pattern, locale), userTimeZone()));
 }
 
 DateFormatter DateFormatter::exchangePattern(std::string_view pattern) {

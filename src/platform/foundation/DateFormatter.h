@@ -22,7 +22,7 @@ public:
     // The user's locale, calendar and time zone, with the given styles; both None give "".
     DateFormatter(DateStyle dateStyle, DateStyle timeStyle);
     // A fixed Unicode date pattern in the user's locale, calendar and time zone. Numbers are
-    // written with the locale's digits.
+    // written in ASCII digits whatever the locale's are, so that they can be read back as numbers.
     static DateFormatter localPattern(std::string_view pattern);
     // A fixed pattern in the locale en_US_POSIX, the Gregorian calendar and UTC.
     static DateFormatter exchangePattern(std::string_view pattern);
