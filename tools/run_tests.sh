@@ -14,7 +14,7 @@ unset "${!QUILLET_@}"
 export HOME=$home XDG_RUNTIME_DIR=$home/runtime
 export LC_ALL=C.UTF-8 QT_QPA_PLATFORM=offscreen
 export LSAN_OPTIONS="suppressions=$PWD/tools/sanitizers/leaks.txt:print_suppressions=0"
-export TSAN_OPTIONS="suppressions=$PWD/tools/sanitizers/threads.txt"
+export TSAN_OPTIONS="ignore_noninstrumented_modules=1:suppressions=$PWD/tools/sanitizers/threads.txt"
 mkdir -m 700 "$XDG_RUNTIME_DIR"
 
 ctest --preset "$preset" "$@"
