@@ -23,9 +23,8 @@ public:
 
     Role claim();
 
-public Q_SLOTS:
     // Called over the bus.
-    void Toggle();
+    Q_SLOT void Toggle();
 
 private:
     std::function<void()> toggle_;

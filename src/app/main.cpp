@@ -87,7 +87,7 @@ int main(int argc, char** argv) {
         std::fputs(exit->text.c_str(), exit->status == 0 ? stdout : stderr);
         return exit->status;
     }
-    const CommandLine& line = std::get<CommandLine>(read);
+    const auto& line = std::get<CommandLine>(read);
     applySettings(line);
     switch (line.command) {
         case CommandLine::Command::List:

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -20,7 +21,7 @@ class RecordText {
 public:
     RecordText() = default;
     ~RecordText() { release(); }
-    RecordText(RecordText&& other) noexcept : tagged_(std::exchange(other.tagged_, 0)) {}
+    RecordText(RecordText&& other) noexcept : tagged_(std::exchange(other.tagged_, nullptr)) {}
     RecordText& operator=(RecordText&& other) noexcept {
         std::swap(tagged_, other.tagged_);
         return *this;
@@ -37,11 +38,10 @@ public:
     // Writes `text` to `storage`, which has storageSize bytes and outlives the result.
     static RecordText placedAt(void* storage, std::string_view text) noexcept {
         const auto size = static_cast<std::uint32_t>(text.size());
-        std::memcpy(storage, &size, sizeof size);
-        if (size > 0) {
-            std::memcpy(static_cast<char*>(storage) + sizeof size, text.data(), size);
-        }
-        return RecordText(reinterpret_cast<std::uintptr_t>(storage));
+        auto* bytes = static_cast<char*>(storage);
+        std::memcpy(bytes, &size, sizeof size);
+        std::copy(text.begin(), text.end(), bytes + sizeof size);
+        return RecordText(bytes);
     }
 
     // A text with memory of its own; absent for none.
@@ -49,43 +49,45 @@ public:
         if (!text) {
             return {};
         }
-        void* storage = std::malloc(storageSize(text->size()));
-        if (storage == nullptr) {
-            throw std::bad_alloc();
-        }
-        RecordText result = placedAt(storage, *text);
-        result.tagged_ |= kOwned;
+        RecordText result = placedAt(::operator new(storageSize(text->size())), *text);
+        result.tagged_ += kOwned;
         return result;
     }
 
     // A second handle to a text that lies in a block.
     RecordText sharedInBlock() const noexcept { return RecordText(tagged_); }
 
-    explicit operator bool() const noexcept { return tagged_ != 0; }
+    explicit operator bool() const noexcept { return tagged_ != nullptr; }
 
     std::string_view view() const noexcept {
-        if (tagged_ == 0) {
+        if (tagged_ == nullptr) {
             return {};
         }
+        const char* bytes = storage();
         std::uint32_t size = 0;
-        std::memcpy(&size, storage(), sizeof size);
-        return {storage() + sizeof size, size};
+        std::memcpy(&size, bytes, sizeof size);
+        return {bytes + sizeof size, size};
     }
 
 private:
-    static constexpr std::uintptr_t kOwned = 1;  // free in an aligned address
+    // The address of the storage, one byte further where the text owns it: storage is aligned, so
+    // the lowest bit is free to tell.
+    static constexpr std::ptrdiff_t kOwned = 1;
 
-    explicit RecordText(std::uintptr_t tagged) : tagged_(tagged) {}
+    explicit RecordText(char* tagged) : tagged_(tagged) {}
 
-    char* storage() const noexcept { return reinterpret_cast<char*>(tagged_ & ~kOwned); }
+    bool isOwned() const noexcept {
+        return (reinterpret_cast<std::uintptr_t>(tagged_) & std::uintptr_t{kOwned}) != 0;
+    }
+    char* storage() const noexcept { return isOwned() ? tagged_ - kOwned : tagged_; }
 
     void release() noexcept {
-        if ((tagged_ & kOwned) != 0) {
-            std::free(storage());
+        if (isOwned()) {
+            ::operator delete(storage());
         }
     }
 
-    std::uintptr_t tagged_ = 0;
+    char* tagged_ = nullptr;
 };
 
 }  // namespace quillet

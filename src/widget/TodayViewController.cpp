@@ -72,7 +72,7 @@ void TodayViewController::viewWillAppear() {
     Reload();
 }
 
-ExtensionMessageList TodayViewController::updateData() const {
+ExtensionMessageList TodayViewController::updateData() {
     MessageStore store(enabledAccounts());
     const std::optional<std::string> dataFolder = ExtensionUtilities::GroupDataPath();
     if (!dataFolder) {

@@ -68,7 +68,7 @@ public:
 
     // One full read of the store under coordination: the messages of all enabled accounts, newest
     // first; never none. Blocks until the host's writers are done. Any thread.
-    ExtensionMessageList updateData() const;
+    static ExtensionMessageList updateData();
     // Reads, and rebuilds the list only if something changed. Any thread.
     void Reload();
     // Schedules the rebuild of the shown list on the main queue.

@@ -32,7 +32,9 @@ protected:
             "SharedData/Today/" + std::string(account) + "/" + std::string(name), bytes);
     }
     static std::vector<std::string> identifiersOf(const ExtensionMessageList& messages);
-    std::vector<std::string> read() const { return identifiersOf(controller->updateData()); }
+    std::vector<std::string> read() const {
+        return identifiersOf(TodayViewController::updateData());
+    }
     std::vector<std::string> shown() const { return identifiersOf(controller->dataToShow()); }
     NCUpdateResult update();
 

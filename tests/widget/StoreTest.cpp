@@ -135,7 +135,7 @@ TEST_F(StoreTest, HugeTextsAndCrowdedFoldersAreRead) {
     writeFile("a@x",
               "big.plist",
               fileXml("<dict><key>subject</key><string>" + subject + "</string></dict>"));
-    const auto messages = controller->updateData();
+    const auto messages = TodayViewController::updateData();
     ASSERT_THAT(*messages, SizeIs(1));
     EXPECT_EQ(messages->front()->subject(), subject);
 
