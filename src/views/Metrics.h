@@ -10,4 +10,9 @@ inline constexpr int kRowHeight = 60;
 inline constexpr int kFirstTableHeight = 50;  // until the first resize
 inline constexpr double kTextSize = 13;
 
+// The bar that marks the row with the keyboard's focus, beside the row's two lines.
+inline constexpr int kFocusBarIndent = 16;  // from the leading edge
+inline constexpr int kFocusBarTop = 14;     // and as much below it
+inline constexpr int kFocusBarWidth = 3;
+
 }  // namespace quillet::Metrics

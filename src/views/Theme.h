@@ -11,7 +11,8 @@ struct Theme {
     QColor subjectText;
     QColor separator;
     QColor selection;  // invalid: the desktop's own
-    QColor iconTint;   // invalid: icons keep their own colours
+    QColor keyboardFocus;
+    QColor iconTint;  // invalid: icons keep their own colours
 
     // For the panel that holds the widget.
     QColor panelBackground;

@@ -1,7 +1,9 @@
 #include "views/TodayTableRowView.h"
 
 #include <QPainter>
+#include <QStyle>
 
+#include "views/Metrics.h"
 #include "views/Theme.h"
 
 namespace quillet {
@@ -19,6 +21,21 @@ void TodayTableRowView::drawSelection(QPainter& painter, const QRect& rect) {
     } else {
         TableRowView::drawSelection(painter, rect);
     }
+}
+
+void TodayTableRowView::drawKeyboardFocus(QPainter& painter, const QRect& rect) {
+    using namespace Metrics;
+    painter.fillRect(rect, Theme::of(my_legacyDarkBackground_).keyboardFocus);
+    const QRect bar(rect.x() + kFocusBarIndent,
+                    rect.y() + kFocusBarTop,
+                    kFocusBarWidth,
+                    rect.height() - 2 * kFocusBarTop);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(palette().highlight());
+    painter.drawRoundedRect(QStyle::visualRect(layoutDirection(), rect, bar),
+                            kFocusBarWidth / 2.0,
+                            kFocusBarWidth / 2.0);
 }
 
 }  // namespace quillet

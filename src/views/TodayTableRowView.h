@@ -19,6 +19,8 @@ public:
     }
 
     void drawSelection(QPainter& painter, const QRect& rect) override;
+    // A soft plate and a bar at the leading edge: the table has no focus ring.
+    void drawKeyboardFocus(QPainter& painter, const QRect& rect) override;
 
 private:
     bool my_legacyDarkBackground_;
