@@ -22,6 +22,10 @@ namespace {
 constexpr int kSenderResistance = 250;
 constexpr int kDateResistance = 1000;
 
+constexpr const char* kSecondLine =
+    "H:|-(35)-[subjectField]-(3)-[replyButton(20)]-(8)-[archiveButton(20)]-(8)-"
+    "[trashButton(20)]-(20)-|";
+
 platform::Image mirrored(const platform::Image& image) {
     std::vector<QImage> representations = image.representations();
     for (QImage& representation : representations) {
@@ -106,8 +110,7 @@ void TodayTableViewCell::addConstraints() {
              "H:[dateField]-(20)-|",
              "V:|-(10)-[fromField(20)]",
              "V:|-(10)-[dateField(20)]",
-             "H:|-(35)-[subjectField]-(3)-[replyButton(20)]-(8)-[archiveButton(20)]-(8)-"
-             "[trashButton(20)]-(20)-|",
+             kSecondLine,
              "V:|-(30)-[subjectField(20)]",
              "V:|-(30)-[archiveButton(20)]",
              "V:|-(30)-[trashButton(20)]",
@@ -154,7 +157,7 @@ void TodayTableViewCell::trash(platform::ImageButton* /*sender*/) {
     launch(ExtensionUtilities::commandDelete, true);
 }
 
-void TodayTableViewCell::launch(std::string_view commandName, bool background) {
+void TodayTableViewCell::launch(std::string_view commandName, bool background) const {
     if (const auto shown = message()) {
         ExtensionUtilities::LaunchCommandForMessages({shown}, commandName, background);
     }

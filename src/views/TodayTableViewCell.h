@@ -68,7 +68,7 @@ private:
                                       void (TodayTableViewCell::*action)(platform::ImageButton*));
     FlippedView* makeSeparator(const Theme& theme);
     void addConstraints();
-    void launch(std::string_view commandName, bool background);
+    void launch(std::string_view commandName, bool background) const;
 
     platform::TextField* subjectField_ = nullptr;
     platform::TextField* fromField_ = nullptr;
