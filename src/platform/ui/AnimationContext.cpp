@@ -35,7 +35,10 @@ AnimationGroup::~AnimationGroup() {
         return;
     }
     if (QCoreApplication* application = QCoreApplication::instance()) {
-        QMetaObject::invokeMethod(application, std::move(completed_), Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            application,
+            [completed = std::move(completed_)] { completed(); },
+            Qt::QueuedConnection);
     } else {
         completed_();
     }

@@ -12,12 +12,13 @@ namespace quillet::platform {
 
 namespace {
 
-constexpr double kTrackRadius = 6;     // points
-constexpr double kPlateInset = 2;      // points, from the track's edge
-constexpr double kPlateRadius = 4.5;   // points
-constexpr double kFocusRingWidth = 2;  // points
-constexpr double kSeparatorInset = 5;  // points, from the track's top and bottom
-constexpr double kLabelPadding = 6;    // points, on each side
+constexpr double kTrackRadius = 6;        // points
+constexpr double kPlateInset = 2;         // points, from the track's edge
+constexpr double kPlateRadius = 4.5;      // points
+constexpr double kFocusRingWidth = 2;     // points
+constexpr double kSeparatorInset = 5;     // points, from the track's top and bottom
+constexpr double kSeparatorWidth = 0.75;  // points; one pixel up to a ratio of 1.5
+constexpr double kLabelPadding = 6;       // points, on each side
 constexpr double kDisabledOpacity = 0.4;
 
 }  // namespace
@@ -118,7 +119,7 @@ void SegmentedControlPainter::paintSeparators(QPainter& painter) const {
         color.setAlphaF(color.alphaF() * static_cast<float>(covered ? 0 : std::min(1.0, away)));
         const QRectF segment = segmentSpan(rect, labels.size(), place, direction);
         const double x = direction == Qt::RightToLeft ? segment.right() : segment.left();
-        const double width = wholePixels(painter, 1);
+        const double width = wholePixels(painter, kSeparatorWidth);
         const QRectF line(x - width / 2,
                           segment.top() + kSeparatorInset,
                           width,
