@@ -9,22 +9,27 @@
 
 // Scans of XML text, a block of bytes at a time. They may read (and never use) up to 16 bytes from
 // any place they come to, so the text needs ByteBuffer's padding of zero bytes behind it, which
-// also ends every scan.
+// also ends the scans that are given no end.
 namespace quillet::platform {
+
+#if defined(__SSE2__)
+// Which of the 16 bytes are "<", "&", carriage return or zero, one bit a byte.
+inline unsigned markupMask(const char* at) noexcept {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')),
+                                                    _mm_cmpeq_epi8(bytes, _mm_set1_epi8('&'))),
+                                       _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')),
+                                                    _mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
+    return static_cast<unsigned>(_mm_movemask_epi8(found));
+}
+#endif
 
 // The first "<", "&", carriage return or zero byte at or behind `at`.
 inline const char* findMarkup(const char* at) noexcept {
 #if defined(__SSE2__)
     constexpr int kBlock = 16;
     for (;; at += kBlock) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-        const __m128i found =
-            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')),
-                                      _mm_cmpeq_epi8(bytes, _mm_set1_epi8('&'))),
-                         _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')),
-                                      _mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
-        const auto mask = static_cast<unsigned>(_mm_movemask_epi8(found));
-        if (mask != 0) {
+        if (const unsigned mask = markupMask(at); mask != 0) {
             return at + __builtin_ctz(mask);
         }
     }
@@ -33,6 +38,79 @@ inline const char* findMarkup(const char* at) noexcept {
         ++at;
     }
     return at;
+#endif
+}
+
+// Copies from `from` up to what findMarkup finds there, and returns that place. Writes up to 15
+// bytes more than it copies.
+inline const char* copyToMarkup(const char* from, char* to) noexcept {
+#if defined(__SSE2__)
+    constexpr std::ptrdiff_t kBlock = 16;
+    for (;;) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
+        if (const unsigned mask = markupMask(from); mask != 0) {
+            return from + __builtin_ctz(mask);
+        }
+        from += kBlock;
+        to += kBlock;
+    }
+#else
+    const char* found = findMarkup(from);
+    std::memcpy(to, from, static_cast<std::size_t>(found - from));
+    return found;
+#endif
+}
+
+// The first "<", "&", byte below a blank (zero, line ends and tab included) or byte above 0x7F at
+// or behind `at`.
+inline const char* findTextStop(const char* at) noexcept {
+#if defined(__SSE2__)
+    constexpr int kBlock = 16;
+    for (;; at += kBlock) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        // Bytes above 0x7F count as negative.
+        const __m128i found = _mm_or_si128(_mm_cmplt_epi8(bytes, _mm_set1_epi8(' ')),
+                                           _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')),
+                                                        _mm_cmpeq_epi8(bytes, _mm_set1_epi8('&'))));
+        const auto mask = static_cast<unsigned>(_mm_movemask_epi8(found));
+        if (mask != 0) {
+            return at + __builtin_ctz(mask);
+        }
+    }
+#else
+    while (static_cast<signed char>(*at) >= ' ' && *at != '<' && *at != '&') {
+        ++at;
+    }
+    return at;
+#endif
+}
+
+// The first byte from `at` on that is no ASCII or a control character other than tab, line feed
+// and carriage return; `end` or a place behind it where there is none before the end.
+inline const char* findUnusual(const char* at, const char* end) noexcept {
+#if defined(__SSE2__)
+    constexpr int kBlock = 16;
+    for (; at < end; at += kBlock) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const __m128i low = _mm_cmplt_epi8(bytes, _mm_set1_epi8(' '));
+        const __m128i space = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\t')),
+                                                        _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n'))),
+                                           _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')));
+        const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_andnot_si128(space, low)));
+        if (mask != 0) {
+            return at + __builtin_ctz(mask);
+        }
+    }
+    return end;
+#else
+    for (; at < end; ++at) {
+        const auto byte = static_cast<unsigned char>(*at);
+        if (byte >= 0x80 || (byte < ' ' && byte != '\t' && byte != '\n' && byte != '\r')) {
+            return at;
+        }
+    }
+    return end;
 #endif
 }
 

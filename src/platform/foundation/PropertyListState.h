@@ -93,6 +93,18 @@ struct PropertyListState {
     }
 };
 
+inline PropertyListValue::PropertyListValue(const PropertyListState* state,
+                                            std::uint32_t node) noexcept {
+    if (state->nodes[node].type != PropertyListType::Absent) {
+        state_ = state;
+        node_ = node;
+    }
+}
+
+inline const PropertyListNode& PropertyListValue::node() const noexcept {
+    return state_->nodes[node_];
+}
+
 // The text of a string node: a view into the document or, where something has to be converted,
 // into `scratch`.
 std::string_view textOfNode(const PropertyListState& state,
@@ -113,7 +125,7 @@ struct PropertyListFailure {
 inline constexpr std::string_view kUtf8ByteOrderMark = "\xEF\xBB\xBF";
 
 // Fill state.nodes and the root from the bytes. The binary one takes state.bytes, the XML one
-// state.text (checked UTF-8 of `size` bytes with ByteBuffer's padding behind).
+// state.text (`size` bytes of UTF-8 with ByteBuffer's padding behind).
 void readXmlPropertyList(PropertyListState& state, std::size_t size);
 void readBinaryPropertyList(PropertyListState& state);
 

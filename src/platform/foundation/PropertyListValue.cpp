@@ -73,17 +73,6 @@ std::string_view textOfNode(const State& state, const Node& node, std::string& s
     return scratch;
 }
 
-PropertyListValue::PropertyListValue(const PropertyListState* state, std::uint32_t node) noexcept {
-    if (state->nodes[node].type != Type::Absent) {
-        state_ = state;
-        node_ = node;
-    }
-}
-
-const PropertyListNode& PropertyListValue::node() const noexcept {
-    return state_->nodes[node_];
-}
-
 PropertyListType PropertyListValue::type() const noexcept {
     return state_ == nullptr ? Type::Absent : node().type;
 }

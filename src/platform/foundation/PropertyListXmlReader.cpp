@@ -1,6 +1,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,12 +28,6 @@ struct Tag {
     bool empty = false;  // <name/>
 };
 
-struct Content {
-    std::uint32_t offset = 0;
-    std::uint32_t length = 0;
-    bool escaped = false;
-};
-
 // The bytes from the end of an entry of a dictionary to the value of the next one, with what they
 // mean. Dictionaries of one kind follow each other; their gaps are equal byte for byte, and
 // comparing bytes is much faster than reading tags.
@@ -42,12 +37,13 @@ struct Gap {
     Node key;
     Type type = Type::Absent;  // of a value whose opening tag belongs to the gap
     Tag tag;
+    bool seam = false;  // from the last entry of a dictionary to the first of the next in an array
 };
 constexpr std::size_t kLongestGap = 256;  // bytes
 constexpr std::size_t kMostGaps = 64;     // entries of a dictionary
 constexpr std::uint32_t kLargestShape = 0xFFFF;
 
-// Reads a checked UTF-8 text, behind whose end stand zero bytes, into the tape of nodes.
+// Reads a text in UTF-8, behind whose end stand zero bytes, into the tape of nodes.
 class XmlReader {
 public:
     XmlReader(PropertyListState& state, std::size_t size)
@@ -75,6 +71,7 @@ private:
         return static_cast<std::uint32_t>(place - base_);
     }
 
+    void checkCharacters(const char* start) const;
     void skipSpace();
     void skipSpaceAndComments();
     void skipPast(std::string_view start, std::string_view ending);
@@ -86,18 +83,23 @@ private:
 
     Tag readOpeningTag();
     void readClosingTag(std::string_view name);
-    Content readContent(const Tag& tag);
+    void readContent(const Tag& tag, Node& content);
     void skipMarkupInContent(std::string_view name);
-    std::string_view plainText(const Content& content);
+    void skipEscape(std::string_view name);
+    std::string_view plainText(const Node& content);
+    std::string_view readPlainContent(const Tag& tag);
 
     void readTree();
     void readEntry();
     bool readRepeatedEntry();
+    void readRepeatedText(const Tag& tag);
     void rememberGap(const char* start, const char* value);
+    void rememberSeam(const char* start, std::uint32_t entries);
+    bool openNextDictionary();
     void readKey();
     void readValue();
     void readText(const Tag& tag);
-    bool readPlainInteger(const Tag& tag);
+    bool readPlainInteger();
     void readInteger(const Tag& tag);
     void readReal(const Tag& tag);
     void readDate(const Tag& tag);
@@ -105,6 +107,7 @@ private:
     void readBoolean(const Tag& tag);
     void openContainer(const Tag& tag, bool dictionary);
     void closeContainer();
+    void finishContainer();
 
     Node& addNode(Type type, Form form);
     void addNumber(Type type, std::uint64_t bits, Form form = Form::Signed);
@@ -126,12 +129,25 @@ void XmlReader::skipSpace() {
     }
 }
 
+// Checks the characters from `start` up to here. Everything that is read comes by here but for
+// what has been found equal to something checked before.
+void XmlReader::checkCharacters(const char* start) const {
+    if (const auto error = firstXmlCharacterError(start, at_)) {
+        const bool invalid = error->kind == Kind::InvalidText;
+        failAt(error->place,
+               invalid ? "a byte that is no valid UTF-8" : "a character that XML forbids",
+               error->kind);
+    }
+}
+
 void XmlReader::skipPast(std::string_view start, std::string_view ending) {
+    const char* from = at_;
     const std::size_t found = rest().find(ending, start.size());
     if (found == std::string_view::npos) {
         fail(formatText("\"%@\" without its \"%@\"", {start, ending}));
     }
     at_ += found + ending.size();
+    checkCharacters(from);
 }
 
 void XmlReader::skipSpaceAndComments() {
@@ -169,6 +185,7 @@ void XmlReader::skipDoctype() {
         }
     }
     ++at_;
+    checkCharacters(start);
 }
 
 void XmlReader::skipInternalSubset() {
@@ -194,6 +211,7 @@ void XmlReader::skipInternalSubset() {
 
 // From behind the name of a tag to its ">" or "/>".
 void XmlReader::skipAttributes() {
+    const char* start = at_;
     while (*at_ != '>' && *at_ != '/') {
         if (*at_ == '"' || *at_ == '\'') {
             skipQuoted();
@@ -203,6 +221,7 @@ void XmlReader::skipAttributes() {
             ++at_;
         }
     }
+    checkCharacters(start);
 }
 
 Tag XmlReader::readOpeningTag() {
@@ -255,41 +274,55 @@ void XmlReader::skipMarkupInContent(std::string_view name) {
     }
 }
 
-// The text between a tag and its closing tag, both passed.
-Content XmlReader::readContent(const Tag& tag) {
-    const char* start = at_;
-    Content content{offsetOf(start)};
-    if (tag.empty) {
-        return content;
-    }
-    for (;;) {
-        at_ = findMarkup(at_);
-        if (*at_ == '<' && at_[1] == '/') {
-            content.length = offsetOf(at_) - content.offset;
-            readClosingTag(tag.name);
-            return content;
+// Passes a reference, a line end or markup that is no element.
+void XmlReader::skipEscape(std::string_view name) {
+    if (*at_ == '<') {
+        skipMarkupInContent(name);
+    } else if (*at_ == '\r') {
+        ++at_;
+    } else if (*at_ == '&') {
+        const auto reference = xmlReferenceAtStart(rest());
+        if (!reference) {
+            fail("no valid character or entity reference behind \"&\"");
         }
-        content.escaped = true;
-        if (*at_ == '<') {
-            skipMarkupInContent(tag.name);
-        } else if (*at_ == '\r') {
-            ++at_;
-        } else if (*at_ == '&') {
-            const auto reference = xmlReferenceAtStart(rest());
-            if (!reference) {
-                fail("no valid character or entity reference behind \"&\"");
-            }
-            at_ += reference->length;
-        } else {
-            fail(formatText("the file ends within <%@>", {tag.name}));
-        }
+        at_ += reference->length;
+    } else {
+        fail(at_ == end_ ? formatText("the file ends within <%@>", {name})
+                         : "a character that XML forbids");
     }
 }
 
+// Sets place and form of the text between a tag and its closing tag, both passed.
+void XmlReader::readContent(const Tag& tag, Node& content) {
+    const char* const start = at_;
+    content.offset = offsetOf(start);
+    if (tag.empty) {
+        return;
+    }
+    bool ascii = true;
+    for (;;) {
+        at_ = ascii ? findTextStop(at_) : findMarkup(at_);
+        if (*at_ == '<' && at_[1] == '/') {
+            break;
+        }
+        if (*at_ == '<' || *at_ == '&' || *at_ == '\r' || *at_ == '\0') {
+            content.form = Form::Escaped;
+            skipEscape(tag.name);
+        } else {
+            ascii = false;
+        }
+    }
+    content.length = static_cast<std::uint32_t>(at_ - start);
+    if (!ascii) {
+        checkCharacters(start);
+    }
+    readClosingTag(tag.name);
+}
+
 // The text that a content stands for, valid until the next call.
-std::string_view XmlReader::plainText(const Content& content) {
+std::string_view XmlReader::plainText(const Node& content) {
     const std::string_view text(base_ + content.offset, content.length);
-    if (!content.escaped) {
+    if (content.form != Form::Escaped) {
         return text;
     }
     scratch_.clear();
@@ -297,6 +330,13 @@ std::string_view XmlReader::plainText(const Content& content) {
     return scratch_;
 }
 
+std::string_view XmlReader::readPlainContent(const Tag& tag) {
+    Node content;
+    readContent(tag, content);
+    return plainText(content);
+}
+
+// The node is filled where it lies: copying one that has just been put together is slow.
 Node& XmlReader::addNode(Type type, Form form) {
     Node& node = nodes_.emplace_back();
     node.type = type;
@@ -310,36 +350,36 @@ void XmlReader::addNumber(Type type, std::uint64_t bits, Form form) {
 }
 
 void XmlReader::readText(const Tag& tag) {
-    const Content content = readContent(tag);
-    Node& node = addNode(Type::String, content.escaped ? Form::Escaped : Form::Plain);
-    node.offset = content.offset;
-    node.length = content.length;
+    readContent(tag, addNode(Type::String, Form::Plain));
 }
 
 // Takes up to 18 digits that the closing tag follows at once; false, with nothing read, for
 // everything else that an integer may look like.
-bool XmlReader::readPlainInteger(const Tag& tag) {
+bool XmlReader::readPlainInteger() {
     constexpr std::ptrdiff_t kMostDigits = 18;
     const char* digit = at_;
     std::uint64_t value = 0;
     for (; *digit >= '0' && *digit <= '9'; ++digit) {
         value = value * 10 + static_cast<std::uint64_t>(*digit - '0');
     }
-    if (digit == at_ || digit - at_ > kMostDigits || digit[0] != '<' || digit[1] != '/') {
+    if (digit == at_ || digit - at_ > kMostDigits) {
         return false;
     }
-    at_ = digit;
-    readClosingTag(tag.name);
+    constexpr std::string_view kClosingTag = "</integer>";
+    if (std::memcmp(digit, kClosingTag.data(), kClosingTag.size()) != 0) {
+        return false;
+    }
+    at_ = digit + kClosingTag.size();
     addNumber(Type::Integer, value);
     return true;
 }
 
 void XmlReader::readInteger(const Tag& tag) {
-    if (!tag.empty && readPlainInteger(tag)) {
+    if (!tag.empty && readPlainInteger()) {
         return;
     }
     const char* start = at_;
-    const auto number = integerOfXmlText(plainText(readContent(tag)));
+    const auto number = integerOfXmlText(readPlainContent(tag));
     if (!number) {
         failAt(start, "no integer of 64 bits inside <integer>");
     }
@@ -350,7 +390,7 @@ void XmlReader::readInteger(const Tag& tag) {
 
 void XmlReader::readReal(const Tag& tag) {
     const char* start = at_;
-    const auto number = realOfXmlText(plainText(readContent(tag)));
+    const auto number = realOfXmlText(readPlainContent(tag));
     if (!number) {
         failAt(start, "no number inside <real>");
     }
@@ -359,7 +399,7 @@ void XmlReader::readReal(const Tag& tag) {
 
 void XmlReader::readDate(const Tag& tag) {
     const char* start = at_;
-    const auto date = dateOfXmlText(plainText(readContent(tag)));
+    const auto date = dateOfXmlText(readPlainContent(tag));
     if (!date) {
         failAt(start, "no date of the form YYYY-MM-DDTHH:MM:SSZ inside <date>");
     }
@@ -368,18 +408,16 @@ void XmlReader::readDate(const Tag& tag) {
 
 void XmlReader::readData(const Tag& tag) {
     const char* start = at_;
-    const Content content = readContent(tag);
-    if (!isBase64(plainText(content))) {
+    Node& data = addNode(Type::Data, Form::Base64);
+    readContent(tag, data);
+    if (!isBase64(plainText(data))) {
         failAt(start, "no base64 inside <data>");
     }
-    Node& node = addNode(Type::Data, content.escaped ? Form::Escaped : Form::Base64);
-    node.offset = content.offset;
-    node.length = content.length;
 }
 
 void XmlReader::readBoolean(const Tag& tag) {
     const char* start = at_;
-    if (!trimmedXmlSpace(plainText(readContent(tag))).empty()) {
+    if (!trimmedXmlSpace(readPlainContent(tag)).empty()) {
         failAt(start, formatText("text inside <%@>", {tag.name}));
     }
     addNumber(Type::Boolean, tag.name == "true" ? 1 : 0);
@@ -397,8 +435,12 @@ void XmlReader::openContainer(const Tag& tag, bool dictionary) {
 }
 
 void XmlReader::closeContainer() {
+    readClosingTag(open_[depth_ - 1].name);
+    finishContainer();
+}
+
+void XmlReader::finishContainer() {
     const OpenContainer& container = open_[--depth_];
-    readClosingTag(container.name);
     Node& node = nodes_[container.node];
     node.length = container.count;
     node.extent = static_cast<std::uint32_t>(nodes_.size());
@@ -469,6 +511,60 @@ void XmlReader::rememberGap(const char* start, const char* value) {
     }
 }
 
+// The text of a string element whose opening tag has been passed. A plain one is by far the most
+// frequent.
+void XmlReader::readRepeatedText(const Tag& tag) {
+    constexpr std::string_view kClosingTag = "</string>";
+    const char* end = findTextStop(at_);
+    if (std::memcmp(end, kClosingTag.data(), kClosingTag.size()) != 0) {
+        readText(tag);
+        return;
+    }
+    Node& node = addNode(Type::String, Form::Plain);
+    node.offset = offsetOf(at_);
+    node.length = static_cast<std::uint32_t>(end - at_);
+    at_ = end + kClosingTag.size();
+}
+
+// Closes the dictionary that is open and opens another one behind it; false, with nothing done,
+// where they do not lie in an array.
+bool XmlReader::openNextDictionary() {
+    if (depth_ < 2 || open_[depth_ - 2].dictionary) {
+        return false;
+    }
+    const Tag tag{open_[depth_ - 1].name};
+    finishContainer();
+    ++open_[depth_ - 1].count;
+    openContainer(tag, true);
+    return true;
+}
+
+// Behind the end of a dictionary: where the same gap opens the next one as opened this one,
+// remembers all from `start`, the end of its last entry, as one gap.
+void XmlReader::rememberSeam(const char* start, std::uint32_t entries) {
+    constexpr std::string_view kOpeningTag = "<dict>";
+    if (depth_ == 0 || open_[depth_ - 1].dictionary || entries >= gaps_.size()) {
+        return;
+    }
+    skipSpaceAndComments();
+    const Gap& first = gaps_[0];
+    const char* entry = at_ + kOpeningTag.size();
+    if (!rest().starts_with(kOpeningTag) || first.seam || first.length == 0 ||
+        end_ - entry < static_cast<std::ptrdiff_t>(first.length) ||
+        !sameBytes(entry, base_ + first.offset, first.length)) {
+        return;
+    }
+    const std::ptrdiff_t length = entry + first.length - start;
+    if (entries > 0 && length <= static_cast<std::ptrdiff_t>(kLongestGap)) {
+        ++shape_;
+        Gap& seam = gaps_[entries];
+        seam = first;
+        seam.offset = offsetOf(start);
+        seam.length = static_cast<std::uint32_t>(length);
+        seam.seam = true;
+    }
+}
+
 // An entry of a dictionary whose gap is the one that stood at its place before; false, with
 // nothing read, for any other.
 bool XmlReader::readRepeatedEntry() {
@@ -481,12 +577,15 @@ bool XmlReader::readRepeatedEntry() {
         !sameBytes(at_, base_ + gap.offset, gap.length)) {
         return false;
     }
+    if (gap.seam && !openNextDictionary()) {
+        return false;
+    }
     at_ += gap.length;
-    ++container.count;
+    ++open_[depth_ - 1].count;
     nodes_.push_back(gap.key);
     nodes_.back().extent = static_cast<std::uint32_t>(nodes_.size());
     if (gap.type == Type::String) {
-        readText(gap.tag);
+        readRepeatedText(gap.tag);
     } else if (gap.type == Type::Integer) {
         readInteger(gap.tag);
     } else {
@@ -503,7 +602,9 @@ void XmlReader::readEntry() {
     const char* start = at_;
     skipSpaceAndComments();
     if (*at_ == '<' && at_[1] == '/') {
+        const std::uint32_t entries = open_[depth_ - 1].count;
         closeContainer();
+        rememberSeam(start, entries);
         return;
     }
     readKey();
@@ -567,7 +668,6 @@ void XmlReader::read() {
 }  // namespace
 
 void readXmlPropertyList(PropertyListState& state, std::size_t size) {
-    checkXmlCharacters({state.text, size});
     XmlReader(state, size).read();
     state.root = 0;
 }

@@ -22,9 +22,6 @@ constexpr std::string_view kCommentStart = "<!--";
 constexpr std::string_view kCommentEnd = "-->";
 constexpr std::string_view kInstructionEnd = "?>";
 
-// Bytes that are checked at once.
-constexpr std::size_t kCheckBlock = 64;
-
 struct Entity {
     std::string_view text;
     char character;
@@ -39,15 +36,17 @@ bool isXmlCharacter(std::uint32_t code) {
     return isUnicodeScalar(code) && code != 0xFFFE && code != 0xFFFF;
 }
 
-// Appends text as XML hands it on: line ends of every kind are one line feed.
-void appendWithLineFeeds(std::string_view text, std::string& result) {
+// Copies text as XML hands it on: line ends of every kind are one line feed. Returns the end of the
+// copy.
+char* copyWithLineFeeds(std::string_view text, char* to) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '\r') {
-            result += text[i];
+            *to++ = text[i];
         } else if (!text.substr(i + 1).starts_with('\n')) {
-            result += '\n';
+            *to++ = '\n';
         }
     }
+    return to;
 }
 
 // The markup at the start of the text that lasts until `ending`; the text has been checked.
@@ -58,15 +57,31 @@ std::string_view takeMarkup(std::string_view& text, std::string_view ending) {
     return markup;
 }
 
-void appendMarkup(std::string_view& text, std::string& result) {
-    if (text.starts_with(kCdataStart)) {
-        std::string_view section = takeMarkup(text, kCdataEnd);
-        section.remove_prefix(kCdataStart.size());
-        section.remove_suffix(kCdataEnd.size());
-        appendWithLineFeeds(section, result);
-    } else {
+// Takes a CDATA section, a comment or an instruction off the text and copies what it stands for.
+char* copyMarkup(std::string_view& text, char* to) {
+    if (!text.starts_with(kCdataStart)) {
         takeMarkup(text, text.starts_with(kCommentStart) ? kCommentEnd : kInstructionEnd);
+        return to;
     }
+    std::string_view section = takeMarkup(text, kCdataEnd);
+    section.remove_prefix(kCdataStart.size());
+    section.remove_suffix(kCdataEnd.size());
+    return copyWithLineFeeds(section, to);
+}
+
+// Takes what copyToMarkup has stopped at off the text and copies what it stands for.
+char* copyEscape(std::string_view& text, char* to) {
+    if (text.starts_with('&')) {
+        const auto reference = xmlReferenceAtStart(text).value_or(XmlReference{0, 1});
+        text.remove_prefix(reference.length);
+        return to + writeUtf8(reference.code, to);
+    }
+    if (text.starts_with('\r')) {
+        text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
+        *to = '\n';
+        return to + 1;
+    }
+    return copyMarkup(text, to);
 }
 
 int base64Digit(char character) {
@@ -127,45 +142,25 @@ bool isForbiddenControl(char character) {
     return static_cast<unsigned char>(character) < 0x20 && !isXmlSpace(character);
 }
 
-// Whether a block of bytes is ASCII without forbidden control characters.
-bool isPlainBlock(const char* bytes) {
-    unsigned unusual = 0;
-    for (std::size_t i = 0; i < kCheckBlock; ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        const bool space = byte == '\t' || byte == '\n' || byte == '\r';
-        unusual |= static_cast<unsigned>(byte >= 0x80) |
-                   (static_cast<unsigned>(byte < 0x20) & static_cast<unsigned>(!space));
-    }
-    return unusual == 0;
-}
-
-// Bytes of the character at `at`; throws where it is none that XML allows.
-std::size_t checkedCharacterLength(std::string_view text, std::size_t at) {
-    const std::string_view rest = text.substr(at);
-    const std::size_t length = utf8SequenceLength(rest);
-    if (length == 0) {
-        failPropertyList(PropertyListErrorKind::InvalidText, at, "a byte that is no valid UTF-8");
-    }
-    const bool noncharacter = rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF");
-    if (noncharacter || isForbiddenControl(rest.front())) {
-        failPropertyList(PropertyListErrorKind::Malformed, at, "a character that XML forbids");
-    }
-    return length;
-}
-
 }  // namespace
 
-void checkXmlCharacters(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        if (text.size() - at >= kCheckBlock && isPlainBlock(text.data() + at)) {
-            at += kCheckBlock;
-            continue;
+std::optional<XmlCharacterError> firstXmlCharacterError(const char* start,
+                                                        const char* end) noexcept {
+    using Kind = PropertyListErrorKind;
+    for (const char* at = findUnusual(start, end); at < end; at = findUnusual(at, end)) {
+        const std::string_view rest(at, static_cast<std::size_t>(end - at));
+        const std::size_t length = utf8SequenceLength(rest);
+        if (length == 0) {
+            return XmlCharacterError{Kind::InvalidText, at};
         }
-        const std::size_t blockEnd = std::min(at + kCheckBlock, text.size());
-        while (at < blockEnd) {
-            at += checkedCharacterLength(text, at);
+        const bool noncharacter =
+            rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF");
+        if (noncharacter || isForbiddenControl(*at)) {
+            return XmlCharacterError{Kind::Malformed, at};
         }
+        at += length;
     }
+    return std::nullopt;
 }
 
 std::string_view trimmedXmlSpace(std::string_view text) noexcept {
@@ -179,8 +174,9 @@ std::string_view trimmedXmlSpace(std::string_view text) noexcept {
 }
 
 std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept {
+    const char second = text.size() > 1 ? text[1] : '\0';
     for (const Entity& entity : kEntities) {
-        if (text.starts_with(entity.text)) {
+        if (second == entity.text[1] && text.starts_with(entity.text)) {
             return XmlReference{static_cast<unsigned char>(entity.character), entity.text.size()};
         }
     }
@@ -200,22 +196,21 @@ std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept 
 }
 
 void appendUnescapedXml(std::string_view text, std::string& result) {
+    // No escape is shorter than what it stands for.
+    constexpr std::size_t kWrittenBeyond = 16;
+    const std::size_t start = result.size();
+    result.resize(start + text.size() + kWrittenBeyond);
+    char* to = result.data() + start;
     while (!text.empty()) {
-        const auto found = static_cast<std::size_t>(findMarkup(text.data()) - text.data());
+        const auto found = static_cast<std::size_t>(copyToMarkup(text.data(), to) - text.data());
         const std::size_t plain = std::min(found, text.size());
-        result.append(text.data(), plain);
+        to += plain;
         text.remove_prefix(plain);
-        if (text.starts_with('&')) {
-            const auto reference = xmlReferenceAtStart(text).value_or(XmlReference{0, 1});
-            appendUtf8(reference.code, result);
-            text.remove_prefix(reference.length);
-        } else if (text.starts_with('<')) {
-            appendMarkup(text, result);
-        } else if (text.starts_with('\r')) {
-            result += '\n';
-            text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
+        if (!text.empty()) {
+            to = copyEscape(text, to);
         }
     }
+    result.resize(static_cast<std::size_t>(to - result.data()));
 }
 
 std::optional<Number> integerOfXmlText(std::string_view text) noexcept {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/foundation/Number.h"
+#include "platform/foundation/PropertyList.h"
 
 // The small languages inside the elements of an XML property list. Internal to its reader.
 namespace quillet::platform {
@@ -20,9 +21,14 @@ struct XmlReference {
 // for characters that XML does not allow.
 std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept;
 
-// Throws PropertyListFailure at the first byte that is no valid UTF-8 or no character that XML
-// allows. Needs ByteBuffer's padding behind the text.
-void checkXmlCharacters(std::string_view text);
+// The place of the first character of [start, end) that is no valid UTF-8 or that XML forbids, with
+// the kind of that error; none where all is well. Reads up to 16 bytes behind the end.
+struct XmlCharacterError {
+    PropertyListErrorKind kind = PropertyListErrorKind::Malformed;
+    const char* place = nullptr;
+};
+std::optional<XmlCharacterError> firstXmlCharacterError(const char* start,
+                                                        const char* end) noexcept;
 
 inline bool isXmlSpace(char character) noexcept {
     return character == ' ' || character == '\n' || character == '\t' || character == '\r';

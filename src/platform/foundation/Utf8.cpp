@@ -26,6 +26,29 @@ std::size_t lengthByLeadByte(unsigned char lead) {
     return lead >= 0xC2 ? 2 : 0;
 }
 
+// Bytes of ASCII that the text starts with, looked at in words; where a text is shorter than the
+// last word, the words overlap.
+std::size_t asciiLength(std::string_view text) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    constexpr std::size_t kWord = sizeof kHighBits;
+    const auto highBitsAt = [&](std::size_t at) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, kWord);
+        return word & kHighBits;
+    };
+    std::size_t at = 0;
+    while (text.size() - at >= kWord && highBitsAt(at) == 0) {
+        at += kWord;
+    }
+    if (text.size() >= kWord && text.size() - at < kWord && highBitsAt(text.size() - kWord) == 0) {
+        return text.size();
+    }
+    while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) {
+        ++at;
+    }
+    return at;
+}
+
 class Utf16Units {
 public:
     Utf16Units(std::string_view bytes, std::endian order)
@@ -49,34 +72,46 @@ bool isUnicodeScalar(std::uint32_t code) noexcept {
     return code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF);
 }
 
-void appendUtf8(std::uint32_t code, std::string& text) {
+std::size_t writeUtf8(std::uint32_t code, char* at) noexcept {
     if (!isUnicodeScalar(code)) {
         code = kReplacement;
     }
     if (code < 0x80) {
-        text += static_cast<char>(code);
-        return;
+        *at = static_cast<char>(code);
+        return 1;
     }
-    const unsigned tails = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-    const std::uint32_t lead = tails == 1 ? 0xC0 : tails == 2 ? 0xE0 : 0xF0;
-    text += static_cast<char>(lead | (code >> (6 * tails)));
-    for (unsigned left = tails; left > 0; --left) {
-        text += static_cast<char>(0x80U | ((code >> (6 * (left - 1))) & 0x3FU));
+    const std::size_t length = code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+    for (std::size_t i = length - 1; i > 0; --i) {
+        at[i] = static_cast<char>(0x80U | (code & 0x3FU));
+        code >>= 6U;
     }
+    const std::uint32_t lead = length == 2 ? 0xC0 : length == 3 ? 0xE0 : 0xF0;
+    *at = static_cast<char>(lead | code);
+    return length;
 }
 
 void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& text) {
+    // A unit becomes three bytes at most, a pair of units four.
+    constexpr std::size_t kMostBytesPerUnit = 3;
     const Utf16Units units(bytes, order);
+    const std::size_t start = text.size();
+    text.resize(start + units.count() * kMostBytesPerUnit);
+    char* at = text.data() + start;
     for (std::size_t i = 0; i < units.count(); ++i) {
         std::uint32_t code = units[i];
+        if (code < 0x80) {
+            *at++ = static_cast<char>(code);
+            continue;
+        }
         const bool leads = code >= 0xD800 && code < 0xDC00 && i + 1 < units.count();
         const std::uint32_t next = leads ? units[i + 1] : 0;
         if (next >= 0xDC00 && next < 0xE000) {
             code = 0x10000 + ((code - 0xD800) << 10U) + (next - 0xDC00);
             ++i;
         }
-        appendUtf8(code, text);
+        at += writeUtf8(code, at);
     }
+    text.resize(static_cast<std::size_t>(at - text.data()));
 }
 
 std::size_t utf8SequenceLength(std::string_view text) noexcept {
@@ -103,16 +138,11 @@ std::size_t utf8SequenceLength(std::string_view text) noexcept {
 }
 
 std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept {
-    constexpr std::uint64_t kHighBits = 0x8080808080808080;
     std::size_t at = 0;
     while (at < text.size()) {
-        std::uint64_t word = 0;
-        if (text.size() - at >= sizeof word) {
-            std::memcpy(&word, text.data() + at, sizeof word);
-            if ((word & kHighBits) == 0) {
-                at += sizeof word;
-                continue;
-            }
+        at += asciiLength(text.substr(at));
+        if (at == text.size()) {
+            break;
         }
         const std::size_t length = utf8SequenceLength(text.substr(at));
         if (length == 0) {

@@ -12,8 +12,9 @@ namespace quillet::platform {
 // Whether a number is a character: at most U+10FFFF and no surrogate.
 bool isUnicodeScalar(std::uint32_t code) noexcept;
 
-// Appends one character in UTF-8; what is no Unicode scalar becomes U+FFFD.
-void appendUtf8(std::uint32_t code, std::string& text);
+// Writes one character in UTF-8, 1 to 4 bytes, and returns their number; what is no Unicode scalar
+// becomes U+FFFD.
+std::size_t writeUtf8(std::uint32_t code, char* at) noexcept;
 
 // Appends UTF-16 bytes as UTF-8. Lone surrogates become U+FFFD; a last odd byte is left out.
 void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& text);

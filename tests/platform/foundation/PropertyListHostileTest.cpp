@@ -5,6 +5,7 @@
 
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/PropertyList.h"
+#include "platform/foundation/Utf8.h"
 #include "tests/platform/foundation/PropertyListTestSupport.h"
 
 namespace quillet::test {

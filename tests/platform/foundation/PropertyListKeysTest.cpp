@@ -112,6 +112,13 @@ TEST(PropertyListXml, EntriesThatRepeatTheGapsOfOthersReadAsWritten) {
         {"<dict><key>a</key><true/></dict><dict><key>a</key><false/></dict>"
          "<dict><key>a</key><dict><key>a</key><true/></dict></dict>",
          R"([{"a":true},{"a":false},{"a":{"a":true}}])"},
+        // Gaps that lead from one dictionary into the next, and ones that only look like it.
+        {"<dict><key>a</key><true/></dict> <dict><key>a</key><true/></dict> "
+         "<dict><key>a</key><true/>"
+         "</dict> <dict><key>a</key><true/><key>b</key><true/></dict> "
+         "<dict><key>a</key><true/></dict>"
+         "<dict/><dict/> <dict><key>a</key><dict><key>a</key><true/></dict></dict>",
+         R"([{"a":true},{"a":true},{"a":true},{"a":true,"b":true},{"a":true},{},{},{"a":{"a":true}}])"},
         {longGaps.c_str(), R"([{"a":true},{"b":true},{"a":false}])"},
     };
     for (const Case& c : cases) {
@@ -124,7 +131,10 @@ TEST(PropertyListXml, EntriesThatRepeatTheGapsOfOthersReadAsWritten) {
         "<array><dict><key>a</key><integer>1</integer></dict><dict><key>a</key><integer>x</"
         "integer>",
         "<array><dict><key>a</key><string>1</string></dict><dict><key>a</key><string>x</integer>",
-        "<array><dict><key>a</key><string>1</string></dict><dict><key>a</key><string>"};
+        "<array><dict><key>a</key><string>1</string></dict><dict><key>a</key><string>",
+        // The seam of the array's dictionaries inside a dictionary.
+        "<array><dict><key>a</key><true/></dict><dict><key>a</key><true/></dict><dict><key>a</key>"
+        "<dict><key>a</key><true/></dict><dict><key>a</key><true/></dict></dict></array>"};
     for (const std::string& file : broken) {
         SCOPED_TRACE(file);
         EXPECT_TRUE(PropertyListDocument().parse(file));
