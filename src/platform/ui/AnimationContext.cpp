@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QPointF>
+#include <QTimer>
 #include <utility>
 
 #include "platform/ui/AnimationGroup.h"
@@ -14,6 +15,22 @@ namespace {
 std::shared_ptr<AnimationGroup>
     currentGroup;               // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 bool animationsEnabled = true;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+
+// Calls on the next turn of the event loop; at once where there is none.
+void callFromEventLoop(std::function<void()> completed) {
+    QCoreApplication* application = QCoreApplication::instance();
+    if (application == nullptr) {
+        completed();
+        return;
+    }
+    auto* turn = new QTimer(application);
+    turn->setSingleShot(true);
+    QObject::connect(turn, &QTimer::timeout, turn, [turn, completed = std::move(completed)] {
+        turn->deleteLater();
+        completed();
+    });
+    turn->start(0);
+}
 
 // Makes a group the current one for a scope.
 class CurrentGroupScope {
@@ -31,16 +48,8 @@ private:
 }  // namespace
 
 AnimationGroup::~AnimationGroup() {
-    if (!completed_) {
-        return;
-    }
-    if (QCoreApplication* application = QCoreApplication::instance()) {
-        QMetaObject::invokeMethod(
-            application,
-            [completed = std::move(completed_)] { completed(); },
-            Qt::QueuedConnection);
-    } else {
-        completed_();
+    if (completed_) {
+        callFromEventLoop(std::move(completed_));
     }
 }
 
