@@ -279,7 +279,14 @@ void SegmentedControl::keyPressEvent(QKeyEvent* event) {
 }
 
 void SegmentedControl::focusInEvent(QFocusEvent* event) {
-    state_->focusVisible = event->reason() != Qt::MouseFocusReason;
+    const Qt::FocusReason reason = event->reason();
+    // A window that comes up gives its first control the focus unasked: that shows no ring.
+    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+        reason == Qt::ShortcutFocusReason) {
+        state_->focusVisible = true;
+    } else if (reason == Qt::MouseFocusReason) {
+        state_->focusVisible = false;
+    }
     QWidget::focusInEvent(event);
     update();
 }

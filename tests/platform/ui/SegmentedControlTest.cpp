@@ -103,6 +103,18 @@ TEST_F(SegmentedControlTest, ThePlateSlidesToTheChosenSegment) {
     EXPECT_TRUE(isPlate(0)) << "the program's own choice jumps";
 }
 
+TEST_F(SegmentedControlTest, TheFocusRingWaitsForTheKeyboard) {
+    window_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    control_.clearFocus();
+    const QImage resting = rendering(control_, 1);
+    control_.setFocus(Qt::ActiveWindowFocusReason);
+    ASSERT_TRUE(control_.hasFocus());
+    EXPECT_EQ(rendering(control_, 1), resting);
+    QTest::keyClick(&control_, Qt::Key_Home);
+    EXPECT_NE(rendering(control_, 1), resting);
+}
+
 TEST_F(SegmentedControlTest, ThePlateHasSharpEvenEdgesAtEveryRatio) {
     control_.setSelectedSegment(1);
     control_.setDark(true);  // without a shadow, whose blur would hide a blurred edge
