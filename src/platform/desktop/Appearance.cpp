@@ -78,8 +78,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::ApplicationPaletteChange) {
             // The palette is only being changed now; and the owner is told from the event loop.
-            QMetaObject::invokeMethod(
-                this, [this] { tell(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(this, "tell", Qt::QueuedConnection);
         }
         return QObject::eventFilter(watched, event);
     }
@@ -138,7 +137,7 @@ private:
         tell();
     }
 
-    void tell() {
+    Q_SLOT void tell() {
         const Values now = current();
         if (std::exchange(told_, now) != now) {
             changed_();

@@ -27,6 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kAttempts = 3;
+constexpr std::size_t kEventBytes = 16'384;  // read at a time
 constexpr std::uint32_t kSelfGone = IN_DELETE_SELF | IN_MOVE_SELF;
 constexpr std::uint32_t kEntries = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr std::uint32_t kInside = kSelfGone | kEntries | IN_CLOSE_WRITE | IN_ATTRIB;
@@ -140,7 +141,7 @@ private:
     }
 
     void readEvents() {
-        alignas(inotify_event) std::array<char, 16 * 1024> buffer{};
+        alignas(inotify_event) std::array<char, kEventBytes> buffer{};
         const ssize_t length = ::read(inotify_.get(), buffer.data(), buffer.size());
         for (std::size_t at = 0; length > 0 && at < static_cast<std::size_t>(length);) {
             inotify_event event{};
@@ -187,7 +188,7 @@ private:
     bool isFolderThere_ = false;
 };
 
-FolderWatcher::FolderWatcher(std::string folder, int levels, std::function<void()> changed)
+FolderWatcher::FolderWatcher(const std::string& folder, int levels, std::function<void()> changed)
     : state_(std::make_unique<State>(folder, levels, std::move(changed))) {}
 
 FolderWatcher::~FolderWatcher() = default;

@@ -15,7 +15,7 @@ public:
     // first.
     static constexpr int kSettleTime = 150;  // milliseconds
 
-    FolderWatcher(std::string folder, int levels, std::function<void()> changed);
+    FolderWatcher(const std::string& folder, int levels, std::function<void()> changed);
     ~FolderWatcher();
     FolderWatcher(const FolderWatcher&) = delete;
     FolderWatcher& operator=(const FolderWatcher&) = delete;

@@ -20,7 +20,7 @@ constexpr std::string_view kConnected = "connected";
 // Where the bus listens; empty where the environment names none. Asking the library for "the
 // session bus" instead would start one in some sessions, and keep the first address for ever.
 QString busAddress() {
-    const QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
     if (!given.isEmpty()) {
         return given;
     }

@@ -114,6 +114,7 @@ void Bundle::addTranslations(const std::string& language) {
     }
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): asked of a bundle
 std::optional<std::string> Bundle::identifier() const {
     const char* given = std::getenv("QUILLET_BUNDLE_IDENTIFIER");
     if (given == nullptr) {

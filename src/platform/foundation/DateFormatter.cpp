@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <ctime>
 #include <mutex>
-#include <time.h>
 #include <unicode/basictz.h>
 #include <unicode/gregocal.h>
 #include <unicode/simpletz.h>
@@ -127,8 +127,8 @@ DateFormatter DateFormatter::exchangePattern(std::string_view pattern) {
 }
 
 DateFormatter::~DateFormatter() = default;
-DateFormatter::DateFormatter(DateFormatter&&) noexcept = default;
-DateFormatter& DateFormatter::operator=(DateFormatter&&) noexcept = default;
+DateFormatter::DateFormatter(DateFormatter&& other) noexcept = default;
+DateFormatter& DateFormatter::operator=(DateFormatter&& other) noexcept = default;
 
 std::string DateFormatter::stringFromDate(double secondsSince1970) const {
     const std::lock_guard lock(state_->mutex);

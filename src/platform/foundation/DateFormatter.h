@@ -28,8 +28,8 @@ public:
     static DateFormatter exchangePattern(std::string_view pattern);
 
     ~DateFormatter();
-    DateFormatter(DateFormatter&&) noexcept;
-    DateFormatter& operator=(DateFormatter&&) noexcept;
+    DateFormatter(DateFormatter&& other) noexcept;
+    DateFormatter& operator=(DateFormatter&& other) noexcept;
 
     std::string stringFromDate(double secondsSince1970) const;
     // None unless the text is, byte for byte, what stringFromDate writes for the result.

@@ -21,9 +21,7 @@ std::string formatText(std::string_view format, std::initializer_list<std::strin
     std::string text;
     const auto* next = arguments.begin();
     for (std::size_t at = 0; at < format.size();) {
-        if (format[at] != '%') {
-            text += format[at++];
-        } else if (format.substr(at).starts_with("%%")) {
+        if (format.substr(at).starts_with("%%")) {
             text += '%';
             at += 2;
         } else if (const std::size_t length = placeLength(format, at); length > 0) {
