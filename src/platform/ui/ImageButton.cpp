@@ -1,6 +1,5 @@
 #include "platform/ui/ImageButton.h"
 
-#include <QEnterEvent>
 #include <QKeyEvent>
 #include <QPainter>
 #include <algorithm>
@@ -14,10 +13,8 @@ namespace {
 
 constexpr double kPlateRadius = 5;     // points
 constexpr double kFocusRingWidth = 2;  // points
-constexpr double kHoveredOpacityGain = 0.3;
 constexpr double kPressedOpacityGain = 0.5;
 // A middle grey is seen on light and on dark ground.
-constexpr QColor kHoveredPlate(128, 128, 128, 46);
 constexpr QColor kPressedPlate(128, 128, 128, 87);
 
 }  // namespace
@@ -60,9 +57,9 @@ void ImageButton::paintEvent(QPaintEvent* /*event*/) {
 
 void ImageButton::drawPlate(QPainter& painter) const {
     const QRectF plate = alignedToPixels(painter, rect());
-    if (isPressed() || underMouse()) {
+    if (isPressed()) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(isPressed() ? kPressedPlate : kHoveredPlate);
+        painter.setBrush(kPressedPlate);
         painter.drawRoundedRect(plate, kPlateRadius, kPlateRadius);
     }
     if (hasFocus()) {
@@ -75,13 +72,6 @@ void ImageButton::drawPlate(QPainter& painter) const {
     }
 }
 
-double ImageButton::presentAlpha() const {
-    if (isPressed()) {
-        return std::min(1.0, alpha_ + kPressedOpacityGain);
-    }
-    return underMouse() && isEnabled() ? std::min(1.0, alpha_ + kHoveredOpacityGain) : alpha_;
-}
-
 void ImageButton::drawImage(QPainter& painter) const {
     QSizeF size = image_.size();
     if (size.isEmpty()) {
@@ -92,19 +82,9 @@ void ImageButton::drawImage(QPainter& painter) const {
     }
     QRectF place(QPointF(), size);
     place.moveCenter(QRectF(rect()).center());
-    painter.setOpacity(presentAlpha());
+    painter.setOpacity(isPressed() ? std::min(1.0, alpha_ + kPressedOpacityGain) : alpha_);
     painter.drawImage(alignedToPixels(painter, place),
                       image_.representationFor(1 / pixelSize(painter)));
-}
-
-void ImageButton::enterEvent(QEnterEvent* event) {
-    QAbstractButton::enterEvent(event);
-    update();
-}
-
-void ImageButton::leaveEvent(QEvent* event) {
-    QAbstractButton::leaveEvent(event);
-    update();
 }
 
 void ImageButton::keyPressEvent(QKeyEvent* event) {

@@ -8,8 +8,8 @@
 namespace quillet::platform {
 
 // A borderless button that shows an image in its centre at a given opacity; an image larger than
-// the button is made smaller. Pressed, hovered and focused states are shown by opacity and a soft
-// plate. Reached by Tab, pressed by Space and Return; a click does not take the keyboard focus.
+// the button is made smaller. Pressed and focused states are shown by opacity, a soft plate and a
+// ring. Reached by Tab, pressed by Space and Return; a click does not take the keyboard focus.
 // Screen readers use accessibleName(). Main thread only.
 class ImageButton : public QAbstractButton {
     Q_OBJECT
@@ -27,13 +27,10 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void enterEvent(QEnterEvent* event) override;
-    void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
     bool isPressed() const { return isDown() && isEnabled(); }
-    double presentAlpha() const;
     void drawPlate(QPainter& painter) const;
     void drawImage(QPainter& painter) const;
 
