@@ -23,30 +23,6 @@ constexpr double kLargestFixed = 1e17;
 // The longest fixed form is "-0.000" and 17 digits, the longest scientific one has 24 characters.
 constexpr std::size_t kLongestText = 40;
 
-std::int64_t signedOfReal(double value) {
-    if (std::isnan(value)) {
-        return 0;
-    }
-    if (value >= kTwoTo63) {
-        return std::numeric_limits<std::int64_t>::max();
-    }
-    if (value < -kTwoTo63) {
-        return std::numeric_limits<std::int64_t>::min();
-    }
-    return static_cast<std::int64_t>(value);
-}
-
-// Values from -1 on are cut toward 0; those below are held at 0, the nearest limit.
-std::uint64_t unsignedOfReal(double value) {
-    if (!(value > 0)) {
-        return 0;
-    }
-    if (value >= kTwoTo64) {
-        return std::numeric_limits<std::uint64_t>::max();
-    }
-    return static_cast<std::uint64_t>(value);
-}
-
 bool isSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
@@ -104,79 +80,77 @@ bool equalsReal(std::uint64_t integer, double real) {
 
 }  // namespace
 
-std::uint64_t Number::unsignedIntegerValue() const noexcept {
-    switch (kind_) {
-        case Kind::Integer:
-            return static_cast<std::uint64_t>(integer_);
-        case Kind::Real:
-            return unsignedOfReal(real_);
-        default:
-            return unsigned_;
+std::int64_t Number::signedOfReal(double value) noexcept {
+    if (std::isnan(value)) {
+        return 0;
     }
+    if (value >= kTwoTo63) {
+        return std::numeric_limits<std::int64_t>::max();
+    }
+    if (value < -kTwoTo63) {
+        return std::numeric_limits<std::int64_t>::min();
+    }
+    return static_cast<std::int64_t>(value);
 }
 
-std::int64_t Number::integerValue() const noexcept {
-    switch (kind_) {
-        case Kind::Integer:
-            return integer_;
-        case Kind::Real:
-            return signedOfReal(real_);
-        default:
-            return static_cast<std::int64_t>(unsigned_);
+// Values below 0 are held at 0, the nearest limit.
+std::uint64_t Number::unsignedOfReal(double value) noexcept {
+    if (!(value > 0)) {
+        return 0;
     }
+    if (value >= kTwoTo64) {
+        return std::numeric_limits<std::uint64_t>::max();
+    }
+    return static_cast<std::uint64_t>(value);
 }
 
 float Number::floatValue() const noexcept {
     switch (kind_) {
         case Kind::Integer:
-            return static_cast<float>(integer_);
+            return static_cast<float>(integer());
         case Kind::Real:
-            return static_cast<float>(real_);
+            return static_cast<float>(real());
         default:
-            return static_cast<float>(unsigned_);
+            return static_cast<float>(bits_);
     }
 }
 
 double Number::doubleValue() const noexcept {
     switch (kind_) {
         case Kind::Integer:
-            return static_cast<double>(integer_);
+            return static_cast<double>(integer());
         case Kind::Real:
-            return real_;
+            return real();
         default:
-            return static_cast<double>(unsigned_);
+            return static_cast<double>(bits_);
     }
-}
-
-bool Number::boolValue() const noexcept {
-    return kind_ == Kind::Real ? real_ != 0 : unsignedIntegerValue() != 0;
 }
 
 std::string Number::text() const {
     switch (kind_) {
         case Kind::Integer:
-            return std::to_string(integer_);
+            return std::to_string(integer());
         case Kind::Real:
-            return textOfReal(real_);
+            return textOfReal(real());
         default:
-            return std::to_string(unsigned_);
+            return std::to_string(bits_);
     }
 }
 
 bool operator==(const Number& left, const Number& right) noexcept {
     using Kind = Number::Kind;
     if (left.kind_ == Kind::Real && right.kind_ == Kind::Real) {
-        return left.real_ == right.real_;
+        return left.real() == right.real();
     }
     if (right.kind_ == Kind::Real) {
         return right == left;
     }
     if (left.kind_ == Kind::Real) {
-        return right.kind_ == Kind::Integer ? equalsReal(right.integer_, left.real_)
-                                            : equalsReal(right.unsigned_, left.real_);
+        return right.kind_ == Kind::Integer ? equalsReal(right.integer(), left.real())
+                                            : equalsReal(right.bits_, left.real());
     }
-    const bool leftNegative = left.kind_ == Kind::Integer && left.integer_ < 0;
-    const bool rightNegative = right.kind_ == Kind::Integer && right.integer_ < 0;
+    const bool leftNegative = left.kind_ == Kind::Integer && left.integer() < 0;
+    const bool rightNegative = right.kind_ == Kind::Integer && right.integer() < 0;
     return leftNegative == rightNegative &&
            left.unsignedIntegerValue() == right.unsignedIntegerValue();
 }

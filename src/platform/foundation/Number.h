@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,23 +15,26 @@ public:
     enum class Kind : std::uint8_t { Boolean, Integer, Unsigned, Real };
 
     constexpr Number() noexcept : Number(std::int64_t{0}) {}
-    constexpr explicit Number(bool value) noexcept
-        : unsigned_(value ? 1 : 0), kind_(Kind::Boolean) {}
+    constexpr explicit Number(bool value) noexcept : bits_(value ? 1 : 0), kind_(Kind::Boolean) {}
     constexpr explicit Number(std::int64_t value) noexcept
-        : integer_(value), kind_(Kind::Integer) {}
-    constexpr explicit Number(std::uint64_t value) noexcept
-        : unsigned_(value), kind_(Kind::Unsigned) {}
-    constexpr explicit Number(double value) noexcept : real_(value), kind_(Kind::Real) {}
+        : bits_(static_cast<std::uint64_t>(value)), kind_(Kind::Integer) {}
+    constexpr explicit Number(std::uint64_t value) noexcept : bits_(value), kind_(Kind::Unsigned) {}
+    constexpr explicit Number(double value) noexcept
+        : bits_(std::bit_cast<std::uint64_t>(value)), kind_(Kind::Real) {}
 
     Kind kind() const noexcept { return kind_; }
 
     // Conversions. Integers wrap modulo 2^64; a real is cut toward zero and held at the limits of
     // the target, NaN gives 0.
-    std::uint64_t unsignedIntegerValue() const noexcept;
-    std::int64_t integerValue() const noexcept;
+    std::uint64_t unsignedIntegerValue() const noexcept {
+        return kind_ == Kind::Real ? unsignedOfReal(real()) : bits_;
+    }
+    std::int64_t integerValue() const noexcept {
+        return kind_ == Kind::Real ? signedOfReal(real()) : integer();
+    }
     float floatValue() const noexcept;
     double doubleValue() const noexcept;
-    bool boolValue() const noexcept;
+    bool boolValue() const noexcept { return kind_ == Kind::Real ? real() != 0 : bits_ != 0; }
 
     // Integers in decimal, booleans as 1 and 0, reals in the shortest form that reads back the
     // same (1.5, and 11 for 11.0).
@@ -41,11 +45,13 @@ public:
     friend bool operator==(const Number& left, const Number& right) noexcept;
 
 private:
-    union {
-        std::int64_t integer_;
-        std::uint64_t unsigned_;
-        double real_;
-    };
+    static std::int64_t signedOfReal(double value) noexcept;
+    static std::uint64_t unsignedOfReal(double value) noexcept;
+
+    std::int64_t integer() const noexcept { return static_cast<std::int64_t>(bits_); }
+    double real() const noexcept { return std::bit_cast<double>(bits_); }
+
+    std::uint64_t bits_;  // of the integer in two's complement, or of the real
     Kind kind_;
 };
 

@@ -74,7 +74,10 @@ void PropertyListKeys::repeat(const PropertyListValue& dictionary,
     const Node& node = dictionary.node();
     const bool binary = node.form == Form::References;
     for (std::size_t i = 0; i < positions_.size(); ++i) {
-        if (const std::uint32_t position = positions_[i]; position != kNone) {
+        const std::uint32_t position = positions_[i];
+        if (position == kNone) {
+            found[i] = {};
+        } else {
             found[i] = {&state,
                         binary ? state.reference(node.offset, node.length + position)
                                : dictionary.node_ + 2 * position + 2};
@@ -84,13 +87,15 @@ void PropertyListKeys::repeat(const PropertyListValue& dictionary,
 
 void PropertyListKeys::find(const PropertyListValue& dictionary,
                             std::span<PropertyListValue> found) {
-    std::fill(found.begin(), found.end(), PropertyListValue());
-    const Node& node = dictionary.nodeOfType(PropertyListType::Dictionary, "values for keys");
-    if (last_.holds(*dictionary.state_, node)) {
+    const bool repeated = dictionary.type() == PropertyListType::Dictionary &&
+                          last_.holds(*dictionary.state_, dictionary.node());
+    if (repeated) {
         repeat(dictionary, found);
-    } else {
-        search(dictionary, found);
+        return;
     }
+    std::fill(found.begin(), found.end(), PropertyListValue());
+    dictionary.nodeOfType(PropertyListType::Dictionary, "values for keys");
+    search(dictionary, found);
 }
 
 }  // namespace quillet::platform
