@@ -10,12 +10,12 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
-#include <fstream>
 #include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "bench/PeakMemory.h"
 #include "bench/Readers.h"
 #include "bench/StoreMaker.h"
 
@@ -29,17 +29,6 @@ const std::map<std::string, Reader, std::less<>> kReaders{{"quillet", readWithQu
                                                           {"libplist", readWithLibplist},
                                                           {"pugixml", readWithPugixml},
                                                           {"plain", readPlainBytes}};
-
-// Most resident memory that the process ever had, in KiB.
-long peakMemory() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with("VmHWM:")) {
-            return std::strtol(line.c_str() + sizeof "VmHWM:", nullptr, 10);
-        }
-    }
-    return 0;
-}
 
 double milliseconds(clockid_t clock) {
     timespec now{};
