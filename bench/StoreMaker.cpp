@@ -17,7 +17,7 @@ namespace {
 using host::Array;
 using host::Dictionary;
 
-constexpr std::int64_t kOldest = 60 * 24 * 3600;  // seconds
+constexpr std::int64_t kOldest = std::int64_t{60} * 24 * 3600;  // seconds
 constexpr unsigned kSeed = 20251114;
 
 constexpr std::string_view kFirstNames[] = {

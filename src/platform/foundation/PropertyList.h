@@ -108,7 +108,7 @@ private:
     PropertyListValue(const PropertyListState* state, std::uint32_t node) noexcept;
 
     const PropertyListNode& node() const noexcept;
-    const PropertyListNode& nodeOfType(PropertyListType type, const char* conversion) const;
+    const PropertyListNode& nodeOfType(PropertyListType wanted, const char* conversion) const;
     [[noreturn]] void raise(const char* conversion) const;
 
     const PropertyListState* state_ = nullptr;
@@ -160,8 +160,8 @@ public:
 
     PropertyListDocument();
     ~PropertyListDocument();
-    PropertyListDocument(PropertyListDocument&&) noexcept;
-    PropertyListDocument& operator=(PropertyListDocument&&) noexcept;
+    PropertyListDocument(PropertyListDocument&& other) noexcept;
+    PropertyListDocument& operator=(PropertyListDocument&& other) noexcept;
 
     ByteBuffer& bytes() noexcept;
 

@@ -57,7 +57,7 @@ public:
     std::uint64_t payloadRead() const { return payload_; }
 
 private:
-    const char* readSimple(unsigned low, Node& node) const;
+    static const char* readSimple(unsigned low, Node& node);
     const char* readInteger(std::uint64_t offset, unsigned low, Node& node) const;
     const char* readReal(std::uint64_t offset, unsigned low, Node& node) const;
     const char* readDate(std::uint64_t offset, unsigned low, Node& node) const;
@@ -115,7 +115,7 @@ const char* ObjectReader::read(std::uint64_t offset, Node& node) {
     }
 }
 
-const char* ObjectReader::readSimple(unsigned low, Node& node) const {
+const char* ObjectReader::readSimple(unsigned low, Node& node) {
     constexpr unsigned kNull = 0x0;
     constexpr unsigned kFalse = 0x8;
     constexpr unsigned kTrue = 0x9;

@@ -144,7 +144,7 @@ void XmlReader::skipPast(std::string_view start, std::string_view ending) {
     const char* from = at_;
     const std::size_t found = rest().find(ending, start.size());
     if (found == std::string_view::npos) {
-        fail(formatText("\"%@\" without its \"%@\"", {start, ending}));
+        fail(formatText(R"("%@" without its "%@")", {start, ending}));
     }
     at_ += found + ending.size();
     checkCharacters(from);
