@@ -1,7 +1,6 @@
 #include <QAccessible>
 #include <gmock/gmock.h>
 
-#include "platform/ui/AnimationContext.h"
 #include "platform/ui/SlidingRow.h"
 #include "platform/ui/TableView.h"
 #include "tests/platform/ui/RecordingTable.h"
@@ -17,10 +16,8 @@ using testing::IsEmpty;
 
 TEST(TableView, RowsLieBelowEachOtherAndCellsAreReused) {
     RecordingTable data({"a", "b", "c"});
-    EXPECT_EQ(data.table->sizeHint(), QSize(0, 180));
     EXPECT_EQ(data.table->rowViewAtRow(2)->geometry(), QRect(0, 120, 320, 60));
     EXPECT_EQ(data.cell(2)->text->width(), 214);
-    EXPECT_TRUE(data.cell(2)->isVisible());
     data.rows = {"d", "e"};
     data.table->reloadData();
     EXPECT_THAT(data.shown(), ElementsAre("d", "e"));
@@ -29,40 +26,29 @@ TEST(TableView, RowsLieBelowEachOtherAndCellsAreReused) {
     EXPECT_EQ(data.cellsMade, 4);
     EXPECT_EQ(data.table->reusableCell("cell"), nullptr) << "all are in use";
     data.table->removeRow(1, RowAnimation::None);
-    EXPECT_EQ(data.table->reusableCell("other"), nullptr);
     EXPECT_NE(data.table->reusableCell("cell"), nullptr);
     EXPECT_EQ(data.table->cellAtRow(3), nullptr);
 }
 
-TEST(TableView, AClickSelectsARowOnce) {
-    RecordingTable data({"a", "b", "c"});
-    data.click({100, 75});  // on the text
-    EXPECT_THAT(data.takeEvents(), ElementsAre("selected 1"));
-    EXPECT_TRUE(data.table->rowViewAtRow(1)->isSelected());
-    data.click({5, 115});  // beside everything
-    EXPECT_THAT(data.takeEvents(), IsEmpty()) << "it is selected already";
-    data.click({100, 20});
-    EXPECT_THAT(data.takeEvents(), ElementsAre("selected 0"));
-    EXPECT_FALSE(data.table->rowViewAtRow(1)->isSelected());
-}
-
-TEST(TableView, WhatIsNoClickOnARowSelectsNothing) {
+TEST(TableView, OnlyAWholeClickOnAnotherRowSelects) {
     RecordingTable data({"a", "b", "c"});
     data.press({100, 20});
     data.release({100, 80});
-    data.press({100, 20});
-    data.release({100, -10});
     data.click({100, 300});  // below the last row
     QTest::mouseClick(data.window.windowHandle(), Qt::RightButton, {}, {100, 40});
-    data.click({262, 40});
-    EXPECT_THAT(data.takeEvents(), ElementsAre("first of a"));
-    data.press({262, 40});  // taken back
+    data.press({262, 40});  // a button, taken back
     data.release({100, 40});
     data.press({100, 20});
     data.table->reloadData();  // the row is another one now
     data.release({100, 20});
     EXPECT_THAT(data.takeEvents(), IsEmpty());
-    EXPECT_EQ(data.table->selectedRow(), Table::kNoRow);
+    data.click({262, 40});
+    data.click({100, 75});  // on the text
+    data.click({5, 115});   // beside everything, on the same row
+    EXPECT_THAT(data.takeEvents(), ElementsAre("first of a", "selected 1"));
+    EXPECT_TRUE(data.table->rowViewAtRow(1)->isSelected());
+    data.click({100, 20});
+    EXPECT_FALSE(data.table->rowViewAtRow(1)->isSelected());
 }
 
 TEST(TableView, TheSelectionStaysWithItsRow) {
@@ -77,32 +63,21 @@ TEST(TableView, TheSelectionStaysWithItsRow) {
     EXPECT_TRUE(data.table->rowViewAtRow(1)->isSelected());
     data.removeRow(1);
     EXPECT_EQ(data.table->selectedRow(), Table::kNoRow);
-    data.table->setSelectedRow(5);
-    EXPECT_EQ(data.table->selectedRow(), Table::kNoRow);
-    data.rows.clear();
-    data.table->setSelectedRow(0);
-    data.table->reloadData();
-    EXPECT_EQ(data.table->selectedRow(), Table::kNoRow);
     EXPECT_THAT(data.takeEvents(), IsEmpty()) << "none of this is the user's doing";
 }
 
 TEST(TableView, ARemovedRowSlidesOutWhileTheRowsBelowMoveUp) {
     for (const auto& [how, direction] :
-         {std::pair{RowAnimation::SlideLeft, -1}, std::pair{RowAnimation::SlideRight, 1}}) {
+         {std::pair{RowAnimation::SlideLeft, -1}, {RowAnimation::SlideRight, 1}}) {
         SCOPED_TRACE(direction);
         RecordingTable data({"a", "b", "c", "d"});
         data.removeRow(1, how);
         EXPECT_THAT(data.shown(), ElementsAre("a", "c", "d"));
-        EXPECT_EQ(data.table->sizeHint().height(), 180);
         EXPECT_EQ(data.rowTop(1), 120) << "where it was";
         data.animation()->setCurrentTime(125);
-        EXPECT_EQ(data.rowTop(0), 0);
         EXPECT_NEAR(data.rowTop(1), 90, 1);
-        EXPECT_NEAR(data.rowTop(2), 150, 1);
         auto* leaving = data.table->findChild<platform::SlidingRow*>();
-        ASSERT_NE(leaving, nullptr);
         EXPECT_NEAR(leaving->x(), direction * 160, 2);
-        EXPECT_EQ(leaving->y(), 60);
         data.animation()->setCurrentTime(250);
         EXPECT_FALSE(data.table->isAnimating());
         EXPECT_EQ(data.rowTop(1), 60);
@@ -113,40 +88,22 @@ TEST(TableView, ARemovedRowSlidesOutWhileTheRowsBelowMoveUp) {
 TEST(TableView, ClicksDuringARemovalMeanTheRowsThatStay) {
     RecordingTable data({"a", "b", "c", "d"});
     data.click({290, 100});  // takes out "b", the row the button is in
-    EXPECT_THAT(data.takeEvents(), ElementsAre("second of b"));
-    EXPECT_THAT(data.shown(), ElementsAre("a", "c", "d"));
     data.click({290, 100});  // on the row that leaves
-    data.click({100, 80});
-    EXPECT_THAT(data.takeEvents(), IsEmpty());
     data.click({100, 190});  // on "d", which is still near its old place
-    EXPECT_THAT(data.takeEvents(), ElementsAre("selected 2"));
+    EXPECT_THAT(data.takeEvents(), ElementsAre("second of b", "selected 2"));
 }
 
-TEST(TableView, AnotherChangeSettlesARunningRemoval) {
+TEST(TableView, AnotherChangeSettlesARunningRemovalAndNothingSlidesWhereNobodyLooks) {
     RecordingTable data({"a", "b", "c", "d"});
     data.removeRow(0);
     data.animation()->setCurrentTime(100);
     data.removeRow(1);
-    EXPECT_THAT(data.shown(), ElementsAre("b", "d"));
     EXPECT_EQ(data.rowTop(0), 0) << "the first removal has ended";
     EXPECT_EQ(data.rowTop(1), 120);
     data.animation()->setCurrentTime(100);
     data.table->reloadData();
     EXPECT_FALSE(data.table->isAnimating());
     EXPECT_EQ(data.rowTop(1), 60);
-    data.removeRow(1);
-    data.table->removeRow(7, RowAnimation::SlideLeft);
-    EXPECT_THAT(data.shown(), ElementsAre("b"));
-    EXPECT_EQ(data.animation()->state(), QAbstractAnimation::Stopped);
-}
-
-TEST(TableView, NothingSlidesWhereAnimationsAreOffOrNobodyLooks) {
-    RecordingTable data({"a", "b", "c"});
-    platform::AnimationContext::setEnabled(false);
-    data.table->removeRow(0, RowAnimation::SlideLeft);
-    platform::AnimationContext::setEnabled(true);
-    EXPECT_FALSE(data.table->isAnimating());
-    EXPECT_EQ(data.rowTop(0), 0);
     data.table->hide();
     data.table->removeRow(0, RowAnimation::SlideLeft);
     EXPECT_FALSE(data.table->isAnimating());
@@ -155,20 +112,17 @@ TEST(TableView, NothingSlidesWhereAnimationsAreOffOrNobodyLooks) {
 
 TEST(TableView, HasNoBackgroundAndNoSeamsBetweenSelectedRows) {
     RecordingTable data({"", ""});
+    data.table->rowViewAtRow(0)->setSelected(true);
+    data.table->rowViewAtRow(1)->setSelected(true);
     for (const double ratio : kDevicePixelRatios) {
         SCOPED_TRACE(ratio);
-        EXPECT_EQ(rendering(*data.table, ratio).pixelColor(0, 0).alpha(), 0);
-        data.table->rowViewAtRow(0)->setSelected(true);
-        data.table->rowViewAtRow(1)->setSelected(true);
         const QImage image = rendering(*data.table, ratio);
-        const QColor first = image.pixelColor(0, 0);
-        EXPECT_GT(first.alpha(), 0);
         const int rows = static_cast<int>(120 * ratio);
-        for (int y = 1; y < rows; ++y) {
-            ASSERT_EQ(image.pixelColor(0, y), first) << y;
-        }
         EXPECT_EQ(image.pixelColor(0, rows).alpha(), 0);
-        data.table->setSelectedRow(Table::kNoRow);
+        EXPECT_GT(image.pixelColor(0, 0).alpha(), 0);
+        for (int y = 1; y < rows; ++y) {
+            ASSERT_EQ(image.pixelColor(0, y), image.pixelColor(0, 0)) << y;
+        }
     }
 }
 
@@ -177,36 +131,26 @@ TEST(TableView, AScreenReaderSeesAListOfRowsWithTheirButtons) {
     data.table->setSelectedRow(1);
     data.table->setFocus(Qt::TabFocusReason);
     QAccessibleInterface* list = QAccessible::queryAccessibleInterface(data.table);
-    ASSERT_NE(list, nullptr);
-    EXPECT_EQ(list->role(), QAccessible::List);
     ASSERT_EQ(list->childCount(), 2);
     QAccessibleInterface* row = list->child(0);
+    EXPECT_EQ(list->role(), QAccessible::List);
     EXPECT_EQ(row->role(), QAccessible::ListItem);
     EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("Ann, Lunch, 10:42"));
-    EXPECT_TRUE(row->state().focusable);
-    EXPECT_TRUE(row->state().selectable);
     EXPECT_FALSE(row->state().selected);
     EXPECT_TRUE(list->child(1)->state().selected);
     EXPECT_EQ(list->focusChild(), list->child(1));
-    EXPECT_TRUE(list->child(1)->state().focused);
-    EXPECT_EQ(row->parent(), list);
-    EXPECT_EQ(list->indexOfChild(list->child(1)), 1);
 
     ASSERT_EQ(row->childCount(), 2);
     QAccessibleInterface* button = row->child(1);
     EXPECT_EQ(button->role(), QAccessible::Button);
     EXPECT_EQ(button->text(QAccessible::Name), QStringLiteral("Second"));
     EXPECT_EQ(button->parent(), row);
-    EXPECT_EQ(row->indexOfChild(button), 1);
-
-    row->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    row->child(0)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    for (QAccessibleInterface* pressed : {row, row->child(0), button}) {
+        pressed->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    }
     EXPECT_THAT(
         data.takeEvents(),
         ElementsAre("selected 0", "first of Ann, Lunch, 10:42", "second of Ann, Lunch, 10:42"));
-    EXPECT_EQ(list->childCount(), 1);
-    EXPECT_EQ(list->child(0)->text(QAccessible::Name), QStringLiteral("Bob"));
 }
 
 }  // namespace
