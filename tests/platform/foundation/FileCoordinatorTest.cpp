@@ -1,7 +1,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -14,6 +13,7 @@
 #include "platform/foundation/FileCoordinator.h"
 #include "platform/foundation/FileManager.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileLocks.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -32,16 +32,8 @@ bool waitFor(const std::function<bool()>& condition) {
     return true;
 }
 
-// Whether the kernel lists the process among those that wait for a lock.
 bool waitsForLock(pid_t process) {
-    std::ifstream locks("/proc/locks");
-    const std::string number = " " + std::to_string(process) + " ";
-    for (std::string line; std::getline(locks, line);) {
-        if (line.find("->") != std::string::npos && line.find(number) != std::string::npos) {
-            return true;
-        }
-    }
-    return false;
+    return somebodyWaitsForLock(" " + std::to_string(process) + " ");
 }
 
 enum class Access { Read, Write };
@@ -109,136 +101,39 @@ protected:
 TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) {
     ASSERT_EQ(::symlink("container", folder_.path("link").c_str()), 0);
     folder_.makeFolder("outside");
-    folder_.makeFolder("container/data/Today");
     ASSERT_EQ(::symlink("../../outside", (data_ + "/Away").c_str()), 0);
-    const std::string longData = "container/" + std::string(200, '%') + "/data";
-    const std::string longName(255, 'n');
+    const std::string name(255, 'n');
+    const auto at = [this](const std::string& item) {
+        return item.starts_with('/') ? folder_.path(item.substr(1)) : data_ + "/" + item;
+    };
+    constexpr auto kRead = Access::Read;
+    constexpr auto kWrite = Access::Write;
     const struct {
-        const char* name;
-        std::string heldData, held;
+        std::string name, held;
         Access holder;
-        std::string data, item;
+        std::string item;
         Access access;
         bool waits;
     } cases[] = {
-        {"reader, writer inside",
-         "container/data",
-         "container/data/Today/a@b/1.plist",
-         Access::Write,
-         "container/data",
-         "container/data/Today",
-         Access::Read,
-         true},
-        {"writer, reader",
-         "container/data",
-         "container/data/Today",
-         Access::Read,
-         "container/data",
-         "container/data/Today/a@b",
-         Access::Write,
-         true},
-        {"two readers",
-         "container/data",
-         "container/data/Today",
-         Access::Read,
-         "container/data",
-         "container/data/Today",
-         Access::Read,
-         false},
-        {"unrelated items",
-         "container/data",
-         "container/data/Today",
-         Access::Write,
-         "container/data",
-         "container/data/Accounts.plist",
-         Access::Write,
-         false},
-        {"link to the container",
-         "link/data",
-         "link/data/Today/x",
-         Access::Write,
-         "container/data",
-         "container/data/Today",
-         Access::Read,
-         true},
-        {"dots and slashes",
-         "container/data",
-         "container/../container//data/./Today/",
-         Access::Write,
-         "container/data/",
-         "container/data/Contacts/../Today",
-         Access::Read,
-         true},
-        {"entry that leads out",
-         "container/data",
-         "container/data/Away/file",
-         Access::Write,
-         "container/data",
-         "container/data/Away",
-         Access::Read,
-         true},
-        {"data folder that does not exist",
-         "container/none",
-         "container/none/Today",
-         Access::Write,
-         "link/none",
-         "container/none/Today/x",
-         Access::Read,
-         true},
-        {"another container",
-         "container/none",
-         "container/none/Today",
-         Access::Write,
-         "container/data",
-         "container/data/Today",
-         Access::Write,
-         false},
-        {"data folder itself",
-         "container/data",
-         "container/data/",
-         Access::Write,
-         "container/data",
-         "link/data",
-         Access::Write,
-         true},
-        {"outside of the data folder",
-         "container/data",
-         "outside/x",
-         Access::Write,
-         "container/none",
-         "container/../outside/x",
-         Access::Read,
-         true},
-        {"elsewhere outside",
-         "container/data",
-         "outside/x",
-         Access::Write,
-         "container/data",
-         "outside/y",
-         Access::Write,
-         false},
-        {"long names",
-         longData,
-         longData + "/" + longName + "/x",
-         Access::Write,
-         longData,
-         longData + "/" + longName,
-         Access::Read,
-         true},
-        {"other long names",
-         longData,
-         longData + "/" + longName,
-         Access::Write,
-         longData,
-         longData + "/m" + longName.substr(1),
-         Access::Write,
-         false},
+        // "/x" lies beside the container, "x" in its data folder.
+        {"reader, writer inside", "Today/a@b/1.plist", kWrite, "Today", kRead, true},
+        {"writer, reader", "Today", kRead, "Today/a@b", kWrite, true},
+        {"two readers", "Today", kRead, "Today", kRead, false},
+        {"unrelated items", "Today", kWrite, "Accounts.plist", kWrite, false},
+        {"link to the container", "/link/data/Today/x", kWrite, "Today", kRead, true},
+        {"dots and slashes", "/container//data/./Today/", kWrite, "Contacts/../Today", kRead, true},
+        {"entry that leads out", "Away/file", kWrite, "Away", kRead, true},
+        {"data folder itself", "", kWrite, "/link/data", kWrite, true},
+        {"outside of the data folder", "/outside/x", kWrite, "/outside/x", kRead, true},
+        {"elsewhere outside", "/outside/x", kWrite, "/outside/y", kWrite, false},
+        {"long names", name + "/x", kWrite, name, kRead, true},
+        {"other long names", name, kWrite, "m" + name.substr(1), kWrite, false},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
-        const Coordinating holder(folder_.path(row.heldData), folder_.path(row.held), row.holder);
+        const Coordinating holder(data_, at(row.held), row.holder);
         ASSERT_TRUE(waitFor([&] { return holder.isInside(); }));
-        const Coordinating other(folder_.path(row.data), folder_.path(row.item), row.access);
+        const Coordinating other(data_, at(row.item), row.access);
         ASSERT_TRUE(waitFor([&] { return other.isInside() || other.isWaiting(); }));
         EXPECT_EQ(!other.isInside(), row.waits);
         holder.letGo();
@@ -283,46 +178,27 @@ TEST_F(FileCoordinatorTest, ThreadsOfOneProcessWaitForEachOther) {
 TEST_F(FileCoordinatorTest, TheAccessorGetsThePathAsItIsSpelledAndTheContainerIsNotWrittenTo) {
     const std::string path = data_ + "//../data/Today";
     std::string given;
-    const auto note = [&](const std::string& spelled) { given = spelled; };
-    ASSERT_EQ(::chmod(data_.c_str(), 0500), 0);
-    EXPECT_FALSE(FileCoordinator(data_).coordinateWriting(path, note));
+    EXPECT_FALSE(FileCoordinator(data_).coordinateWriting(
+        path, [&](const std::string& spelled) { given = spelled; }));
     EXPECT_EQ(given, path);
     EXPECT_TRUE(platform::FileManager::contentsOfFolder(data_).value().empty());
-    std::string component = folder_.path("run/quillet/");
-    for (const char character : data_) {
-        component += character == '/' ? "%2F" : std::string(1, character);
-    }
-    EXPECT_TRUE(platform::FileManager::fileExists(component + "/Today.lock"));
 }
 
 TEST_F(FileCoordinatorTest, WithoutAPathOrAUsableRuntimeFolderTheAccessorDoesNotRun) {
     ::chmod(folder_.makeFolder("open").c_str(), 0755);
-    ::chmod(folder_.makeFolder("others").c_str(), 0700);
-    folder_.writeFile("file", "");
     ASSERT_EQ(::symlink("loop", (data_ + "/loop").c_str()), 0);
-    const struct {
-        const char* name;
-        const char* runtime;
-        std::optional<std::string> path;
-    } cases[] = {
-        {"no path", "run", std::nullopt},
-        {"missing folder", "missing", data_ + "/Today"},
-        {"folder that others may enter", "open", data_ + "/Today"},
-        {"somebody else's folder", "others", data_ + "/Today"},
-        {"no folder", "file", data_ + "/Today"},
-        {"links in a circle", "run", data_ + "/loop/x"},
+    const std::pair<const char*, std::optional<std::string>> cases[] = {
+        {"run", std::nullopt},
+        {"missing", data_ + "/Today"},
+        {"open", data_ + "/Today"},  // a folder that others may enter
+        {"run", data_ + "/loop/x"},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        if (std::string_view(row.runtime) == "others" &&
-            ::chown(folder_.path("others").c_str(), 1, 1) != 0) {
-            continue;  // only root can give a folder away
-        }
-        const EnvironmentVariable runtime("XDG_RUNTIME_DIR", folder_.path(row.runtime));
+    for (const auto& [runtimeFolder, path] : cases) {
+        SCOPED_TRACE(runtimeFolder + path.value_or(" without a path"));
+        const EnvironmentVariable runtime("XDG_RUNTIME_DIR", folder_.path(runtimeFolder));
         bool ran = false;
-        const auto note = [&](const std::string&) { ran = true; };
-        EXPECT_TRUE(FileCoordinator(data_).coordinateReading(row.path, note));
-        EXPECT_TRUE(FileCoordinator(data_).coordinateWriting(row.path, note));
+        EXPECT_TRUE(FileCoordinator(data_).coordinateReading(
+            path, [&](const std::string&) { ran = true; }));
         EXPECT_FALSE(ran);
     }
 }

@@ -48,16 +48,6 @@ TEST_F(NotificationCenterTest, AnObserverThatIsRemovedWhilePostingIsNotCalledAny
     EXPECT_EQ(called_, (std::vector<std::string>{"first", "late"}));
 }
 
-TEST_F(NotificationCenterTest, AHandlerMayPostAgain) {
-    center_.addObserver(&first_, "outer", [this](const Notification&) {
-        center_.postNotification("inner");
-        called_.emplace_back("outer");
-    });
-    center_.addObserver(&first_, "inner", noting("inner"));
-    center_.postNotification("outer");
-    EXPECT_EQ(called_, (std::vector<std::string>{"inner", "outer"}));
-}
-
 TEST_F(NotificationCenterTest, ThreadsMayRegisterPostAndRemoveAtOnce) {
     std::atomic<int> count{0};
     center_.addObserver(this, "name", [&](const Notification&) { ++count; });
