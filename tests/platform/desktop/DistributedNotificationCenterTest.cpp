@@ -32,29 +32,19 @@ protected:
 };
 
 TEST_F(DistributedNotificationCenterTest, ANotificationReachesTheObserversOfItsNameAndObject) {
-    const std::pair<std::string, std::string> topics[] = {
-        {"name", "object"},
-        {"name", ""},
-        {"name", "it's 'quoted', \\ and ,"},
-        {"grüße ✉", "オブジェクト"},
-    };
     SessionBus otherBus;
     DistributedNotificationCenter other(otherBus);
-    for (const auto& [name, object] : topics) {
-        SCOPED_TRACE(name + ", " + object);
+    for (const std::string object : {"object", "", "it's 'quoted', \\ and ,", "オブジェクト ✉"}) {
+        SCOPED_TRACE(object);
         called_.clear();
-        center_.addObserver(this, name, object, noting("one"));
-        center_.addObserver(this, name, object, noting("two"));
-        center_.addObserver(this, "last", "", noting("last"));
-        EXPECT_TRUE(other.postNotification(name, "another object"));
+        center_.addObserver(this, "name", object, noting("one"));
+        center_.addObserver(this, "name", object, noting("two"));
+        EXPECT_TRUE(other.postNotification("name", "another object"));
         EXPECT_TRUE(other.postNotification("another name", object));
-        EXPECT_TRUE(other.postNotification(name, object));
-        EXPECT_TRUE(other.postNotification("last", ""));
-        EXPECT_TRUE(waitUntil([&] { return called_.size() >= 3; }));
-        EXPECT_EQ(
-            called_,
-            (std::vector<std::string>{
-                "one: " + name + ", " + object, "two: " + name + ", " + object, "last: last, "}));
+        EXPECT_TRUE(other.postNotification("name", object));
+        EXPECT_TRUE(waitUntil([&] { return called_.size() >= 2; }));
+        EXPECT_EQ(called_,
+                  (std::vector<std::string>{"one: name, " + object, "two: name, " + object}));
         center_.removeObserver(this);
     }
 }
@@ -73,16 +63,13 @@ TEST_F(DistributedNotificationCenterTest, TheLastWordsOfAProgramThatEndsAtOnceAr
 TEST_F(DistributedNotificationCenterTest, IdenticalNotificationsThatWaitAreDeliveredAsOne) {
     center_.addObserver(this, "name", "a", noting("one"));
     center_.addObserver(this, "name", "b", noting("one"));
-    for (int round = 0; round < 2; ++round) {
-        SCOPED_TRACE(round);
-        called_.clear();
-        for (const char* object : {"a", "b", "a", "a", "b"}) {
-            EXPECT_TRUE(center_.postNotification("name", object));
-        }
-        EXPECT_TRUE(called_.empty());
-        EXPECT_TRUE(waitUntil([&] { return called_.size() >= 2; }));
-        EXPECT_EQ(called_, (std::vector<std::string>{"one: name, a", "one: name, b"}));
+    for (const char* object : {"a", "b", "a", "a", "b"}) {
+        EXPECT_TRUE(center_.postNotification("name", object));
     }
+    EXPECT_TRUE(waitUntil([&] { return called_.size() >= 2; }));
+    EXPECT_TRUE(center_.postNotification("name", "a"));
+    EXPECT_TRUE(waitUntil([&] { return called_.size() >= 3; }));
+    EXPECT_EQ(called_, (std::vector<std::string>{"one: name, a", "one: name, b", "one: name, a"}));
 }
 
 TEST_F(DistributedNotificationCenterTest, AnObserverThatWasRemovedIsNotCalledAnyMore) {
@@ -113,10 +100,8 @@ TEST_F(DistributedNotificationCenterTest, SignalsOfAnotherShapeAreIgnored) {
     const QVariantList shapes[] = {
         {},
         {name},
-        {1, 2},
         {name, variant},
         {name, object, object},
-        {name, QStringList{object}},
         {QStringLiteral("it's"), 7},
         {QStringLiteral("it's"), QStringLiteral("here")},
     };
@@ -167,45 +152,18 @@ TEST_F(DistributedNotificationCenterTest, ObserversAreServedAgainWhenTheBusComes
     DistributedNotificationCenter center(bus);
     center.addObserver(this, "name", "object", noting("one"));
     EXPECT_FALSE(center.postNotification("name", "object"));
-    for (const char* which : {"late bus", "restarted bus"}) {
-        SCOPED_TRACE(which);
-        ASSERT_TRUE(daemon.start());
-        ASSERT_TRUE(waitUntil([&] { return !bus.connectionName().empty(); }));
-        SessionBus otherBus;
-        DistributedNotificationCenter other(otherBus);
-        EXPECT_TRUE(other.postNotification("name", "object"));
-        EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
-        called_.clear();
-        daemon.stop();
-        EXPECT_FALSE(center.postNotification("name", "object"));
-    }
-    EXPECT_TRUE(called_.empty());
-}
-
-TEST_F(DistributedNotificationCenterTest, ALostBusIsFoundAgainWithoutBeingAskedFor) {
-    PrivateBus daemon;
-    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", daemon.address().toStdString());
-    ASSERT_TRUE(daemon.start());
-    SessionBus bus;
-    DistributedNotificationCenter center(bus);
-    center.addObserver(this, "name", "object", noting("one"));
-    const std::string first = bus.connectionName();
-    daemon.stop();
     bool isBack = false;
     bus.addObserver(&isBack, [&] { isBack = true; });
-    ASSERT_TRUE(daemon.start());
-    EXPECT_TRUE(waitUntil([&] { return isBack; }));
-    EXPECT_NE(bus.connectionName(), first);
-    EXPECT_TRUE(center.postNotification("name", "object"));
-    EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
-}
-
-TEST_F(DistributedNotificationCenterTest, WithoutABusNothingIsPosted) {
-    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
-    const EnvironmentVariable runtime("XDG_RUNTIME_DIR", "/nonexistent");
-    SessionBus bus;
-    DistributedNotificationCenter center(bus);
-    center.addObserver(this, "name", "object", noting("one"));
+    for (const char* which : {"late bus", "restarted bus"}) {
+        SCOPED_TRACE(which);
+        called_.clear();
+        isBack = false;
+        ASSERT_TRUE(daemon.start());
+        EXPECT_TRUE(waitUntil([&] { return isBack; }));
+        EXPECT_TRUE(center.postNotification("name", "object"));
+        EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
+        daemon.stop();
+    }
     EXPECT_FALSE(center.postNotification("name", "object"));
 }
 

