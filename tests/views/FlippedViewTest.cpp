@@ -1,9 +1,7 @@
 #include <QImage>
 #include <gtest/gtest.h>
-#include <optional>
 #include <vector>
 
-#include "platform/foundation/NotificationCenter.h"
 #include "views/FlippedView.h"
 
 namespace quillet::test {
@@ -24,17 +22,6 @@ TEST(FlippedView, BlockAloneDrawsTheDirtyRectangle) {
     view.render(&canvas, QPoint(), QRegion(), QWidget::RenderFlags());
     EXPECT_EQ(drawn.size(), 1U);
     EXPECT_EQ(canvas, untouched);
-}
-
-TEST(FlippedView, TornDownViewIsNotNotifiedAnyMore) {
-    auto& center = platform::NotificationCenter::defaultCenter();
-    int notified = 0;
-    std::optional<FlippedView> view(std::in_place);
-    center.addObserver(&*view, "FLIPPED_VIEW_TEST", [&](const auto&) { ++notified; });
-    center.postNotification("FLIPPED_VIEW_TEST");
-    view.reset();
-    center.postNotification("FLIPPED_VIEW_TEST");
-    EXPECT_EQ(notified, 1);
 }
 
 }  // namespace

@@ -33,16 +33,9 @@ TEST(KXTint, TintTakesTheColourAndKeepsAlphaScaleAndReceiver) {
         EXPECT_EQ(drawn.pixelColor(drawn.width() - 1, drawn.height() - 1).alpha(), 0);
     }
     EXPECT_EQ(image.representations(), makeImage().representations());
-    const QColor half =
-        kx_imageTintedWithColor(image, QColor(0, 0, 255, 128)).representations()[0].pixel(0, 0);
-    EXPECT_NEAR(half.red(), 127, 1);
-    EXPECT_NEAR(half.blue(), 128, 1);
-}
-
-TEST(KXTint, WithoutColourOrSizeTheCopyIsUnchanged) {
-    EXPECT_EQ(kx_imageTintedWithColor(makeImage(), QColor()).representations(),
+    EXPECT_EQ(kx_imageTintedWithColor(image, QColor()).representations(),
               makeImage().representations());
-    EXPECT_TRUE(kx_imageTintedWithColor(platform::Image(), Qt::black).isNull());
+    EXPECT_TRUE(kx_imageTintedWithColor(platform::Image(), kBlue).isNull());
 }
 
 TEST(KXTint, BackgroundShowsWhereTheImageLetsItThrough) {
@@ -52,8 +45,6 @@ TEST(KXTint, BackgroundShowsWhereTheImageLetsItThrough) {
     EXPECT_NEAR(blue.pixelColor(3, 0).red(), 128, 1);
     EXPECT_NEAR(blue.pixelColor(3, 0).blue(), 127, 1);
     EXPECT_EQ(blue.pixelColor(5, 0), kBlue);
-    const platform::Image onWhite = tn_add_background_color_to_image(makeImage(), QColor());
-    EXPECT_EQ(onWhite.representations()[0].pixelColor(2, 0), QColor(Qt::white));
 }
 
 }  // namespace

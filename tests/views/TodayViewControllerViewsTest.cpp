@@ -31,14 +31,5 @@ TEST(TodayViewControllerViews, ViewsDoNotKeepTheirControllerAlive) {
     EXPECT_TRUE(weak.expired());
 }
 
-TEST(TodayViewControllerViews, RowBeyondTheListGetsACellWithoutMessage) {
-    WidgetWindow widget;
-    const std::unique_ptr<platform::TableCellView> cell(
-        widget.controller->tableView_viewForTableColumn_row(widget.table(), 7));
-    EXPECT_EQ(cell->identifier(), "TodayTableViewCell");
-    EXPECT_EQ(cell->size(), QSize(320, 60));
-    EXPECT_EQ(static_cast<const TodayTableViewCell&>(*cell).message(), nullptr);
-}
-
 }  // namespace
 }  // namespace quillet::test
