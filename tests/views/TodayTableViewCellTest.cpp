@@ -1,6 +1,5 @@
 #include <QApplication>
 #include <QPainter>
-#include <cmath>
 #include <gtest/gtest.h>
 
 #include "tests/support/LogCapture.h"
