@@ -20,6 +20,7 @@ constexpr std::string_view kCdataStart = "<![CDATA[";
 constexpr std::string_view kCdataEnd = "]]>";
 constexpr std::string_view kCommentStart = "<!--";
 constexpr std::string_view kCommentEnd = "-->";
+constexpr std::string_view kInstructionStart = "<?";
 constexpr std::string_view kInstructionEnd = "?>";
 
 struct Entity {
@@ -49,24 +50,28 @@ char* copyWithLineFeeds(std::string_view text, char* to) {
     return to;
 }
 
-// The markup at the start of the text that lasts until `ending`; the text has been checked.
-std::string_view takeMarkup(std::string_view& text, std::string_view ending) {
-    const std::size_t length = text.find(ending) + ending.size();
-    const std::string_view markup = text.substr(0, length);
-    text.remove_prefix(length);
-    return markup;
+// Takes markup off the text, which begins with `opening` and has been checked. Gives what stands
+// between the opening and the ending; the two may not share characters, "<!-->" ends no comment.
+std::string_view takeMarkup(std::string_view& text,
+                            std::string_view opening,
+                            std::string_view ending) {
+    const std::size_t end = text.find(ending, opening.size());
+    const std::string_view inside = text.substr(opening.size(), end - opening.size());
+    text.remove_prefix(end + ending.size());
+    return inside;
 }
 
 // Takes a CDATA section, a comment or an instruction off the text and copies what it stands for.
 char* copyMarkup(std::string_view& text, char* to) {
-    if (!text.starts_with(kCdataStart)) {
-        takeMarkup(text, text.starts_with(kCommentStart) ? kCommentEnd : kInstructionEnd);
-        return to;
+    if (text.starts_with(kCdataStart)) {
+        return copyWithLineFeeds(takeMarkup(text, kCdataStart, kCdataEnd), to);
     }
-    std::string_view section = takeMarkup(text, kCdataEnd);
-    section.remove_prefix(kCdataStart.size());
-    section.remove_suffix(kCdataEnd.size());
-    return copyWithLineFeeds(section, to);
+    if (text.starts_with(kCommentStart)) {
+        takeMarkup(text, kCommentStart, kCommentEnd);
+    } else {
+        takeMarkup(text, kInstructionStart, kInstructionEnd);
+    }
+    return to;
 }
 
 // Takes what copyToMarkup has stopped at off the text and copies what it stands for.

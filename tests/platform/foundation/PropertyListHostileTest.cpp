@@ -92,6 +92,42 @@ TEST(PropertyListHostile, FlippedBitsNeverLeadAstray) {
     EXPECT_GT(good, kRounds / 4);
 }
 
+TEST(PropertyListHostile, MarkupAtAnyPlaceNeverLeadsAstray) {
+    constexpr int kRounds = 20000;
+    constexpr std::size_t kMostPieces = 6;
+    static const char* const kPieces[] = {"<!--",
+                                          "-->",
+                                          "<!-->",
+                                          "<![CDATA[",
+                                          "]]>",
+                                          "<?",
+                                          "?>",
+                                          "<?>",
+                                          "&",
+                                          "&lt;",
+                                          "\r",
+                                          "</string>",
+                                          "<dict>",
+                                          "</dict>",
+                                          "\xC3"};
+    const std::string file =
+        "<array><dict><key>a b</key><string>one two</string><key>c</key><true/></dict>"
+        "<dict><key>a b</key><string>three</string><key>c</key><string>x</string></dict></array>";
+    std::mt19937 random(20251114);  // NOLINT(bugprone-random-generator-seed): repeatable
+    PropertyListDocument document;
+    int good = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        std::string markup;
+        for (std::size_t pieces = random() % kMostPieces + 1; pieces > 0; --pieces) {
+            markup += kPieces[random() % std::size(kPieces)];
+        }
+        std::string changed = file;
+        changed.insert(random() % changed.size(), markup);
+        good += readsWhole(document, changed) ? 1 : 0;
+    }
+    EXPECT_GT(good, kRounds / 100);
+}
+
 TEST(PropertyListHostile, EveryTrailerByteMayBeAnything) {
     const std::string file = binarySample();
     PropertyListDocument document;

@@ -41,6 +41,11 @@ TEST(PropertyListXml, ValuesReadAsWritten) {
         {"<string kind='a>b'>x</string  >", "\"x\""},
         {"<string>&amp;&lt;&gt;&quot;&apos;&#65;&#x1F600;</string>", "\"&<>\"'A\xF0\x9F\x98\x80\""},
         {"<string>a<![CDATA[<b>&amp;]]>c<!-- no -->d<?no?>e</string>", "\"a<b>&amp;cde\""},
+        // A comment or an instruction does not end with the characters that open it.
+        {"<string>a<!-->b-->c<?>d?>e</string>", "\"ace\""},
+        {"<string>x<!--><![CDATA[y--></string>", "\"x\""},
+        {"<string>x<?><![CDATA[y?></string>", "\"x\""},
+        {"<dict><key>x<!--><![CDATA[y--></key><true/></dict>", "{\"x\":true}"},
         {"<string>1\r\n2\r3\n4&#13;<![CDATA[\r\n]]></string>", "\"1\n2\n3\n4\r\n\""},
         {"<string>a]]>b</string>", "\"a]]>b\""},
         {"<integer>-12</integer>", "-12"},
