@@ -495,7 +495,7 @@ void XmlReader::rememberGap(const char* start, const char* value) {
     }
     Gap& gap = gaps_[index];
     if (value - start > static_cast<std::ptrdiff_t>(kLongestGap)) {
-        gap.length = 0;
+        gap = {};
         return;
     }
     gap = {offsetOf(start), offsetOf(value) - offsetOf(start), nodes_.back(), Type::Absent, {}};
@@ -577,7 +577,8 @@ bool XmlReader::readRepeatedEntry() {
         !sameBytes(at_, base_ + gap.offset, gap.length)) {
         return false;
     }
-    if (gap.seam && !openNextDictionary()) {
+    // A seam stands for the first gap that it was made from, which may have been replaced since.
+    if (gap.seam && (gap.key.offset != gaps_[0].key.offset || !openNextDictionary())) {
         return false;
     }
     at_ += gap.length;

@@ -1,6 +1,8 @@
 #include <array>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/PropertyList.h"
@@ -67,6 +69,68 @@ TEST(PropertyListKeys, FindsWhatALookUpFindsInDictionariesOfAnyOrder) {
         PropertyListDocument document;
         ASSERT_FALSE(document.parse(files[i]));
         EXPECT_EQ(valuesOfKeys(keys, document.root()), expected[i]);
+    }
+}
+
+// A dictionary with another first key, in the middle of a list of equal ones.
+TEST(PropertyListKeys, OtherKeysAreNotTakenForThoseOfTheDictionariesBefore) {
+    const auto dictionary = [](const char* key) {
+        return "<dict><key>" + std::string(key) + "</key><true/><key>d</key><false/></dict>";
+    };
+    const std::string space(400, ' ');
+    struct Case {
+        std::vector<std::string> keys;
+        const char* values;
+    };
+    const Case cases[] = {
+        {{"a", "a", "a", "e", "a"}, "true-false\ntrue-false\ntrue-false\n--false\ntrue-false\n"},
+        {{"e", "e", "e", "a", "e"}, "--false\n--false\n--false\ntrue-false\n--false\n"},
+        // The gap before this first key is too long to be remembered.
+        {{"e", "e", "<!--" + space + "-->a", "e"}, "--false\n--false\ntrue-false\n--false\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.values);
+        std::string list = "<array>";
+        for (const std::string& key : c.keys) {
+            list += dictionary(key.c_str());
+        }
+        PropertyListKeys keys(kKeys);
+        PropertyListDocument document;
+        ASSERT_FALSE(document.parse(list + "</array>"));
+        EXPECT_EQ(valuesOfKeys(keys, document.root()), c.values);
+    }
+}
+
+TEST(PropertyListKeys, FindsTheSameInRandomDictionaries) {
+    constexpr int kLists = 1500;
+    constexpr int kDictionaries = 30;
+    static const char* const kNames[] = {"a", "b&amp;c", "d", "e", "f"};
+    static const char* const kValues[] = {"<string>x</string>",
+                                          "<integer>1</integer>",
+                                          "<true/>",
+                                          "<dict><key>a</key><true/></dict>"};
+    std::mt19937 random(20251114);  // NOLINT(bugprone-random-generator-seed): repeatable
+    const auto below = [&random](std::size_t limit) { return random() % limit; };
+    PropertyListKeys keys(kKeys);
+    PropertyListDocument document;
+    for (int list = 0; list < kLists; ++list) {
+        std::array<std::string, 3> kinds;  // the entries of dictionaries that come again and again
+        for (std::string& kind : kinds) {
+            for (std::size_t entries = below(4); entries > 0; --entries) {
+                kind += "<key>" + std::string(kNames[below(std::size(kNames))]) + "</key>" +
+                        kValues[below(std::size(kValues))];
+                kind += below(20) == 0 ? std::string(300, ' ') : "";
+            }
+        }
+        std::string file = "<array>";
+        for (int i = 0; i < kDictionaries; ++i) {
+            const std::string& kind = kinds[below(4) == 0 ? below(kinds.size()) : 0];
+            file += (below(20) == 0 ? "<!-- -->" : "") + ("<dict>" + kind) + "</dict>";
+        }
+        SCOPED_TRACE(file);
+        ASSERT_FALSE(document.parse(file + "</array>"));
+        valuesOfKeys(keys, document.root());
+        ASSERT_FALSE(testing::Test::HasFailure());
     }
 }
 
