@@ -147,16 +147,18 @@ private:
 // bytes of one file and can be filled again, keeping its storage: fill `bytes()`, then parse().
 //
 // parse() checks the whole file, so that reading values afterwards needs no further checks and no
-// walk over the values can take more than maximumVisits() steps or kMaximumDepth levels. Parsing
-// is for one thread at a time.
+// walk over the values can take more steps than the file has visits or kMaximumDepth levels.
+// Parsing is for one thread at a time.
 class PropertyListDocument {
 public:
     static constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;  // bytes
     static constexpr std::size_t kMaximumDepth = 512;                                // levels
-    // A file of n bytes may unfold to kVisitsBase + kVisitsPerByte * n values. A text or data of
-    // the binary format counts as one value more for every 16 bytes.
-    static constexpr std::size_t kVisitsBase = 1024;
-    static constexpr std::size_t kVisitsPerByte = 4;
+    // Objects of the binary format that are shared count at each reference. A file of n bytes may
+    // unfold to kVisitsBase + n visits: one for each value, kVisitsPerElement more for each element
+    // of an array, one more for every 16 bytes of a text or data. An element that is not shared
+    // takes as many bytes in a file larger than the base, so that only shared ones meet the limit.
+    static constexpr std::size_t kVisitsBase = 65536;
+    static constexpr std::size_t kVisitsPerElement = 5;
 
     PropertyListDocument();
     ~PropertyListDocument();

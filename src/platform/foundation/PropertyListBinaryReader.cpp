@@ -277,8 +277,7 @@ public:
           bytes_(bytes),
           trailer_(trailer),
           width_(trailer.referenceWidth),
-          budget_(PropertyListDocument::kVisitsBase +
-                  PropertyListDocument::kVisitsPerByte * bytes.size()) {}
+          budget_(PropertyListDocument::kVisitsBase + bytes.size()) {}
 
     void check(std::uint32_t root);
 
@@ -386,6 +385,9 @@ void TreeChecker::checkKeys(Frame& frame) {
 // Looks at the references of a container up to one that leads to a container not yet checked.
 void TreeChecker::checkValues(Frame& frame) {
     const Node& container = nodes_[frame.node];
+    // Whoever reads an array makes something of each element, however small it is in the file.
+    const std::size_t price =
+        container.type == Type::Array ? PropertyListDocument::kVisitsPerElement : 0;
     while (frame.next < frame.count) {
         const std::uint64_t object = referenceAt(container, frame.next);
         if (object >= nodes_.size()) {
@@ -399,7 +401,7 @@ void TreeChecker::checkValues(Frame& frame) {
             open(static_cast<std::uint32_t>(object));
             return;
         }
-        addVisits(frame, node.extent);
+        addVisits(frame, node.extent + price);
         frame.height = std::max(frame.height, node.height);
         ++frame.next;
     }

@@ -190,6 +190,28 @@ TEST(PropertyListBinary, SharedReferencesThatUnfoldTooFarAreRefused) {
     objects = {"\xAF\x11\x02\x00"s + std::string(0x200, '\x01'),
                "\x5F\x12" + bigEndian(9000, 4) + std::string(9000, 'x')};
     ASSERT_TRUE(document.parse(binaryFile(objects, 1, 2)));
+
+    // A record is made of every element, which is one byte of the file.
+    const auto shared = [](std::size_t count, const char* element) {
+        return binaryFile(
+            {"\xAF\x12" + bigEndian(count, 4) + std::string(count, '\x01'), element}, 1, 4);
+    };
+    for (const char* element : {"\xD0", "\xA0", "\x09", "\x50"}) {
+        const auto tooMany = document.parse(shared(4'000'000, element));
+        ASSERT_TRUE(tooMany);
+        EXPECT_EQ(tooMany->kind, Kind::TooComplex);
+        EXPECT_FALSE(document.parse(shared(10'000, element)));
+    }
+}
+
+TEST(PropertyListBinary, ElementsThatAreNotSharedMeetNoLimit) {
+    constexpr std::size_t kElements = 100'000;
+    std::vector<std::string> objects{"\xAF\x12" + bigEndian(kElements, 4)};
+    for (std::size_t element = 1; element <= kElements; ++element) {
+        objects[0] += bigEndian(element, 3);
+        objects.emplace_back("\xD0");
+    }
+    EXPECT_FALSE(PropertyListDocument().parse(binaryFile(objects, 3, 3)));
 }
 
 TEST(PropertyListBinary, TextsThatOverlapAreRefused) {
