@@ -73,6 +73,13 @@ void describe(QCommandLineParser& parser, const Options& options) {
         QStringLiteral("[list | snapshot FILE.png]"));
 }
 
+// The toolkit's text, but with the program's name whatever it was started as.
+std::string helpOf(const QCommandLineParser& parser) {
+    const QString text = parser.helpText();
+    return "Usage: quillet-today" +
+           text.mid(text.indexOf(QLatin1String(" [options]"))).toStdString();
+}
+
 std::int64_t segmentOf(const QString& text) {
     bool valid = false;
     const qlonglong segment = text.toLongLong(&valid);
@@ -96,7 +103,16 @@ double scaleOf(const QString& text) {
 
 // An absolute path, so that it means the same whatever the working folder; empty stays empty.
 std::string containerOf(const QString& path) {
-    return path.isEmpty() ? std::string() : std::filesystem::absolute(bytesOf(path)).string();
+    if (path.isEmpty()) {
+        return {};
+    }
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(bytesOf(path), error);
+    if (error) {
+        throw UsageError{
+            QStringLiteral("--container needs an absolute path where there is no working folder")};
+    }
+    return absolute.string();
 }
 
 void readCommand(const QStringList& words, CommandLine& line) {
@@ -151,6 +167,9 @@ void checkOptions(const QCommandLineParser& parser,
     if (parser.isSet(options.dark) && parser.isSet(options.light)) {
         throw UsageError{QStringLiteral("choose one of --dark and --light")};
     }
+    if (line.look && list) {
+        throw UsageError{QStringLiteral("--dark and --light go with the panel and snapshot")};
+    }
     if (line.json && !list) {
         throw UsageError{QStringLiteral("--json goes with list")};
     }
@@ -173,7 +192,7 @@ std::variant<CommandLine, EarlyExit> readCommandLine(std::span<char* const> argu
             throw UsageError{parser.errorText()};
         }
         if (parser.isSet(options.help)) {
-            return EarlyExit{0, parser.helpText().toStdString()};
+            return EarlyExit{0, helpOf(parser)};
         }
         if (parser.isSet(options.version)) {
             return EarlyExit{0, "quillet-today " QUILLET_VERSION "\n"};

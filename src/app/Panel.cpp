@@ -5,13 +5,14 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPalette>
 #include <QScreen>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 
+#include "app/ScrollIndicator.h"
 #include "platform/desktop/Compositing.h"
 #include "views/Theme.h"
 
@@ -66,7 +67,10 @@ QRegion solidShape(const QRect& panel) {
 
 }  // namespace
 
-Panel::Panel() : placesItself_(programsMayPlaceWindows()), scrollArea_(new QScrollArea(this)) {
+Panel::Panel()
+    : placesItself_(programsMayPlaceWindows()),
+      scrollArea_(new QScrollArea(this)),
+      scrollIndicator_(new ScrollIndicator(scrollArea_)) {
     if (placesItself_) {
         setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
         setAttribute(Qt::WA_TranslucentBackground);
@@ -74,6 +78,7 @@ Panel::Panel() : placesItself_(programsMayPlaceWindows()), scrollArea_(new QScro
     setWindowTitle(QStringLiteral("Quillet Today"));
     scrollArea_->setFrameShape(QFrame::NoFrame);
     scrollArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scrollArea_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the indicator stands in
     scrollArea_->setWidgetResizable(true);
     scrollArea_->setFocusPolicy(Qt::NoFocus);
     scrollArea_->viewport()->setAutoFillBackground(false);
@@ -84,6 +89,8 @@ Panel::Panel() : placesItself_(programsMayPlaceWindows()), scrollArea_(new QScro
 void Panel::setContents(QWidget* view, const EdgeInsets& margins, platform::Look look) {
     look_ = look;
     insets_ = margins;
+    setPalette(lookPalette());
+    scrollIndicator_->setColor(theme().dateText);
     applyMargins();
     scrollArea_->setWidget(view);
     view->setAutoFillBackground(false);
@@ -101,6 +108,7 @@ void Panel::present() {
     applyMargins();
     fit();
     show();
+    followScreen();
     raise();
     activateWindow();
     // The keyboard starts before the first control, none of which stands out until Tab is pressed.
@@ -138,16 +146,40 @@ QRect Panel::availableGeometry() const {
 void Panel::fit() {
     const QRect available = availableGeometry();
     const QSize wanted = sizeHint();
-    const int height = std::min(wanted.height(), available.height());
-    const bool scrolls = height < wanted.height();
-    const int barWidth = scrolls ? scrollArea_->verticalScrollBar()->sizeHint().width() : 0;
-    scrollArea_->setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAlwaysOn
-                                                    : Qt::ScrollBarAlwaysOff);
-    setFixedSize(wanted.width() + barWidth, height);
+    setFixedSize(wanted.width(), std::min(wanted.height(), available.height()));
+    layout()->activate();
+    scrollIndicator_->place();
     if (placesItself_) {
         move(available.right() + 1 - width(), available.top());
         shadow_ == 0 ? setMask(solidShape(frame())) : clearMask();
     }
+}
+
+// The screen may change its size or go away, and a desktop bar may take room.
+void Panel::followScreen() {
+    disconnect(screenConnection_);
+    screenConnection_ = connect(screen(), &QScreen::availableGeometryChanged, this, &Panel::fit);
+}
+
+// For what the toolkit draws in the panel by itself, such as tooltips.
+QPalette Panel::lookPalette() const {
+    QPalette palette = QGuiApplication::palette();
+    for (const auto role : {QPalette::Window, QPalette::Base, QPalette::ToolTipBase}) {
+        palette.setColor(role, theme().panelBackground);
+    }
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ToolTipText}) {
+        palette.setColor(role, theme().senderText);
+    }
+    return palette;
+}
+
+bool Panel::event(QEvent* event) {
+    const bool handled = QWidget::event(event);
+    if (event->type() == QEvent::ScreenChangeInternal && isVisible()) {
+        followScreen();
+        fit();
+    }
+    return handled;
 }
 
 bool Panel::eventFilter(QObject* watched, QEvent* event) {

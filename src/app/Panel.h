@@ -10,6 +10,7 @@ class QScrollArea;
 
 namespace quillet {
 
+class ScrollIndicator;
 struct Theme;
 
 // The frameless window at the right edge of the screen that the widget is shown in; a normal
@@ -31,6 +32,7 @@ public:
     QSize sizeHint() const override;
 
 protected:
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -41,12 +43,16 @@ private:
     QRect frame() const;  // the panel inside the window, which holds its shadow too
     void applyMargins();
     void fit();
+    void followScreen();
+    QPalette lookPalette() const;
     const Theme& theme() const;
 
     bool placesItself_;
     int shadow_ = 0;  // points that the window is larger than the panel on each side
     EdgeInsets insets_;
     QScrollArea* scrollArea_;
+    ScrollIndicator* scrollIndicator_;
+    QMetaObject::Connection screenConnection_;
     platform::Look look_ = platform::Look::Light;
     std::function<void()> dismissed_;
 };

@@ -1,6 +1,7 @@
 #include "app/PanelController.h"
 
 #include <chrono>
+#include <utility>
 
 #include "model/ExtensionUtilities.h"
 #include "platform/desktop/Queues.h"
@@ -24,7 +25,7 @@ PanelController::PanelController(std::optional<Look> look)
     panel_.setDismissed([this] { hide(); });
     updateTimer_.setInterval(kUpdateInterval);
     QObject::connect(&updateTimer_, &QTimer::timeout, &updateTimer_, [this] { requestUpdate(); });
-    makeWidget();
+    install(makeWidget());
     watchStore();
 }
 
@@ -40,26 +41,24 @@ bool PanelController::isShown() const {
     return panel_.isVisible();
 }
 
-void PanelController::makeWidget() {
-    panel_.takeContents();
-    widget_ = TodayViewController::make(
+std::shared_ptr<TodayViewController> PanelController::makeWidget() const {
+    auto widget = TodayViewController::make(
         {platform::mainQueue(), platform::backgroundQueue(), platform::UserDefaults::standard()});
-    shownLook_ = look();
-    widget_->setDarkAppearance(shownLook_ == Look::Dark);
-    QWidget* view = widget_->view();
-    panel_.setContents(
-        view, widget_->widgetMarginInsetsForProposedMarginInsets(kProposedMargins), shownLook_);
+    widget->setDarkAppearance(look() == Look::Dark);
+    widget->view();
+    return widget;
+}
+
+void PanelController::install(std::shared_ptr<TodayViewController> widget) {
+    panel_.takeContents();
+    widget_ = std::move(widget);
+    panel_.setContents(widget_->view(),
+                       widget_->widgetMarginInsetsForProposedMarginInsets(kProposedMargins),
+                       widget_->darkAppearance() ? Look::Dark : Look::Light);
 }
 
 // The look is fixed when a view tree is built, so another look takes another tree.
 void PanelController::appearanceChanged() {
-    if (look() == shownLook_) {
-        if (isShown()) {
-            platform::AnimationContext::setEnabled(!appearance_.reducedMotion());
-        }
-        return;
-    }
-    makeWidget();
     if (isShown() || appearing_) {
         appear();
     }
@@ -74,25 +73,41 @@ void PanelController::show() {
 // The widget's first read schedules its list, and the list its height, each one turn of the main
 // queue later; the panel comes up behind them, so that it never shows half a list.
 void PanelController::appear() {
-    appearing_ = true;
+    const bool sameLook = widget_->darkAppearance() == (look() == Look::Dark);
+    appearing_ = sameLook ? widget_ : makeWidget();
     platform::AnimationContext::setEnabled(false);
-    widget_->viewWillAppear();
-    platform::mainQueue().async([this] { platform::mainQueue().async([this] { present(); }); });
+    appearing_->viewWillAppear();
+    afterTwoTurns([this, expected = appearing_] {
+        if (appearing_ == expected) {  // neither hidden again nor overtaken meanwhile
+            present();
+        }
+    });
+}
+
+void PanelController::afterTwoTurns(std::function<void()> block) {
+    const auto guarded = [life = std::weak_ptr(life_), block = std::move(block)] {
+        if (life.lock()) {
+            block();
+        }
+    };
+    platform::mainQueue().async([guarded] { platform::mainQueue().async(guarded); });
 }
 
 void PanelController::present() {
-    if (!appearing_) {
-        return;  // hidden again meanwhile
+    auto widget = std::exchange(appearing_, nullptr);
+    if (widget != widget_) {
+        install(std::move(widget));
     }
-    appearing_ = false;
-    panel_.present();
+    if (!isShown()) {
+        panel_.present();
+    }
     platform::AnimationContext::setEnabled(!appearance_.reducedMotion());
     updateTimer_.start();
     requestUpdate();
 }
 
 void PanelController::hide() {
-    appearing_ = false;
+    appearing_ = nullptr;
     updateTimer_.stop();
     panel_.hide();
 }

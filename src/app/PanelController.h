@@ -34,21 +34,25 @@ public:
 private:
     platform::Look look() const;
     void appearanceChanged();
-    void makeWidget();
+    std::shared_ptr<TodayViewController> makeWidget() const;
+    void install(std::shared_ptr<TodayViewController> widget);
     void appear();
     void present();
+    void afterTwoTurns(std::function<void()> block);
     void requestUpdate();
     void watchStore();
 
     std::optional<platform::Look> override_;
     platform::Appearance appearance_;
-    platform::Look shownLook_ = platform::Look::Light;
     Panel panel_;
     std::shared_ptr<TodayViewController> widget_;
+    // What is about to be shown: the widget, or the one that follows it in another look.
+    std::shared_ptr<TodayViewController> appearing_;
     std::unique_ptr<platform::FolderWatcher> storeWatcher_;
     std::unique_ptr<platform::FolderWatcher> accountsWatcher_;
     QTimer updateTimer_;
-    bool appearing_ = false;
+    // Ends with the controller; blocks that wait on a queue hold it weakly.
+    std::shared_ptr<const bool> life_ = std::make_shared<const bool>(true);
 };
 
 }  // namespace quillet

@@ -2,6 +2,9 @@
 
 #include <QApplication>
 #include <QSystemTrayIcon>
+#include <QTimer>
+#include <chrono>
+#include <cstdlib>
 
 #include "app/PanelController.h"
 #include "app/ProgramIcon.h"
@@ -10,6 +13,15 @@
 #include "platform/desktop/Queues.h"
 
 namespace quillet {
+
+namespace {
+
+// A panel that starts with the session may be there before the tray is.
+constexpr std::chrono::seconds kTrayInterval{2};
+constexpr int kTrayAttempts = 30;
+constexpr std::chrono::milliseconds kPatience{500};
+
+}  // namespace
 
 int runPanel(std::optional<platform::Look> look) {
     QApplication::setQuitOnLastWindowClosed(false);
@@ -26,21 +38,32 @@ int runPanel(std::optional<platform::Look> look) {
     QApplication::setWindowIcon(programIcon());
     panel.emplace(look);
     std::optional<TrayIcon> tray;
-    if (QSystemTrayIcon::isSystemTrayAvailable()) {
-        tray.emplace(*panel);
-    }
-    // A hidden panel that nothing could bring back would only linger.
-    const bool reachable = tray || role == SingleInstance::Role::First;
-    panel->panel().setDismissed([&panel, reachable] {
+    QTimer trayTimer;
+    const auto lookForTray = [&, attempts = 0]() mutable {
+        if (QSystemTrayIcon::isSystemTrayAvailable()) {
+            tray.emplace(*panel);
+        }
+        if (tray || ++attempts == kTrayAttempts) {
+            trayTimer.stop();
+        }
+    };
+    QObject::connect(&trayTimer, &QTimer::timeout, &trayTimer, lookForTray);
+    trayTimer.start(kTrayInterval);
+    panel->panel().setDismissed([&] {
         panel->hide();
-        if (!reachable) {
+        // A hidden panel that nothing could bring back would only linger.
+        if (!tray && role != SingleInstance::Role::First) {
             QCoreApplication::quit();
         }
     });
     panel->show();
     const int status = QApplication::exec();
+    panel->hide();
     // Blocks still under way hold the widget, whose views must end before the application does.
-    platform::drainBackgroundQueue();
+    if (!platform::drainBackgroundQueue(kPatience)) {
+        std::_Exit(status);  // the host holds its lock; whoever quits does not wait for it
+    }
+    tray.reset();
     panel.reset();
     QCoreApplication::sendPostedEvents();
     return status;

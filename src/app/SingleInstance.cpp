@@ -2,9 +2,11 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <utility>
 
+#include "platform/desktop/Queues.h"
 #include "platform/foundation/Bundle.h"
 
 namespace quillet {
@@ -38,12 +40,15 @@ SingleInstance::Role SingleInstance::claim() {
     const QDBusMessage call =
         QDBusMessage::createMethodCall(busName(), kPath, kInterface, QStringLiteral("Toggle"));
     const QDBusMessage answer = bus.call(call, QDBus::Block, kAnswerTime);
-    // A name that is no valid bus name, or an owner that does not answer, leaves us on our own.
-    return answer.type() == QDBusMessage::ReplyMessage ? Role::Later : Role::Unknown;
+    // An owner that is too busy to answer still has the call and will follow it. Any other error
+    // (a name that is no valid bus name, an owner just gone) leaves us on our own.
+    const bool told = answer.type() == QDBusMessage::ReplyMessage ||
+                      QDBusError(answer).type() == QDBusError::NoReply;
+    return told ? Role::Later : Role::Unknown;
 }
 
 void SingleInstance::Toggle() {
-    toggle_();
+    platform::mainQueue().async(toggle_);  // the answer goes out before anything that takes long
 }
 
 }  // namespace quillet

@@ -9,6 +9,7 @@
 #include "app/ListCommand.h"
 #include "app/PanelProgram.h"
 #include "app/SnapshotCommand.h"
+#include "platform/desktop/Display.h"
 #include "platform/foundation/FileManager.h"
 
 namespace {
@@ -59,6 +60,13 @@ int runList(const CommandLine& line) {
 }
 
 int runSnapshot(const CommandLine& line, int argc, char** argv) {
+    // --scale alone decides how large the picture is.
+    for (const char* variable : {"QT_SCREEN_SCALE_FACTORS",
+                                 "QT_FONT_DPI",
+                                 "QT_USE_PHYSICAL_DPI",
+                                 "QT_SCALE_FACTOR_ROUNDING_POLICY"}) {
+        unsetenv(variable);
+    }
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     setenv("QT_SCALE_FACTOR", std::to_string(line.scale).c_str(), 1);
     const QApplication application(argc, argv);
@@ -72,6 +80,13 @@ int runSnapshot(const CommandLine& line, int argc, char** argv) {
 }
 
 int runPanel(const CommandLine& line, int argc, char** argv) {
+    if (!quillet::platform::hasDisplay()) {
+        std::fputs(
+            "quillet-today: there is no display for the panel; start it in a desktop session, "
+            "or use \"quillet-today list\" or \"quillet-today snapshot FILE.png\"\n",
+            stderr);
+        return kFailure;
+    }
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("quillet-today"));
     QGuiApplication::setDesktopFileName(QStringLiteral("it.tarno.quillet.today"));

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/CommandLine.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
 
@@ -41,6 +42,7 @@ TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
         {{"snapshot", "a.png", "--scale", "0"}, "--scale takes"},
         {{"--dark", "--light"}, "choose one"},
         {{"--json"}, "--json goes with list"},
+        {{"list", "--dark"}, "--dark and --light go with"},
         {{"list", "--scale", "2"}, "--scale goes with snapshot"},
         {{"--segment", "1"}, "--segment goes with"},
     };
@@ -56,8 +58,8 @@ TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
 }
 
 TEST(CommandLine, HelpAndVersionEndWell) {
-    for (const auto& [word, text] :
-         {std::pair("--help", "snapshot FILE.png"), std::pair("--version", "quillet-today 0.")}) {
+    for (const auto& [word, text] : {std::pair("--help", "Usage: quillet-today [options]"),
+                                     std::pair("--version", "quillet-today 0.")}) {
         const auto result = readWords({word});
         ASSERT_TRUE(std::holds_alternative<EarlyExit>(result));
         EXPECT_EQ(std::get<EarlyExit>(result).status, 0);
@@ -74,6 +76,16 @@ TEST(CommandLine, OptionsMayStandOnEitherSideOfTheCommand) {
     EXPECT_EQ(line.segment, -3);
     EXPECT_EQ(line.container, (std::filesystem::current_path() / "box").string());
     EXPECT_EQ(line.look, std::nullopt);
+}
+
+TEST(CommandLine, RelativeContainerNeedsAWorkingFolder) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    {
+        const TemporaryFolder gone;
+        std::filesystem::current_path(gone.path());
+    }
+    EXPECT_TRUE(std::holds_alternative<EarlyExit>(readWords({"list", "--container", "box"})));
+    std::filesystem::current_path(before);
 }
 
 TEST(CommandLine, PathsKeepEveryByte) {

@@ -52,6 +52,14 @@ TEST_F(PanelControllerTest, HidingBeforeThePanelIsUpKeepsItDown) {
     EXPECT_TRUE(waitUntil([&] { return panel.isShown(); }));
 }
 
+TEST_F(PanelControllerTest, PanelThatEndsWhileItAppearsIsNotTouchedAgain) {
+    std::optional<PanelController> panel(std::in_place, platform::Look::Light);
+    panel->show();
+    QCoreApplication::processEvents();
+    panel.reset();
+    QCoreApplication::sendPostedEvents();
+}
+
 TEST_F(PanelControllerTest, HostsNotificationLeadsToARead) {
     const std::string path = writeFile("a@x", "1.plist", fileXml(messageXml("m", 1)));
     PanelController panel(platform::Look::Dark);

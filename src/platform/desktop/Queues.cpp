@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QObject>
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -84,9 +85,9 @@ public:
         given_.notify_one();
     }
 
-    void drain() {
+    bool drain(std::chrono::milliseconds limit) {
         std::unique_lock lock(mutex_);
-        done_.wait(lock, [this] { return blocks_.empty() && running_ == 0; });
+        return done_.wait_for(lock, limit, [this] { return blocks_.empty() && running_ == 0; });
     }
 
 private:
@@ -142,8 +143,8 @@ Queue& backgroundQueue() {
     return theBackgroundQueue();
 }
 
-void drainBackgroundQueue() {
-    theBackgroundQueue().drain();
+bool drainBackgroundQueue(std::chrono::milliseconds limit) {
+    return theBackgroundQueue().drain(limit);
 }
 
 }  // namespace quillet::platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "platform/foundation/Queue.h"
 
 namespace quillet::platform {
@@ -12,6 +14,7 @@ Queue& mainQueue();
 Queue& backgroundQueue();
 
 // Waits until every block given to the background queue so far has run; for the end of the program.
-void drainBackgroundQueue();
+// False where some still run after `limit`: one may wait for a lock that another program holds.
+bool drainBackgroundQueue(std::chrono::milliseconds limit = std::chrono::minutes(1));
 
 }  // namespace quillet::platform
