@@ -6,13 +6,17 @@
 #include <ctime>
 #include <mutex>
 #include <unicode/basictz.h>
+#include <unicode/dtrule.h>
 #include <unicode/gregocal.h>
+#include <unicode/rbtz.h>
 #include <unicode/simpletz.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
+#include <unicode/tzrule.h>
 #include <unicode/tztrans.h>
 #include <utility>
 
+#include "platform/foundation/PosixTimeZone.h"
 #include "platform/foundation/UserRegion.h"
 
 namespace quillet::platform {
@@ -23,6 +27,7 @@ using icu::UnicodeString;
 
 constexpr double kSecondsPerDay = 86400;
 constexpr double kFarthest = 1e8 * kSecondsPerDay;  // seconds; every calendar stays quick up to it
+constexpr std::int32_t kSecond = 1000;              // milliseconds
 constexpr std::int64_t kDay = 86'400'000;           // milliseconds
 
 // Milliseconds since 1970, cut towards the past. Whole seconds and the rest are taken apart, so
@@ -40,20 +45,73 @@ icu::Locale userLocale() {
     return icu::Locale::createCanonical(dateLocaleName().c_str());
 }
 
+std::unique_ptr<icu::AnnualTimeZoneRule> annualRule(const UnicodeString& name,
+                                                    int standard,
+                                                    int saving,
+                                                    const PosixTimeZone::Change& change) {
+    const auto month = static_cast<std::int32_t>(change.month);
+    const std::int32_t time = change.time * kSecond;
+    auto day = change.week == 0 ? std::make_unique<icu::DateTimeRule>(
+                                      month, change.day, time, icu::DateTimeRule::WALL_TIME)
+                                : std::make_unique<icu::DateTimeRule>(month,
+                                                                      change.week,
+                                                                      UCAL_SUNDAY + change.weekday,
+                                                                      time,
+                                                                      icu::DateTimeRule::WALL_TIME);
+    constexpr std::int32_t kFirstYear = 1;
+    return std::make_unique<icu::AnnualTimeZoneRule>(name,
+                                                     standard * kSecond,
+                                                     saving * kSecond,
+                                                     day.release(),
+                                                     kFirstYear,
+                                                     icu::AnnualTimeZoneRule::MAX_YEAR);
+}
+
+// Null where the library refuses the rules.
+std::unique_ptr<icu::TimeZone> zoneWithRules(const UnicodeString& id, const PosixTimeZone& zone) {
+    const PosixTimeZone::Saving& saving = *zone.saving;
+    auto result = std::make_unique<icu::RuleBasedTimeZone>(
+        id, new icu::InitialTimeZoneRule(id, zone.offset * kSecond, 0));
+    UErrorCode status = U_ZERO_ERROR;
+    // The order decides where both fall together, as they do in a zone that always saves.
+    for (const auto& [offset, change] :
+         {std::pair(0, saving.end), std::pair(saving.offset - zone.offset, saving.start)}) {
+        result->addTransitionRule(annualRule(id, zone.offset, offset, change).release(), status);
+    }
+    result->complete(status);
+    return U_SUCCESS(status) ? std::move(result) : nullptr;
+}
+
+// A zone of an id that the zone database does not have.
+std::unique_ptr<icu::TimeZone> unlistedZone(const UnicodeString& id, const std::string& name) {
+    const std::optional<PosixTimeZone> zone = posixTimeZone(name);
+    if (zone && zone->saving) {
+        if (auto result = zoneWithRules(id, *zone)) {
+            return result;
+        }
+    }
+    // The C library may know more: the path of a zone file that is kept elsewhere.
+    ::tzset();
+    const auto offset = zone ? zone->offset : -static_cast<std::int32_t>(::timezone);
+    return std::make_unique<icu::SimpleTimeZone>(offset * kSecond, id);
+}
+
 std::unique_ptr<icu::TimeZone> userTimeZone() {
     const std::optional<std::string> name = timeZoneName();
     if (!name) {
         return std::unique_ptr<icu::TimeZone>(icu::TimeZone::detectHostTimeZone());
     }
     const UnicodeString id = UnicodeString::fromUTF8(*name);
-    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
-    UnicodeString found;
-    if (zone->getID(found) == id) {
-        return zone;
+    UnicodeString ignored;
+    UBool isListed = false;
+    UErrorCode status = U_ZERO_ERROR;
+    // The library makes zones of texts like "GMT+02:00" too, with the sign that they have not in
+    // TZ.
+    icu::TimeZone::getCanonicalID(id, ignored, isListed, status);
+    if (U_SUCCESS(status) && isListed) {
+        return std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(id));
     }
-    // Not in the zone database: the C library knows what a text like "JST-9" means.
-    ::tzset();
-    return std::make_unique<icu::SimpleTimeZone>(static_cast<std::int32_t>(-::timezone * 1000), id);
+    return unlistedZone(id, *name);
 }
 
 icu::DateFormat::EStyle styleOf(DateStyle style) {

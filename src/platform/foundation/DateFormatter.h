@@ -14,8 +14,9 @@ enum class DateStyle { None, Short };
 // counts as 0.
 //
 // The user's locale is LC_ALL, LC_TIME or LANG (the first that is set and not empty; "C", "POSIX"
-// and none give en_US_POSIX), its calendar is the one of that locale, the local time zone is TZ or
-// the system's; all as they were when the formatter was made. Texts are CLDR's. Formatting and
+// and none give en_US_POSIX), its calendar is the one of that locale, the local time zone is TZ (a
+// zone of the database, or a POSIX text with its rules for daylight saving) or the system's; all
+// as they were when the formatter was made. Texts are CLDR's. Formatting and
 // parsing may run on any threads at once.
 class DateFormatter {
 public:

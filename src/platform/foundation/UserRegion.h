@@ -14,7 +14,8 @@ std::string dateLocaleName();
 
 // The time zone that TZ names, as in the zone database; the name of a zone file, given by its path
 // (":/etc/localtime", "/usr/share/zoneinfo/Europe/Berlin"), is that of its zone. None where TZ is
-// unset, which leaves the zone to the system. Other texts ("JST-9") are returned as they are.
+// unset, which leaves the zone to the system. Other texts ("JST-9") are returned as they are; see
+// PosixTimeZone.
 std::optional<std::string> timeZoneName();
 
 }  // namespace quillet::platform
