@@ -15,9 +15,10 @@ struct State {
     Log::Sink sink;
 };
 
+// Never destroyed: threads may log until the very end.
 State& state() {
-    static State instance;
-    return instance;
+    static auto* const instance = new State;
+    return *instance;
 }
 
 bool isControl(char character) {
