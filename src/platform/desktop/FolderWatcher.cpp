@@ -16,6 +16,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "platform/foundation/Error.h"
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/Log.h"
@@ -67,14 +68,18 @@ private:
 
     // Sets the watches anew: those of the way to the folder and of the tree, as far as they exist,
     // and drops those of folders that are no longer there. What comes or goes between two looks at
-    // the disk shows in a second attempt.
+    // the disk shows in a second attempt. A failure costs changes, so the first one is logged.
     void watchAll() {
         ++round_;
+        failure_.reset();
         for (int attempt = 0; attempt < kAttempts; ++attempt) {
             const std::optional<fs::path> awaited = watchWay();
             if (addInside(folder_, 0) || (awaited && !FileManager::fileExists(awaited->string()))) {
                 break;
             }
+        }
+        if (failure_) {
+            Log::write("FolderWatcher %@", {failure_->description()});
         }
         isFolderThere_ = FileManager::folderExists(folder_.string());
         std::erase_if(watches_, [this](const auto& entry) {
@@ -131,6 +136,9 @@ private:
         const int id =
             ::inotify_add_watch(inotify_.get(), folder.c_str(), mask | IN_ONLYDIR | IN_EXCL_UNLINK);
         if (id < 0) {
+            if (errno != ENOENT && errno != ENOTDIR && !failure_) {
+                failure_ = posixError(errno, folder.string());
+            }
             return nullptr;
         }
         Watch& watch = watches_[id];
@@ -185,6 +193,7 @@ private:
     QTimer settle_;
     std::map<int, Watch> watches_;
     unsigned round_ = 0;
+    std::optional<Error> failure_;  // the first of this round
     bool isFolderThere_ = false;
 };
 

@@ -1,8 +1,10 @@
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 
 #include "platform/desktop/FolderWatcher.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 
@@ -95,6 +97,13 @@ TEST_F(FolderWatcherTest, ChangesElsewhereAreNotToldAndManyInQuickSuccessionOnce
     }
     settle();
     EXPECT_EQ(count_, 1);
+}
+
+TEST_F(FolderWatcherTest, AFolderThatCannotBeWatchedIsLoggedOnce) {
+    const LogCapture log;
+    fs::create_symlink("loop", folder_.path("loop"));
+    const auto watcher = watch("loop/store/Today", 0, count_);
+    EXPECT_THAT(log.lines(), testing::ElementsAre(testing::StartsWith("FolderWatcher ")));
 }
 
 TEST_F(FolderWatcherTest, AWatcherMayBeEndedByTheCall) {
