@@ -9,6 +9,7 @@
 #include <deque>
 #include <mutex>
 #include <sys/resource.h>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -76,13 +77,16 @@ MainQueue& theMainQueue() {
 class BackgroundQueue final : public Queue {
 public:
     void async(Block block) override {
-        const std::lock_guard lock(mutex_);
+        std::unique_lock lock(mutex_);
         blocks_.push_back(std::move(block));
         if (blocks_.size() > idle_ && workers_ < kMaximumWorkers) {
-            std::thread([this] { work(); }).detach();
-            ++workers_;
+            addWorker();
         }
-        given_.notify_one();
+        if (workers_ == 0) {
+            runNext(lock);
+        } else {
+            given_.notify_one();
+        }
     }
 
     bool drain(std::chrono::milliseconds limit) {
@@ -95,6 +99,29 @@ private:
     static constexpr std::size_t kMaximumWorkers = 4;
     static constexpr int kNiceness = 19;
 
+    // Where the system has no more threads to give, those that there are do the work.
+    void addWorker() {
+        try {
+            std::thread([this] { work(); }).detach();
+            ++workers_;
+        } catch (const std::system_error&) {
+            return;
+        }
+    }
+
+    // Runs the block that has waited longest; the lock is let go meanwhile.
+    void runNext(std::unique_lock<std::mutex>& lock) {
+        Block block = std::move(blocks_.front());
+        blocks_.pop_front();
+        ++running_;
+        lock.unlock();
+        block();
+        block = nullptr;  // what it holds ends before it counts as done
+        lock.lock();
+        --running_;
+        done_.notify_all();
+    }
+
     [[noreturn]] void work() {
         // On Linux this is the niceness of the calling thread alone. Not the idle class: on a busy
         // machine its threads may never run.
@@ -104,15 +131,7 @@ private:
             ++idle_;
             given_.wait(lock, [this] { return !blocks_.empty(); });
             --idle_;
-            Block block = std::move(blocks_.front());
-            blocks_.pop_front();
-            ++running_;
-            lock.unlock();
-            block();
-            block = nullptr;  // what it holds ends before it counts as done
-            lock.lock();
-            --running_;
-            done_.notify_all();
+            runNext(lock);
         }
     }
 

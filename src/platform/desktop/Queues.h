@@ -10,7 +10,8 @@ namespace quillet::platform {
 // loop. A block given before there is an event loop waits for it.
 Queue& mainQueue();
 
-// The global queue of background priority: runs blocks on worker threads of lowest priority.
+// The global queue of background priority: runs blocks on worker threads of lowest priority. Where
+// the system refuses the very first thread, a block runs at once on the thread that gives it.
 Queue& backgroundQueue();
 
 // Waits until every block given to the background queue so far has run; for the end of the program.

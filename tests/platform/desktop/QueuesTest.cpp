@@ -1,6 +1,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <thread>
 #include <vector>
@@ -51,6 +52,22 @@ TEST(BackgroundQueue, BlocksRunOnThreadsOfLowestPriorityAndDrainWaitsForAll) {
     drainBackgroundQueue();
     EXPECT_EQ(count, 100);
     EXPECT_EQ(::getpriority(PRIO_PROCESS, 0), 0);
+}
+
+TEST(BackgroundQueue, BlocksRunAlsoWhereTheSystemRefusesMoreThreads) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(::pthread_getattr_default_np(&attributes), 0);
+    pthread_attr_t refused = attributes;
+    ASSERT_EQ(::pthread_attr_setstacksize(&refused, std::size_t{1} << 50), 0);
+    ASSERT_EQ(::pthread_setattr_default_np(&refused), 0);
+    std::atomic<int> count{0};
+    for (int block = 0; block < 10; ++block) {
+        EXPECT_NO_THROW(backgroundQueue().async([&] { ++count; }));
+    }
+    EXPECT_EQ(::pthread_setattr_default_np(&attributes), 0);
+    ::pthread_attr_destroy(&attributes);
+    drainBackgroundQueue();
+    EXPECT_EQ(count, 10);
 }
 
 TEST(BackgroundQueue, ABlockThatWaitsDoesNotHoldUpTheOthers) {
