@@ -96,8 +96,8 @@ std::string mailOf(std::size_t account) {
 }
 
 void write(const std::string& dataFolder, const host::StoreFile& file) {
-    if (const auto error = host::writeStore(dataFolder, {&file, 1})) {
-        throw std::runtime_error(error->description());
+    if (const auto failure = host::writeStore(dataFolder, {&file, 1})) {
+        throw std::runtime_error(failure->error.description());
     }
 }
 

@@ -14,21 +14,23 @@ std::string dataFolder(const std::string& container) {
     return Path::appendingPathComponent(container, ExtensionUtilities::GroupFolderName());
 }
 
-std::optional<platform::Error> writeStore(const std::string& dataFolder,
-                                          std::span<const StoreFile> files) {
+std::optional<StoreFailure> writeStore(const std::string& dataFolder,
+                                       std::span<const StoreFile> files) {
     const platform::FileCoordinator coordinator(dataFolder);
     for (const StoreFile& file : files) {
         const std::string path = Path::appendingPathComponent(dataFolder, file.path);
         const std::string bytes = writePropertyList(file.root, file.format);
-        std::optional<platform::Error> failure;
-        auto error = FileManager::createFolder(path.substr(0, path.rfind('/')));
-        if (!error) {
-            error = coordinator.coordinateWriting(path, [&](const std::string& target) {
+        auto failure = FileManager::createFolder(path.substr(0, path.rfind('/')));
+        if (!failure) {
+            const auto error = coordinator.coordinateWriting(path, [&](const std::string& target) {
                 failure = FileManager::writeFileAtomically(target, bytes);
             });
+            if (error) {
+                return StoreFailure{*error, true};
+            }
         }
-        if (error || failure) {
-            return error ? error : failure;
+        if (failure) {
+            return StoreFailure{*failure};
         }
     }
     return std::nullopt;

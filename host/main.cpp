@@ -82,9 +82,12 @@ int write(const std::string& container, bool isVerbose) {
     using namespace quillet;
     const std::string folder = host::dataFolder(container);
     const auto files = host::sampleStore(host::currentSampleTime());
-    if (const auto error = host::writeStore(folder, files)) {
-        std::cerr << "quillet-sample-host: " << error->description()
-                  << "\nName a folder that you may write into.\n";
+    if (const auto failure = host::writeStore(folder, files)) {
+        std::cerr << "quillet-sample-host: " << failure->error.description() << '\n'
+                  << (failure->isOfLock
+                          ? "Let XDG_RUNTIME_DIR name a folder that is yours alone, or TMPDIR one "
+                            "that you may write into.\n"
+                          : "Name a folder that you may write into.\n");
         return kFailure;
     }
     const bool isTold = platform::DistributedNotificationCenter::defaultCenter().postNotification(

@@ -39,10 +39,17 @@ bool somebodyWaitsForToday(const std::string& runtimeFolder) {
     return false;
 }
 
-TEST(ContainerDocument, ExampleWritesAFileAfterTheReaderIsDone) {
+// Whether the folder of the session can be used for locks.
+class ContainerDocument : public testing::TestWithParam<bool> {};
+
+INSTANTIATE_TEST_SUITE_P(, ContainerDocument, testing::Bool());
+
+TEST_P(ContainerDocument, ExampleWritesAFileAfterTheReaderIsDone) {
     const TemporaryFolder container;
     const TemporaryFolder runtime;
+    ASSERT_EQ(::chmod(runtime.path().c_str(), GetParam() ? 0700 : 0755), 0);
     const EnvironmentVariable runtimeVariable{"XDG_RUNTIME_DIR", runtime.path()};
+    const EnvironmentVariable temporaryVariable{"TMPDIR", runtime.path()};
     const std::string example = documentExample("container.md", "python");
     ASSERT_NE(example, "");
     const std::string script = container.writeFile("host.py", example);

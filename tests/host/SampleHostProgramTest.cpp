@@ -48,6 +48,11 @@ TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
         EXPECT_EQ(command.finish(), row.status);
         EXPECT_THAT(command.output(), testing::HasSubstr(row.output));
     }
+    const std::string noFolder = "XDG_RUNTIME_DIR=" + file + " TMPDIR=" + file + " ";
+    Command lockless(noFolder + QUILLET_SAMPLE_HOST " write " + folder_.path());
+    EXPECT_EQ(lockless.finish(), 1);
+    EXPECT_THAT(lockless.output(), testing::HasSubstr("XDG_RUNTIME_DIR"));
+    EXPECT_THAT(lockless.output(), testing::Not(testing::HasSubstr("Name a folder")));
     Command quiet(QUILLET_SAMPLE_HOST " write " + folder_.path());
     quiet.finish();
     EXPECT_EQ(quiet.output(), "");

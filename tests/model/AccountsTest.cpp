@@ -44,7 +44,9 @@ TEST_F(AccountsTest, WithoutAContainerThereAreNoAccounts) {
 
 TEST_F(AccountsTest, CoordinationThatFailsIsLoggedAndGivesNoAccounts) {
     write("<array><dict/></array>");
-    const EnvironmentVariable broken("XDG_RUNTIME_DIR", container.writeFile("no-folder", ""));
+    const std::string file = container.writeFile("no-folder", "");
+    const EnvironmentVariable noSession("XDG_RUNTIME_DIR", file);
+    const EnvironmentVariable noTemporary("TMPDIR", file);
     EXPECT_THAT(ExtensionUtilities::Accounts(), IsEmpty());
     EXPECT_THAT(log.lines(), ElementsAre(StartsWith("NSFileCoordinator Accounts ")));
 }

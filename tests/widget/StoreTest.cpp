@@ -169,7 +169,9 @@ TEST_F(StoreTest, FilesThatComeAndGoDuringTheReadDoNoHarm) {
 
 TEST_F(StoreTest, FailedCoordinationIsLoggedAndReadsNothing) {
     writeFile("a@x", "1.plist", fileXml(messageXml("m", 1)));
-    const EnvironmentVariable broken("XDG_RUNTIME_DIR", container.writeFile("no-folder", ""));
+    const std::string file = container.writeFile("no-folder", "");
+    const EnvironmentVariable noSession("XDG_RUNTIME_DIR", file);
+    const EnvironmentVariable noTemporary("TMPDIR", file);
     EXPECT_THAT(read(), IsEmpty());
     EXPECT_THAT(log.lines(),
                 ElementsAre(StartsWith("NSFileCoordinator Accounts "),

@@ -135,14 +135,9 @@ bool finishFile(FileDescriptor file, std::string_view bytes, std::optional<mode_
     return ::close(file.release()) == 0;
 }
 
-std::optional<Error> checkPrivateFolder(const std::string& path, const struct stat& found) {
-    if (!S_ISDIR(found.st_mode)) {
-        return posixError(ENOTDIR, path);
-    }
-    if (found.st_uid != ::geteuid() || (found.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-        return posixError(EPERM, path + " is not private to the user");
-    }
-    return std::nullopt;
+bool isPrivateFolder(const struct stat& found) {
+    return S_ISDIR(found.st_mode) && found.st_uid == ::geteuid() &&
+           (found.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
 }  // namespace
@@ -244,27 +239,25 @@ std::optional<std::string> containerPathForGroup(std::string_view group) {
 }
 
 Result<std::string> runtimeFolder() {
-    std::optional<std::string> folder = absoluteVariable("XDG_RUNTIME_DIR");
     struct stat found {};
-    if (folder) {
-        if (!status(*folder, found)) {
-            return posixError(errno, *folder);
-        }
-    } else {
-        const std::string name = "quillet-" + std::to_string(::geteuid());
-        folder = Path::appendingPathComponent(absoluteVariable("TMPDIR").value_or("/tmp"), name);
-        if (::mkdir(folder->c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-            return posixError(errno, *folder);
-        }
-        // Somebody else may have put a symbolic link there: it is looked at, not followed.
-        if (::lstat(folder->c_str(), &found) != 0) {
-            return posixError(errno, *folder);
-        }
+    if (const auto session = absoluteVariable("XDG_RUNTIME_DIR");
+        session && status(*session, found) && isPrivateFolder(found)) {
+        return *session;
     }
-    if (auto error = checkPrivateFolder(*folder, found)) {
-        return *error;
+    const std::string name = "quillet-" + std::to_string(::geteuid());
+    std::string folder =
+        Path::appendingPathComponent(absoluteVariable("TMPDIR").value_or("/tmp"), name);
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+        return posixError(errno, folder);
     }
-    return *folder;
+    // Somebody else may have put a symbolic link there: it is looked at, not followed.
+    if (::lstat(folder.c_str(), &found) != 0) {
+        return posixError(errno, folder);
+    }
+    if (!isPrivateFolder(found)) {
+        return posixError(EPERM, folder + " is not a folder private to the user");
+    }
+    return folder;
 }
 
 }  // namespace quillet::platform::FileManager

@@ -41,9 +41,11 @@ std::optional<Error> createFolder(const std::string& path);
 // exist.
 std::optional<std::string> containerPathForGroup(std::string_view group);
 
-// A folder for per-user runtime files: $XDG_RUNTIME_DIR, which has to exist, or, where that is
-// unset, empty or relative, "quillet-<uid>" below $TMPDIR or /tmp, made with mode 0700. Either is
-// refused unless the user owns it and nobody else can enter it.
+// A folder for per-user runtime files. It is $XDG_RUNTIME_DIR where that is an absolute path of a
+// private folder: one that the user owns, without permissions for anybody else. Otherwise (unset,
+// relative, missing, not private) it is "quillet-<uid>" below $TMPDIR, or below /tmp where TMPDIR
+// is unset or relative; it is made with mode 0700 and refused unless it is a private folder and no
+// symbolic link. Programs that share locks have to choose by this very rule.
 Result<std::string> runtimeFolder();
 
 }  // namespace quillet::platform::FileManager

@@ -131,12 +131,31 @@ TEST(FileManager, TheContainerLiesWhereTheEnvironmentTells) {
 
 TEST(FileManager, TheRuntimeFolderIsPrivateToTheUserOrRefused) {
     const TemporaryFolder folder;
-    const EnvironmentVariable unset("XDG_RUNTIME_DIR", "relative");
     const EnvironmentVariable temporary("TMPDIR", folder.path());
+    ASSERT_EQ(::chmod(folder.makeFolder("private").c_str(), 0700), 0);
+    ASSERT_EQ(::chmod(folder.makeFolder("others").c_str(), 0700), 0);
+    ASSERT_EQ(::chmod(folder.makeFolder("open").c_str(), 0755), 0);
+    const bool isGivenAway = ::chown(folder.path("others").c_str(), 1, 1) == 0;  // only by root
+    const std::string own = "quillet-" + std::to_string(::geteuid());
+    const std::pair<std::string, std::string> cases[] = {
+        {folder.path("private"), "private"},
+        {"relative", own},
+        {folder.path("missing"), own},
+        {folder.path("open"), own},
+        {folder.path("others"), isGivenAway ? own : "others"},
+    };
+    for (const auto& [session, expected] : cases) {
+        SCOPED_TRACE(session);
+        const EnvironmentVariable runtime("XDG_RUNTIME_DIR", session);
+        const auto chosen = FileManager::runtimeFolder();
+        ASSERT_TRUE(chosen);
+        EXPECT_EQ(chosen.value(), folder.path(expected));
+        EXPECT_EQ(modeOf(chosen.value()), 0700U);
+    }
+
+    const EnvironmentVariable unset("XDG_RUNTIME_DIR", std::nullopt);
     const auto made = FileManager::runtimeFolder();
     ASSERT_TRUE(made);
-    EXPECT_EQ(made.value(), folder.path("quillet-" + std::to_string(::geteuid())));
-    EXPECT_EQ(modeOf(made.value()), 0700U);
     ASSERT_EQ(::chmod(made.value().c_str(), 0750), 0);
     EXPECT_FALSE(FileManager::runtimeFolder());
     std::filesystem::rename(made.value(), folder.path("elsewhere"));
