@@ -167,6 +167,12 @@ TEST_F(StoreTest, FilesThatComeAndGoDuringTheReadDoNoHarm) {
     host.join();
 }
 
+TEST_F(StoreTest, StoreThatIsALinkToItselfIsSilentlyEmpty) {
+    fs::create_symlink("Today", container.path("SharedData/Today"));
+    EXPECT_THAT(read(), IsEmpty());
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
 TEST_F(StoreTest, FailedCoordinationIsLoggedAndReadsNothing) {
     writeFile("a@x", "1.plist", fileXml(messageXml("m", 1)));
     const std::string file = container.writeFile("no-folder", "");

@@ -56,15 +56,17 @@ std::string lockName(std::string_view bytes, std::string_view suffix) {
     return name.append(suffix);
 }
 
-// The path with symbolic links followed as far as it exists, without "." and "..".
-Result<std::string> canonicalPath(const fs::path& path) {
+// The path with symbolic links followed as far as it exists, without "." and "..". Where they
+// cannot be followed (a circle, a folder that may not be entered), the path as it is spelled: what
+// cannot be reached has its lock nonetheless.
+std::string canonicalPath(const fs::path& path) {
     std::error_code failure;
-    const fs::path absolute = fs::absolute(path, failure);
-    const fs::path canonical = failure ? absolute : fs::weakly_canonical(absolute, failure);
+    fs::path absolute = fs::absolute(path, failure);
     if (failure) {
-        return posixError(failure.value(), path.string());
+        absolute = path;
     }
-    std::string text = canonical.string();
+    const fs::path canonical = fs::weakly_canonical(absolute, failure);
+    std::string text = (failure ? absolute.lexically_normal() : canonical).string();
     if (text.size() > 1 && text.ends_with('/')) {
         text.pop_back();
     }
@@ -92,8 +94,7 @@ std::optional<std::string> itemBelow(const std::string& dataFolder,
     for (fs::path rest, parent = fs::absolute(path, ignored); parent.has_relative_path();
          parent = parent.parent_path()) {
         rest = rest.empty() ? parent.filename() : parent.filename() / rest;
-        const Result<std::string> above = canonicalPath(parent.parent_path());
-        if (above && above.value() == dataFolder) {
+        if (canonicalPath(parent.parent_path()) == dataFolder) {
             return firstComponent(rest.string());
         }
     }
@@ -107,20 +108,14 @@ Result<std::string> lockFileOf(const std::optional<std::string>& dataFolder,
     if (!runtime) {
         return runtime.error();
     }
-    const Result<std::string> canonical = canonicalPath(path);
-    if (!canonical) {
-        return canonical.error();
-    }
+    const std::string canonical = canonicalPath(path);
     std::string folder = Path::appendingPathComponent(runtime.value(), "quillet");
-    std::string name = lockName(canonical.value(), kSuffix);
+    std::string name = lockName(canonical, kSuffix);
     ::mkdir(folder.c_str(), S_IRWXU);  // a failure shows when the lock file is made
     if (dataFolder) {
-        const Result<std::string> canonicalFolder = canonicalPath(*dataFolder);
-        if (!canonicalFolder) {
-            return canonicalFolder.error();
-        }
-        if (const auto item = itemBelow(canonicalFolder.value(), path, canonical.value())) {
-            folder = Path::appendingPathComponent(folder, lockName(canonicalFolder.value(), ""));
+        const std::string canonicalFolder = canonicalPath(*dataFolder);
+        if (const auto item = itemBelow(canonicalFolder, path, canonical)) {
+            folder = Path::appendingPathComponent(folder, lockName(canonicalFolder, ""));
             ::mkdir(folder.c_str(), S_IRWXU);
             name = item->empty() ? std::string(kDataFolderItself).append(kSuffix)
                                  : lockName(*item, kSuffix);

@@ -13,12 +13,12 @@ namespace quillet::platform {
 //
 // The lock of an item is a kernel lock (flock, shared for reading, exclusive for writing) on
 //   <runtime folder>/quillet/<data folder>/<first path component below the data folder>.lock
-// where <data folder> is the folder's canonical path (symbolic links followed) with "%" written
-// as "%25" and "/" as "%2F"; the component is written in the same way. The data folder as an item
-// of its own has the lock "%2E.lock". A name that would be longer than 255 bytes, ".lock"
-// included, is written as "%h" and the 64-bit FNV-1a hash of the unescaped bytes in 16 lower-case
-// hexadecimal digits. Folders are made with mode 0700, files with mode 01600 (the sticky bit keeps
-// them from being swept away).
+// where <data folder> is the folder's canonical path (symbolic links followed; where that fails,
+// the absolute path as it is spelled) with "%" written as "%25" and "/" as "%2F"; the component is
+// written in the same way. The data folder as an item of its own has the lock "%2E.lock". A name
+// that would be longer than 255 bytes, ".lock" included, is written as "%h" and the 64-bit FNV-1a
+// hash of the unescaped bytes in 16 lower-case hexadecimal digits. Folders are made with mode 0700,
+// files with mode 01600 (the sticky bit keeps them from being swept away).
 //
 // So a reader of "Today" waits for a writer of anything inside it and the reverse, unrelated items
 // never wait for each other, nothing is created in the container, the item need not exist, and

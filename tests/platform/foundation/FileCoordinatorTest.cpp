@@ -102,6 +102,7 @@ TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) 
     ASSERT_EQ(::symlink("container", folder_.path("link").c_str()), 0);
     folder_.makeFolder("outside");
     ASSERT_EQ(::symlink("../../outside", (data_ + "/Away").c_str()), 0);
+    ASSERT_EQ(::symlink("loop", (data_ + "/loop").c_str()), 0);
     const std::string name(255, 'n');
     const auto at = [this](const std::string& item) {
         return item.starts_with('/') ? folder_.path(item.substr(1)) : data_ + "/" + item;
@@ -123,6 +124,7 @@ TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) 
         {"link to the container", "/link/data/Today/x", kWrite, "Today", kRead, true},
         {"dots and slashes", "/container//data/./Today/", kWrite, "Contacts/../Today", kRead, true},
         {"entry that leads out", "Away/file", kWrite, "Away", kRead, true},
+        {"links in a circle", "loop/x", kWrite, "loop", kRead, true},
         {"data folder itself", "", kWrite, "/link/data", kWrite, true},
         {"outside of the data folder", "/outside/x", kWrite, "/outside/x", kRead, true},
         {"elsewhere outside", "/outside/x", kWrite, "/outside/y", kWrite, false},
@@ -185,12 +187,10 @@ TEST_F(FileCoordinatorTest, TheAccessorGetsThePathAsItIsSpelledAndTheContainerIs
 }
 
 TEST_F(FileCoordinatorTest, WithoutAPathOrAUsableRuntimeFolderTheAccessorDoesNotRun) {
-    ASSERT_EQ(::symlink("loop", (data_ + "/loop").c_str()), 0);
     const EnvironmentVariable temporary("TMPDIR", folder_.path("missing"));
     const std::pair<const char*, std::optional<std::string>> cases[] = {
         {"run", std::nullopt},
         {"missing", data_ + "/Today"},
-        {"run", data_ + "/loop/x"},
     };
     for (const auto& [runtimeFolder, path] : cases) {
         SCOPED_TRACE(runtimeFolder + path.value_or(" without a path"));
