@@ -19,8 +19,8 @@ struct StoreFailure {
 
 // Writes the files below a container's data folder, each one whole or not at all and under its
 // coordination lock, so that a reader never sees half a file; waits for readers that hold the
-// lock. Makes the folders that are missing and replaces files of the same name. Stops at the
-// first error.
+// lock. Makes the folders that are missing, the container and the data folder for the user alone,
+// and replaces files of the same name. Stops at the first error.
 std::optional<StoreFailure> writeStore(const std::string& dataFolder,
                                        std::span<const StoreFile> files);
 

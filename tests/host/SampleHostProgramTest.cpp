@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 
 #include "tests/host/Command.h"
 #include "tests/support/EnvironmentVariable.h"
@@ -47,6 +48,11 @@ TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
         Command command(QUILLET_SAMPLE_HOST " " + row.arguments);
         EXPECT_EQ(command.finish(), row.status);
         EXPECT_THAT(command.output(), testing::HasSubstr(row.output));
+    }
+    for (const char* made : {"new/container", "new/container/SharedData"}) {
+        struct stat status {};
+        EXPECT_EQ(::stat(folder_.path(made).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & ALLPERMS, 0700U) << "others can read the mail in " << made;
     }
     const std::string noFolder = "XDG_RUNTIME_DIR=" + file + " TMPDIR=" + file + " ";
     Command lockless(noFolder + QUILLET_SAMPLE_HOST " write " + folder_.path());
