@@ -105,20 +105,18 @@ void TodayViewController::rebuildList() {
     setDataToShow(
         MessageList::toShow(dataFromDisk(), before, services_.defaults.integerForKey("segmented")));
     if (myTableView_ != nullptr) {
-        const std::ptrdiff_t selected = myTableView_->selectedRow();
-        myTableView_->reloadData();
-        myTableView_->setSelectedRow(rowAfterRebuild(selected, before));
+        myTableView_->reloadData([&](std::size_t row) { return rowAfterRebuild(row, before); });
     }
     Resize();
 }
 
-// The selection belongs to the message, not to the place it had in the list before.
-std::ptrdiff_t TodayViewController::rowAfterRebuild(std::ptrdiff_t row,
+// The selection and the keyboard belong to the message, not to the place it had in the list before.
+std::ptrdiff_t TodayViewController::rowAfterRebuild(std::size_t row,
                                                     const ExtensionMessageList& before) const {
-    if (row < 0 || static_cast<std::size_t>(row) >= countOf(before)) {
+    if (row >= countOf(before)) {
         return platform::Table::kNoRow;
     }
-    const auto& message = (*before)[static_cast<std::size_t>(row)];
+    const auto& message = (*before)[row];
     const ExtensionMessageList shown = dataToShow();
     for (std::size_t index = 0; index < shown->size(); ++index) {
         if ((*shown)[index]->isEqual(message.get())) {

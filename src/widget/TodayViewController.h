@@ -107,7 +107,7 @@ private:
     explicit TodayViewController(const Services& services);
 
     void adjustHeight();
-    std::ptrdiff_t rowAfterRebuild(std::ptrdiff_t row, const ExtensionMessageList& before) const;
+    std::ptrdiff_t rowAfterRebuild(std::size_t row, const ExtensionMessageList& before) const;
 
     Services services_;
     platform::Table* myTableView_ = nullptr;   // a TodayTableView, owned by the view tree

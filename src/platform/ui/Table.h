@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace quillet::platform {
 
@@ -32,6 +33,8 @@ protected:
 class Table {
 public:
     static constexpr std::ptrdiff_t kNoRow = -1;
+    // The row that now shows what `row` showed before; kNoRow where none does.
+    using RowMap = std::function<std::ptrdiff_t(std::size_t row)>;
 
     virtual ~Table() = default;
     virtual double rowHeight() const = 0;  // points
@@ -40,9 +43,13 @@ public:
     // Selects a row (kNoRow: none) without telling the delegate.
     virtual void setSelectedRow(std::ptrdiff_t row) = 0;
     // Asks the delegate anew for the number of rows, the row views and the cells. A running
-    // removal is settled first. Cells go back to the reuse pool. The selection stays where it is,
-    // as far as the row still exists.
+    // removal is settled first. Cells go back to the reuse pool. The selection and the place of
+    // the keyboard stay where they are, as far as the row still exists.
     virtual void reloadData() = 0;
+    // Likewise, but the selection and the keyboard follow what their row showed. A selected row
+    // that is gone leaves no selection. Where the row with the keyboard is gone, no control of
+    // another row gets the keyboard: the table itself takes it, at the same place or the last row.
+    virtual void reloadData(const RowMap& newRowOf) = 0;
     // Takes out one row: it slides away while the rows below move up. The delegate's data no
     // longer has the row. Later rows, and the selection with them, count one less; a selected row
     // that is removed leaves no selection. A row beyond the last is ignored.

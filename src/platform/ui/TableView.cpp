@@ -135,16 +135,24 @@ void TableView::clickRow(std::size_t row) {
 }
 
 void TableView::reloadData() {
+    reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row); });
+}
+
+void TableView::reloadData(const RowMap& newRowOf) {
     settleAnimations();
+    const auto moved = [&](std::ptrdiff_t row) {
+        return state_->hasRow(row) ? newRowOf(static_cast<std::size_t>(row)) : kNoRow;
+    };
     // The keyboard focus is brought home while the cells change and then put back.
-    const std::ptrdiff_t focusedRow = rowOfView(focusWidget());
-    std::ptrdiff_t focusedControl = kNoRow;
-    if (focusedRow != kNoRow) {
-        const auto controls = controlsOfRow(static_cast<std::size_t>(focusedRow));
-        focusedControl =
-            std::find(controls.begin(), controls.end(), focusWidget()) - controls.begin();
+    const std::ptrdiff_t focusedRow = moved(rowOfView(focusedControl()));
+    const std::ptrdiff_t control = controlNumber(focusedControl());
+    if (control != kNoRow) {
         setFocus(Qt::OtherFocusReason);
     }
+    const bool keyboardIsHere = window()->focusWidget() == this;
+    const std::ptrdiff_t current = moved(state_->current);
+    state_->current = current == kNoRow && keyboardIsHere ? state_->current : current;
+    state_->selected = moved(state_->selected);
     while (!state_->rows.empty()) {
         retireRow(state_->rows.size() - 1);
     }
@@ -155,7 +163,7 @@ void TableView::reloadData() {
     }
     rowsChanged();
     orderControls();
-    focusControl(focusedRow, focusedControl, Qt::OtherFocusReason);
+    focusControl(focusedRow, control, Qt::OtherFocusReason);
 }
 
 void TableView::appendRow(std::size_t row) {
@@ -212,7 +220,7 @@ void TableView::removeRow(std::size_t row, RowAnimation animation) {
         return;
     }
     const auto removed = static_cast<std::ptrdiff_t>(row);
-    if (rowOfView(focusWidget()) == removed) {
+    if (rowOfView(focusedControl()) == removed) {
         setFocus(Qt::OtherFocusReason);
     }
     const bool slides =

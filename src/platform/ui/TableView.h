@@ -49,6 +49,7 @@ public:
     std::ptrdiff_t selectedRow() const override;
     void setSelectedRow(std::ptrdiff_t row) override;
     void reloadData() override;
+    void reloadData(const RowMap& newRowOf) override;
     void removeRow(std::size_t row, RowAnimation animation) override;
 
     QSize sizeHint() const override;
@@ -76,6 +77,8 @@ private:
 
     std::ptrdiff_t rowForKey(int key) const;
     void setCurrentRow(std::ptrdiff_t row);
+    QWidget* focusedControl() const;
+    std::ptrdiff_t controlNumber(const QWidget* control) const;
     void updateKeyboardMark();
     bool focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason);
     bool focusOutside(bool next);

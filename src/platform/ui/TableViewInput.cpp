@@ -96,13 +96,9 @@ void TableView::keyPressEvent(QKeyEvent* event) {
         return;
     }
     // From a control of a cell, the arrows lead to the same control of another row.
-    const std::ptrdiff_t focusedRow = rowOfView(focusWidget());
+    const std::ptrdiff_t control = controlNumber(focusedControl());
     setCurrentRow(row);
-    if (focusedRow != kNoRow) {
-        const auto controls = controlsOfRow(static_cast<std::size_t>(focusedRow));
-        const auto control = std::find(controls.begin(), controls.end(), focusWidget());
-        focusControl(row, control - controls.begin(), Qt::OtherFocusReason);
-    }
+    focusControl(row, control, Qt::OtherFocusReason);
 }
 
 void TableView::focusInEvent(QFocusEvent* event) {
@@ -149,6 +145,22 @@ std::vector<QWidget*> TableView::controlsOfRow(std::size_t row) const {
     return controls;
 }
 
+// The control of a row that has the keyboard, or would have it in an active window; else null.
+QWidget* TableView::focusedControl() const {
+    QWidget* focused = window()->focusWidget();
+    return rowOfView(focused) != kNoRow ? focused : nullptr;
+}
+
+// The number of a control in the visual order of its row; kNoRow for none.
+std::ptrdiff_t TableView::controlNumber(const QWidget* control) const {
+    const std::ptrdiff_t row = rowOfView(control);
+    if (row == kNoRow) {
+        return kNoRow;
+    }
+    const std::vector<QWidget*> controls = controlsOfRow(static_cast<std::size_t>(row));
+    return std::find(controls.begin(), controls.end(), control) - controls.begin();
+}
+
 // Focuses a control of a row (by its number in visual order); false where there is none.
 bool TableView::focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason) {
     if (!state_->hasRow(row)) {
@@ -174,9 +186,7 @@ bool TableView::focusNextPrevChild(bool next) {
     if (row == kNoRow) {
         return QWidget::focusNextPrevChild(next);
     }
-    const std::vector<QWidget*> controls = controlsOfRow(static_cast<std::size_t>(row));
-    const std::ptrdiff_t place =
-        std::find(controls.begin(), controls.end(), focused) - controls.begin();
+    const std::ptrdiff_t place = controlNumber(focused);
     if (focusControl(row, next ? place + 1 : place - 1, reason)) {
         return true;
     }
