@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <string_view>
 
 #include "platform/foundation/ByteBuffer.h"
@@ -34,14 +33,6 @@ public:
     // Whether `length` bytes lie at `offset` and before `end`.
     static bool fits(std::uint64_t offset, std::uint64_t length, std::uint64_t end) noexcept {
         return offset <= end && length <= end - offset;
-    }
-
-    // Big-endian number of `width` (1 to 8) bytes; none when fewer are left at `offset`.
-    std::optional<std::uint64_t> numberAt(std::uint64_t offset, std::size_t width) const noexcept {
-        if (!fits(offset, width, bytes_.size())) {
-            return std::nullopt;
-        }
-        return bigEndianNumber(bytes_.data() + offset, width);
     }
 
 private:
