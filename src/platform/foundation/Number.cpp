@@ -38,15 +38,6 @@ std::string_view withoutLeadingSpace(std::string_view text) {
     return text;
 }
 
-// Takes an optional sign off the text; true for "-".
-bool takeSign(std::string_view& text) {
-    const bool negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) {
-        text.remove_prefix(1);
-    }
-    return negative;
-}
-
 // What a decimal number stands for that is too large or too small for a double.
 double outOfRangeValue(std::string_view number) {
     const std::size_t exponent = number.find_first_of("eE");
@@ -153,6 +144,14 @@ bool operator==(const Number& left, const Number& right) noexcept {
     const bool rightNegative = right.kind_ == Kind::Integer && right.integer() < 0;
     return leftNegative == rightNegative &&
            left.unsignedIntegerValue() == right.unsignedIntegerValue();
+}
+
+bool takeSign(std::string_view& text) noexcept {
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    return negative;
 }
 
 std::optional<double> realValueAtStartOfText(std::string_view& text) noexcept {

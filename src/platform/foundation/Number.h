@@ -59,6 +59,8 @@ private:
 // are held at the 64-bit limits.
 std::int64_t integerValueOfText(std::string_view text) noexcept;
 float floatValueOfText(std::string_view text) noexcept;
+// Takes an optional sign off the text; true for "-".
+bool takeSign(std::string_view& text) noexcept;
 // The decimal number that the text starts with (optional sign, no white space before it), which is
 // taken off the text; none where it starts with no number. One that no double can hold gives an
 // infinity or 0.

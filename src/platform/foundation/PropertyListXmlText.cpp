@@ -134,15 +134,6 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-// Takes an optional sign off the text; true for "-".
-bool takeSign(std::string_view& text) {
-    const bool negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) {
-        text.remove_prefix(1);
-    }
-    return negative;
-}
-
 bool isForbiddenControl(char character) {
     return static_cast<unsigned char>(character) < 0x20 && !isXmlSpace(character);
 }

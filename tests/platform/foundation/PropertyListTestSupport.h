@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,6 +83,25 @@ inline void dump(const platform::PropertyListValue& value, std::string& text, st
             dumpContainer(value, text, visits);
             break;
     }
+}
+
+// What the file holds, or the description of its error.
+inline std::string parsed(std::string_view file) {
+    platform::PropertyListDocument document;
+    const auto error = document.parse(file);
+    return error ? error->description() : dump(document.root());
+}
+
+// Expects that the file is an error of this kind at this byte.
+inline void expectError(std::string_view file,
+                        platform::PropertyListErrorKind kind,
+                        std::size_t offset) {
+    platform::PropertyListDocument document;
+    const auto error = document.parse(file);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind, kind) << error->description();
+    EXPECT_EQ(error->offset, offset) << error->description();
+    EXPECT_FALSE(document.root());
 }
 
 // Big-endian bytes of a number.
