@@ -233,7 +233,7 @@ Tag XmlReader::readOpeningTag() {
         fail("a closing tag where an element is expected");
     }
     const char* name = ++at_;
-    while (*at_ > ' ' && *at_ != '>' && *at_ != '/' && *at_ != '<') {
+    while (static_cast<unsigned char>(*at_) > ' ' && *at_ != '>' && *at_ != '/' && *at_ != '<') {
         ++at_;
     }
     Tag tag{{name, static_cast<std::size_t>(at_ - name)}};

@@ -113,6 +113,7 @@ TEST(PropertyListXml, BrokenFilesAreErrorsWithTheirPlace) {
         {"<true/><!DOCTYPE plist>", Kind::Malformed, 7},
         {"<frob>1</frob>", Kind::Malformed, 0},
         {"<key>1</key>", Kind::Malformed, 0},
+        {"<string\xC3\xA9 a='b'>x</string>", Kind::Malformed, 0},
         {"<string>a<b/></string>", Kind::Malformed, 9},
         {"<string>a</strong>", Kind::Malformed, 9},
         {"<string>&nbsp;</string>", Kind::Malformed, 8},
