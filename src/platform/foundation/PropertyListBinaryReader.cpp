@@ -344,13 +344,13 @@ void TreeChecker::addVisits(Frame& frame, std::uint64_t visits) const {
 
 void TreeChecker::open(std::uint32_t object) {
     Node& node = nodes_[object];
-    if (node.height == kOpen) {
+    if (node.heightOrShape == kOpen) {
         failAtObject(object, "a container that holds itself", Kind::Cyclic);
     }
     if (depth_ == frames_.size()) {
         failAtObject(object, "nested deeper than the limit", Kind::TooDeep);
     }
-    node.height = kOpen;
+    node.heightOrShape = kOpen;
     Frame& frame = frames_[depth_++];
     frame = {object, 0, node.length};
     if (node.type == Type::Dictionary) {
@@ -402,7 +402,7 @@ void TreeChecker::checkValues(Frame& frame) {
             return;
         }
         addVisits(frame, node.extent + price);
-        frame.height = std::max(frame.height, node.height);
+        frame.height = std::max(frame.height, node.heightOrShape);
         ++frame.next;
     }
     close();
@@ -411,9 +411,9 @@ void TreeChecker::checkValues(Frame& frame) {
 void TreeChecker::close() {
     const Frame& frame = frames_[--depth_];
     Node& node = nodes_[frame.node];
-    node.height = static_cast<std::uint16_t>(frame.height + 1);
+    node.heightOrShape = static_cast<std::uint16_t>(frame.height + 1);
     node.extent = static_cast<std::uint32_t>(frame.visits);
-    if (node.height > PropertyListDocument::kMaximumDepth) {
+    if (node.heightOrShape > PropertyListDocument::kMaximumDepth) {
         failAtObject(frame.node, "nested deeper than the limit", Kind::TooDeep);
     }
 }

@@ -22,7 +22,7 @@ bool PropertyListKeys::Shape::holds(const State& state, const Node& dictionary) 
         return false;
     }
     if (dictionary.form != Form::References) {
-        return shape != 0 && shape == dictionary.shape;
+        return shape != 0 && shape == dictionary.heightOrShape;
     }
     const std::size_t size = std::size_t{length} * state.referenceWidth;
     return std::memcmp(state.text + keys, state.text + dictionary.offset, size) == 0;
@@ -64,7 +64,7 @@ void PropertyListKeys::search(const PropertyListValue& dictionary,
             found[index] = {&state, value};
         }
     }
-    last_ = {state.generation, node.length, node.shape, node.offset};
+    last_ = {state.generation, node.length, node.heightOrShape, node.offset};
 }
 
 // The values of a dictionary that has its keys where the one before had them.

@@ -33,13 +33,10 @@ enum class PropertyListForm : std::uint8_t {
 struct PropertyListNode {
     PropertyListType type = PropertyListType::Absent;
     PropertyListForm form = PropertyListForm::Plain;
-    union {
-        // Binary containers: levels of containers, themselves included; 0 while unknown.
-        std::uint16_t height = 0;
-        // XML dictionaries: those of equal shapes (but 0) and lengths have the same keys at the
-        // same places, and no containers in them.
-        std::uint16_t shape;
-    };
+    // Binary containers, the height: levels of containers, themselves included; 0 while unknown.
+    // XML dictionaries, the shape: those of equal shapes (but 0) and lengths have the same keys at
+    // the same places, and no containers in them.
+    std::uint16_t heightOrShape = 0;
     // XML: the node behind this value and everything in it. Binary containers: the number of
     // values they unfold to, themselves included.
     std::uint32_t extent = 0;

@@ -446,7 +446,7 @@ void XmlReader::finishContainer() {
     node.extent = static_cast<std::uint32_t>(nodes_.size());
     const bool flat = node.extent == container.node + 1 + 2 * container.count;
     if (container.dictionary && flat && container.count <= kMostGaps) {
-        node.shape = shape_ <= kLargestShape ? static_cast<std::uint16_t>(shape_) : 0;
+        node.heightOrShape = shape_ <= kLargestShape ? static_cast<std::uint16_t>(shape_) : 0;
     }
 }
 
