@@ -212,6 +212,7 @@ void TableView::rowsChanged() {
     updateKeyboardMark();
     placeRows();
     updateGeometry();
+    scrollToKeyboard();
 }
 
 void TableView::removeRow(std::size_t row, RowAnimation animation) {
@@ -289,6 +290,7 @@ void TableView::placeRows() {
 void TableView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     placeRows();
+    scrollToKeyboard();
 }
 
 QSize TableView::sizeHint() const {

@@ -15,8 +15,9 @@ namespace quillet::platform {
 // background. Where it is given less height, rows are cut off, not squeezed.
 // Mouse: a press and release on one row selects it; controls of the cell keep their own clicks.
 // Keyboard: one Tab stop, arrows, Home and End move between rows, Return or Space selects; Tab
-// then goes through the controls of the row's cell in visual order. Screen readers see a list with
-// an item a row. Main thread only.
+// then goes through the controls of the row's cell in visual order. A scroll area that holds the
+// table keeps the row with the keyboard in sight. Screen readers see a list with an item a row.
+// Main thread only.
 class TableView : public QWidget, public Table {
     Q_OBJECT
 
@@ -53,6 +54,9 @@ public:
     void removeRow(std::size_t row, RowAnimation animation) override;
 
     QSize sizeHint() const override;
+    // The place of the keyboard is the current row, not the whole table: a scroll area that the
+    // focus enters by Tab shows just this place.
+    QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -80,6 +84,8 @@ private:
     QWidget* focusedControl() const;
     std::ptrdiff_t controlNumber(const QWidget* control) const;
     void updateKeyboardMark();
+    void noteReason(Qt::FocusReason reason);
+    void scrollToKeyboard();
     bool focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason);
     bool focusOutside(bool next);
 

@@ -5,6 +5,7 @@
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QScrollArea>
 #include <algorithm>
 
 #include "platform/ui/TableViewState.h"
@@ -51,6 +52,7 @@ std::ptrdiff_t TableView::currentRow() const {
 void TableView::setCurrentRow(std::ptrdiff_t row) {
     state_->current = row;
     updateKeyboardMark();
+    scrollToKeyboard();
     if (TableRowView* view = rowViewAtRow(static_cast<std::size_t>(row)); view && hasFocus()) {
         QAccessibleEvent event(view, QAccessible::Focus);
         QAccessible::updateAccessibility(&event);
@@ -62,6 +64,36 @@ void TableView::updateKeyboardMark() {
     for (std::size_t i = 0; i < state_->rows.size(); ++i) {
         const bool current = static_cast<std::ptrdiff_t>(i) == state_->current;
         state_->rows[i].view->setKeyboardMark(shown && current);
+    }
+}
+
+void TableView::noteReason(Qt::FocusReason reason) {
+    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+        reason == Qt::ShortcutFocusReason) {
+        state_->keyboardUsed = true;
+    }
+}
+
+QVariant TableView::inputMethodQuery(Qt::InputMethodQuery query) const {
+    if (query != Qt::ImCursorRectangle || !state_->hasRow(state_->current)) {
+        return QWidget::inputMethodQuery(query);
+    }
+    // Where the row comes to rest, should it move just now.
+    const double top = static_cast<double>(state_->current) * state_->rowHeight;
+    return QRectF(0, top, width(), state_->rowHeight).toAlignedRect();
+}
+
+// Brings the current row into sight where the table lies in a scroll area; a user of the mouse
+// scrolls alone.
+void TableView::scrollToKeyboard() {
+    const bool keyboardIsHere = window()->focusWidget() == this || focusedControl() != nullptr;
+    if (!state_->keyboardUsed || !keyboardIsHere) {
+        return;
+    }
+    for (QWidget* view = parentWidget(); view != nullptr; view = view->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(view)) {
+            area->ensureWidgetVisible(this);
+        }
     }
 }
 
@@ -103,11 +135,7 @@ void TableView::keyPressEvent(QKeyEvent* event) {
 
 void TableView::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
-    const Qt::FocusReason reason = event->reason();
-    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-        reason == Qt::ShortcutFocusReason) {
-        state_->keyboardUsed = true;
-    }
+    noteReason(event->reason());
     if (state_->current == kNoRow) {
         state_->current = state_->selected != kNoRow
                               ? state_->selected
@@ -231,7 +259,9 @@ bool TableView::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) {
         auto* control = static_cast<QWidget*>(watched);
         const std::ptrdiff_t row = rowOfView(control);
-        const bool byTab = static_cast<QFocusEvent*>(event)->reason() == Qt::BacktabFocusReason;
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        const bool byTab = reason == Qt::BacktabFocusReason;
+        noteReason(reason);
         if (byTab && row != state_->current && state_->hasRow(state_->current)) {
             const auto controls = controlsOfRow(static_cast<std::size_t>(state_->current));
             if (focusControl(state_->current,

@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QScrollArea>
 #include <gmock/gmock.h>
 
 #include "tests/platform/ui/RecordingTable.h"
@@ -135,6 +136,32 @@ TEST_F(TableViewKeyboard, AReloadDoesNotCallTheFocusBackIntoTheTable) {
     data_.before->setFocus();
     data_.table->reloadData();
     EXPECT_EQ(place(), "before");
+}
+
+TEST_F(TableViewKeyboard, AScrollAreaFollowsTheKeyboard) {
+    QScrollArea area;
+    area.setWidget(&data_.window);
+    area.resize(340, 100);
+    area.show();
+    area.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&area));
+    const auto inSight = [this] {
+        const QWidget* row =
+            data_.table->rowViewAtRow(static_cast<std::size_t>(data_.table->currentRow()));
+        return row->visibleRegion().boundingRect().size() == row->size();
+    };
+    data_.before->setFocus();
+    places(Qt::Key_Tab, 1);
+    EXPECT_TRUE(inSight());
+    places(Qt::Key_End, 1);
+    EXPECT_TRUE(inSight());
+    places(Qt::Key_Tab, 1);
+    places(Qt::Key_Up, 2);
+    EXPECT_TRUE(inSight());
+    data_.rows = {"new", "newer", "a", "b", "c"};
+    data_.table->reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row) + 2; });
+    EXPECT_TRUE(inSight());
+    area.takeWidget();
 }
 
 }  // namespace
