@@ -114,11 +114,13 @@ std::ptrdiff_t TableView::selectedRow() const {
 }
 
 void TableView::setSelectedRow(std::ptrdiff_t row) {
-    state_->selected = state_->hasRow(row) ? row : kNoRow;
+    const std::ptrdiff_t before =
+        std::exchange(state_->selected, state_->hasRow(row) ? row : kNoRow);
     for (std::size_t i = 0; i < state_->rows.size(); ++i) {
         state_->rows[i].view->setSelected(static_cast<std::ptrdiff_t>(i) == state_->selected);
     }
-    if (TableRowView* selected = rowViewAtRow(static_cast<std::size_t>(state_->selected))) {
+    TableRowView* selected = rowViewAtRow(static_cast<std::size_t>(state_->selected));
+    if (selected != nullptr && state_->selected != before) {
         QAccessibleEvent event(selected, QAccessible::Selection);
         QAccessible::updateAccessibility(&event);
     }
