@@ -9,6 +9,7 @@
 
 #include "platform/foundation/Bundle.h"
 #include "platform/ui/ConstraintLayout.h"
+#include "platform/ui/PixelAlignment.h"
 #include "views/KXTint.h"
 #include "views/Metrics.h"
 #include "views/Theme.h"
@@ -89,7 +90,11 @@ platform::ImageButton* TodayTableViewCell::makeButton(
 FlippedView* TodayTableViewCell::makeSeparator(const Theme& theme) {
     auto* separator = new FlippedView(swipingView_);
     separator->setDrawingBlock([color = theme.separator](FlippedView& view, const QRect& dirty) {
-        QPainter(&view).fillRect(dirty, color);
+        QPainter painter(&view);
+        painter.setClipRect(dirty);
+        const double height = platform::wholePixels(painter, 1);
+        painter.fillRect(platform::alignedToPixels(painter, QRectF(0, 0, view.width(), height)),
+                         color);
     });
     return separator;
 }
