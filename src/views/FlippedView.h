@@ -30,6 +30,7 @@ public:
     // Does nothing on purpose: it asks for no redraw.
     void Refresh() {}
 
+    static constexpr bool isFlipped() { return true; }  // y grows downwards
     FlippedView* xviewx() { return this; }
     QRect xframe() const { return geometry(); }
     QRect xbounds() const { return rect(); }

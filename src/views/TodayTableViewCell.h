@@ -33,6 +33,7 @@ public:
     // Does nothing.
     void ReUse() {}
 
+    static constexpr bool isFlipped() { return true; }  // y grows downwards
     std::shared_ptr<ExtensionMessage> message() const { return message_.get(); }
     void setMessage(std::shared_ptr<ExtensionMessage> message) { message_.set(std::move(message)); }
     std::shared_ptr<TodayViewController> controller() const { return controller_.get().lock(); }
