@@ -53,13 +53,12 @@ void TodayTableViewCell::prepare(const std::shared_ptr<TodayViewController>& con
     fromField_ = makeField(theme.senderText);
     dateField_ = makeField(theme.dateText);
     subjectField_ = makeField(theme.subjectText);
-    // In the order that Tab goes through them.
+    archiveButton_ = makeButton("w_archive", "Archive", theme, &TodayTableViewCell::archive);
+    trashButton_ = makeButton("w_trash", "Delete", theme, &TodayTableViewCell::trash);
     replyButton_ = makeButton("w_reply", "Reply", theme, &TodayTableViewCell::reply);
     if (isRightToLeft()) {
         replyButton_->setImage(mirrored(replyButton_->image()));  // back is to the right
     }
-    archiveButton_ = makeButton("w_archive", "Archive", theme, &TodayTableViewCell::archive);
-    trashButton_ = makeButton("w_trash", "Delete", theme, &TodayTableViewCell::trash);
     horizontalSeparator1_ = makeSeparator(theme);
     addConstraints();
 }
