@@ -53,6 +53,8 @@ void TodayTableViewCell::prepare(const std::shared_ptr<TodayViewController>& con
     fromField_ = makeField(theme.senderText);
     dateField_ = makeField(theme.dateText);
     subjectField_ = makeField(theme.subjectText);
+    // Kept for a field that draws its background; this one does not, so that the row shows through.
+    subjectField_->setBackgroundColor(palette().color(QPalette::WindowText));
     archiveButton_ = makeButton("w_archive", "Archive", theme, &TodayTableViewCell::archive);
     trashButton_ = makeButton("w_trash", "Delete", theme, &TodayTableViewCell::trash);
     replyButton_ = makeButton("w_reply", "Reply", theme, &TodayTableViewCell::reply);

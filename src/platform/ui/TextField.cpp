@@ -27,6 +27,16 @@ void TextField::setTextColor(const QColor& color) {
     update();
 }
 
+void TextField::setBackgroundColor(const QColor& color) {
+    backgroundColor_ = color;
+    update();
+}
+
+void TextField::setDrawsBackground(bool draws) {
+    drawsBackground_ = draws;
+    update();
+}
+
 void TextField::setFontSize(double points) {
     QFont sized;
     sized.setPixelSize(std::max(1, static_cast<int>(std::lround(points))));
@@ -60,6 +70,9 @@ QSize TextField::minimumSizeHint() const {
 void TextField::paintEvent(QPaintEvent* /*event*/) {
     const QString text = displayedText();
     QPainter painter(this);
+    if (drawsBackground_ && backgroundColor_.isValid()) {
+        painter.fillRect(rect(), backgroundColor_);
+    }
     painter.setPen(color_);
     painter.setLayoutDirection(directionOf(line_));
     const Qt::Alignment side =
