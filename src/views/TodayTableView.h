@@ -2,7 +2,6 @@
 
 #include <QPointF>
 #include <cstdint>
-#include <string_view>
 
 #include "platform/ui/TableView.h"
 
@@ -11,8 +10,6 @@ namespace quillet {
 // The message table: one transparent column without header, grid or focus ring. Main thread only.
 class TodayTableView final : public platform::TableView {
 public:
-    static constexpr std::string_view kColumnIdentifier = "col";
-
     explicit TodayTableView(QWidget* parent = nullptr);
 
     // Kept for a drag gesture that the table does not have; nothing changes them.
