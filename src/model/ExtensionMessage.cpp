@@ -28,7 +28,9 @@ ExtensionMessage::ExtensionMessage() : date_(std::numeric_limits<double>::quiet_
 ExtensionMessage::~ExtensionMessage() = default;
 
 std::shared_ptr<ExtensionMessage> ExtensionMessage::init() {
-    std::shared_ptr<ExtensionMessage> message = RecordBlock::append(RecordBlock::make(1));
+    const std::shared_ptr<RecordBlock> block = RecordBlock::make();
+    block->reserve(1);
+    std::shared_ptr<ExtensionMessage> message = RecordBlock::append(block);
     auto draft = std::make_unique<Draft>();
     draft->plainBody.emplace();
     draft->htmlBody.emplace();

@@ -48,36 +48,27 @@ RecordText ExtensionMessageReader::SharedText::in(RecordBlock& block, std::strin
 ExtensionMessageReader::ExtensionMessageReader()
     : keys_(kKeys),
       noSubject_(platform::Bundle::main().localizedString("No subject")),
-      dates_(ExtensionDate::now()) {
+      dates_(ExtensionDate::now()),
+      block_(RecordBlock::make()) {
     static_assert(std::size(kKeys) == kKeyCount);
 }
 
 void ExtensionMessageReader::readAll(const PropertyListValue& data,
                                      std::vector<std::shared_ptr<ExtensionMessage>>& messages) {
-    const auto first = data.begin();
-    begin(data.count());
-    for (auto element = first; element != data.end(); ++element) {
+    const auto end = data.end();
+    block_->reserve(data.count());
+    for (auto element = data.begin(); element != end; ++element) {
         messages.push_back(RecordBlock::append(block_));
         fill(*messages.back(), *element);
     }
-    begin(0);
 }
 
 std::shared_ptr<ExtensionMessage> ExtensionMessageReader::readOne(
     const PropertyListValue& dictionary) {
-    begin(1);
+    block_->reserve(1);
     std::shared_ptr<ExtensionMessage> message = RecordBlock::append(block_);
     fill(*message, dictionary);
-    begin(0);
     return message;
-}
-
-// Starts a block of `count` records. The shared texts are forgotten: they lie in the block before.
-void ExtensionMessageReader::begin(std::size_t count) {
-    for (SharedText* shared : {&lastAccount_, &lastFrom_, &lastFolder_, &lastDate_}) {
-        shared->text = {};
-    }
-    block_ = count > 0 ? RecordBlock::make(count) : nullptr;
 }
 
 void ExtensionMessageReader::fill(ExtensionMessage& message, const PropertyListValue& dictionary) {

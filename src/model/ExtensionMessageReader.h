@@ -46,7 +46,7 @@ private:
         kKeyCount,
     };
 
-    // A text that records of one block often share.
+    // A text that records often share.
     struct SharedText {
         RecordText text;
         RecordText in(RecordBlock& block, std::string_view view);
@@ -57,7 +57,6 @@ private:
     void fillTexts(ExtensionMessage& message);
     void fillDate(ExtensionMessage& message);
     std::string_view textOf(Key key, std::string_view fallback);
-    void begin(std::size_t count);
 
     platform::PropertyListKeys keys_;
     std::array<platform::PropertyListValue, kKeyCount> found_;

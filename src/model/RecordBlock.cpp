@@ -1,60 +1,40 @@
 #include "model/RecordBlock.h"
 
-#include <algorithm>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 
 namespace quillet {
 
-namespace {
-
-// Bytes of text that a record has on average, to start with about the right size.
-constexpr std::size_t kTextPerRecord = 128;
-constexpr std::size_t kSmallestChunk = 512;
-constexpr std::size_t kLargestChunk = std::size_t{64} * 1024;
-
-}  // namespace
-
-std::shared_ptr<RecordBlock> RecordBlock::make(std::size_t capacity) {
-    return std::shared_ptr<RecordBlock>(new RecordBlock(capacity));
+std::shared_ptr<RecordBlock> RecordBlock::make() {
+    return std::shared_ptr<RecordBlock>(new RecordBlock());
 }
 
-RecordBlock::RecordBlock(std::size_t capacity)
-    : capacity_(capacity),
-      records_(std::allocator<ExtensionMessage>().allocate(capacity)),
-      chunkSize_(std::clamp(capacity * kTextPerRecord, kSmallestChunk, kLargestChunk)) {}
-
 RecordBlock::~RecordBlock() {
-    std::destroy_n(records_, count_);
-    std::allocator<ExtensionMessage>().deallocate(records_, capacity_);
+    for (const Row& row : rows_) {
+        std::destroy_n(row.records, row.count);
+    }
+}
+
+void RecordBlock::reserve(std::size_t count) {
+    void* memory = memory_.allocate(count * sizeof(ExtensionMessage), alignof(ExtensionMessage));
+    rows_.push_back({static_cast<ExtensionMessage*>(memory), 0});
+    room_ = count;
 }
 
 std::shared_ptr<ExtensionMessage> RecordBlock::append(const std::shared_ptr<RecordBlock>& block) {
-    if (block->count_ == block->capacity_) {
-        throw std::length_error("RecordBlock: more records than its capacity");
+    if (block->room_ == 0) {
+        throw std::length_error("RecordBlock: more records than there is room for");
     }
-    auto* record = new (block->records_ + block->count_) ExtensionMessage();
-    ++block->count_;
+    Row& row = block->rows_.back();
+    auto* record = new (row.records + row.count) ExtensionMessage();
+    ++row.count;
+    --block->room_;
     return {block, record};
 }
 
 RecordText RecordBlock::store(std::string_view text) {
-    return RecordText::placedAt(allocate(RecordText::storageSize(text.size())), text);
-}
-
-void* RecordBlock::allocate(std::size_t bytes) {
-    if (bytes > left_) {
-        const std::size_t size = std::max(bytes, chunkSize_);
-        chunks_.push_back(std::make_unique_for_overwrite<std::byte[]>(size));
-        if (bytes > chunkSize_) {
-            return chunks_.back().get();  // the chunk begun before goes on being filled
-        }
-        next_ = chunks_.back().get();
-        left_ = size;
-    }
-    left_ -= bytes;
-    return std::exchange(next_, next_ + bytes);
+    void* storage = memory_.allocate(RecordText::storageSize(text.size()), RecordText::kAlignment);
+    return RecordText::placedAt(storage, text);
 }
 
 }  // namespace quillet

@@ -6,35 +6,38 @@
 #include <vector>
 
 #include "model/ExtensionMessage.h"
+#include "platform/foundation/MemoryArena.h"
 
 namespace quillet {
 
-// The memory of the records of one file: the records side by side, their texts packed behind each
-// other. Handles to the records keep the block alive, so a list costs one reference count a file.
-// Filled by one thread, before the records are handed on.
+// The memory of the records of one read: the records of a file side by side, their texts packed
+// behind each other. Handles to the records keep the block alive, so a list costs one reference
+// count. Filled by one thread, before the records are handed on.
 class RecordBlock {
 public:
-    static std::shared_ptr<RecordBlock> make(std::size_t capacity);
+    static std::shared_ptr<RecordBlock> make();
     ~RecordBlock();
     RecordBlock(const RecordBlock&) = delete;
     RecordBlock& operator=(const RecordBlock&) = delete;
 
-    // A new record of the block with every field zero or none. At most `capacity` records.
+    // Makes room for `count` further records.
+    void reserve(std::size_t count);
+    // A new record of the block with every field zero or none, in the room reserved last.
     static std::shared_ptr<ExtensionMessage> append(const std::shared_ptr<RecordBlock>& block);
     // Copies a text into the block; the result is for records of this block alone.
     RecordText store(std::string_view text);
 
 private:
-    explicit RecordBlock(std::size_t capacity);
-    void* allocate(std::size_t bytes);
+    struct Row {
+        ExtensionMessage* records;
+        std::size_t count;
+    };
 
-    std::size_t capacity_;
-    std::size_t count_ = 0;
-    ExtensionMessage* records_;
-    std::vector<std::unique_ptr<std::byte[]>> chunks_;
-    std::byte* next_ = nullptr;
-    std::size_t left_ = 0;  // bytes
-    std::size_t chunkSize_;
+    RecordBlock() = default;
+
+    platform::MemoryArena memory_;
+    std::vector<Row> rows_;
+    std::size_t room_ = 0;  // records that the last row can still take
 };
 
 }  // namespace quillet

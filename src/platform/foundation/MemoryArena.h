@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace quillet::platform {
+
+// Memory for many small things that end together. It grows by regions, each twice as large as the
+// one before up to kLargestRegion; large ones lie in huge pages where the system has them, since
+// the page faults of a large store cost more than reading it. One thread at a time.
+class MemoryArena {
+public:
+    static constexpr std::size_t kSmallestRegion = std::size_t{4} * 1024;        // bytes
+    static constexpr std::size_t kLargestRegion = std::size_t{4} * 1024 * 1024;  // bytes
+
+    MemoryArena() = default;
+    ~MemoryArena() = default;
+    MemoryArena(const MemoryArena&) = delete;
+    MemoryArena& operator=(const MemoryArena&) = delete;
+
+    // Uninitialised bytes, valid as long as the arena. The alignment is a power of two, at most
+    // that of std::max_align_t. Throws std::bad_alloc.
+    void* allocate(std::size_t bytes, std::size_t alignment);
+
+private:
+    struct Free {
+        void operator()(std::byte* memory) const noexcept;
+    };
+    using Region = std::unique_ptr<std::byte, Free>;
+
+    static Region makeRegion(std::size_t bytes);
+
+    std::vector<Region> regions_;
+    std::byte* next_ = nullptr;
+    std::size_t left_ = 0;  // bytes
+    std::size_t regionSize_ = kSmallestRegion;
+};
+
+}  // namespace quillet::platform
