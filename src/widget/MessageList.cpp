@@ -1,7 +1,11 @@
 #include "widget/MessageList.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 #include "util/Tarno.h"
@@ -15,16 +19,45 @@ namespace {
 constexpr std::int64_t kFolderOfSegment[] = {1, 11, 12, 13};
 
 struct Place {
-    double date;
+    std::uint64_t key;  // smaller for a newer message
     std::size_t index;
 };
 
-double sortDate(const ExtensionMessage& message) {
-    return message.date().value_or(-std::numeric_limits<double>::infinity());
+std::uint64_t sortKey(const ExtensionMessage& message) {
+    constexpr double kOldest = -std::numeric_limits<double>::infinity();
+    constexpr std::uint64_t kSign = std::uint64_t{1} << 63U;
+    const double date = message.date().value_or(kOldest) + 0.0;  // no negative zero
+    const auto bits = std::bit_cast<std::uint64_t>(date);
+    return (bits & kSign) != 0 ? bits : ~(bits | kSign);
 }
 
 bool isNewer(const Place& left, const Place& right) {
-    return left.date > right.date;
+    return left.key < right.key;
+}
+
+// Sorts by digits of the key from the last to the first, keeping the order of equal ones. Dates of
+// a mail store differ in few digits, which makes this several times faster than comparing.
+void sortByKey(std::vector<Place>& places) {
+    constexpr unsigned kBits = 8;
+    constexpr std::size_t kDigits = std::size_t{1} << kBits;
+    const auto digitOf = [](const Place& place, unsigned shift) {
+        return static_cast<std::size_t>(place.key >> shift) % kDigits;
+    };
+    std::vector<Place> sorted(places.size());
+    for (unsigned shift = 0; shift < 64; shift += kBits) {
+        std::array<std::size_t, kDigits> ends{};
+        for (const Place& place : places) {
+            ++ends[digitOf(place, shift)];
+        }
+        if (ends[digitOf(places.front(), shift)] == places.size()) {
+            continue;  // all have the same digit
+        }
+        std::exclusive_scan(ends.begin(), ends.end(), ends.begin(), std::size_t{0});
+        for (const Place& place : places) {
+            sorted[ends[digitOf(place, shift)]++] = place;
+        }
+        places.swap(sorted);
+    }
 }
 
 // The first messages of a standard folder, at most kMostRows: later ones would be cut anyway.
@@ -53,12 +86,12 @@ Messages sortedNewestFirst(Messages messages) {
     std::vector<Place> places;
     places.reserve(messages.size());
     for (const auto& message : messages) {
-        places.push_back({sortDate(*message), places.size()});
+        places.push_back({sortKey(*message), places.size()});
     }
     if (std::is_sorted(places.begin(), places.end(), isNewer)) {
         return messages;
     }
-    std::stable_sort(places.begin(), places.end(), isNewer);
+    sortByKey(places);
     Messages sorted;
     sorted.reserve(messages.size());
     for (const Place& place : places) {
