@@ -3,8 +3,6 @@
 add_library(quillet_options INTERFACE)
 target_compile_options(quillet_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-    # gcc 12 sees overlaps in plain std::string concatenation where there are none.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<BOOL:${QUILLET_WARNINGS_AS_ERRORS}>:-Werror>)
 if(QUILLET_SANITIZE)
     target_compile_options(quillet_options INTERFACE
