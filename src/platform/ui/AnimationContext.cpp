@@ -90,8 +90,4 @@ void AnimationContext::setEnabled(bool enabled) {
     animationsEnabled = enabled;
 }
 
-bool AnimationContext::insideGroup() {
-    return currentGroup != nullptr;
-}
-
 }  // namespace quillet::platform

@@ -19,9 +19,6 @@ public:
     // reduced motion, or a picture is taken).
     static int duration();
     static void setEnabled(bool enabled);
-
-    // Whether the caller runs inside the `changes` of a group.
-    static bool insideGroup();
 };
 
 }  // namespace quillet::platform
