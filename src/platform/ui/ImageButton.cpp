@@ -87,6 +87,13 @@ void ImageButton::drawImage(QPainter& painter) const {
                       image_.representationFor(1 / pixelSize(painter)));
 }
 
+// A press does not outlive the sight of the button: in a reused cell its release would mean another
+// row.
+void ImageButton::hideEvent(QHideEvent* event) {
+    QAbstractButton::hideEvent(event);
+    setDown(false);
+}
+
 void ImageButton::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
         case Qt::Key_Return:
