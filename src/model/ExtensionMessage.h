@@ -22,8 +22,8 @@ using ExtensionMessageList = std::shared_ptr<const std::vector<std::shared_ptr<E
 // One mail message as the host application wrote it, or a message draft.
 //
 // Every field is an atomic property: a getter returns the whole value, a setter replaces it, on
-// any threads; the record as a whole is not locked. Text is UTF-8. Records have an identity and
-// are held by shared_ptr; those of one file share one allocation.
+// any threads; the record as a whole is not locked. Text is UTF-8. Records have an identity and are
+// held by shared_ptr; those of one read share their memory, which lives as long as any of them.
 class ExtensionMessage {
 public:
     using Text = std::optional<std::string>;

@@ -48,6 +48,8 @@ std::shared_ptr<TodayViewController> TodayViewController::make(const Services& s
 TodayViewController::TodayViewController(const Services& services)
     : services_(services), dataFromDisk_(std::make_shared<const Messages>()) {}
 
+// The blocks registered hold the controller weakly, so nothing would be called; but each change of
+// the look would leave a dead registration behind.
 TodayViewController::~TodayViewController() {
     platform::NotificationCenter::defaultCenter().removeObserver(this);
     if (isViewLoaded()) {

@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include "platform/foundation/FileCoordinator.h"
+#include "tests/support/FileLocks.h"
 #include "tests/support/PropertyLists.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/widget/StoreFixture.h"
 
 namespace quillet::test {
@@ -22,6 +24,21 @@ using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// The inode of the file `name` somewhere below `folder`, 0 where there is none.
+ino_t inodeBelow(const std::string& folder, const std::string& name) {
+    struct stat status {};
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        if (entry.path().filename() == name) {
+            stat(entry.path().c_str(), &status);
+        }
+    }
+    return status.st_ino;
+}
+
+}  // namespace
 
 class StoreTest : public StoreFixture {};
 
@@ -186,17 +203,15 @@ TEST_F(StoreTest, FailedCoordinationIsLoggedAndReadsNothing) {
 
 TEST_F(StoreTest, ReadWaitsForTheHostThatWritesInTheStore) {
     const std::string path = writeFile("a@x", "1.plist", "half written");
-    std::atomic<bool> finished = false;
     std::thread reader;
     std::vector<std::string> found;
     const platform::FileCoordinator host(container.path("SharedData"));
     const auto error = host.coordinateWriting(path, [&](const std::string& file) {
-        reader = std::thread([&] {
-            found = read();
-            finished = true;
-        });
+        const std::string lock =
+            ":" + std::to_string(inodeBelow(runtime.path(), "Today.lock")) + " ";
+        reader = std::thread([&] { found = read(); });
+        EXPECT_TRUE(waitUntil([&] { return somebodyWaitsForLock(lock); }));
         std::ofstream(file) << fileXml(messageXml("whole", 1));
-        EXPECT_FALSE(finished);
     });
     EXPECT_FALSE(error);
     reader.join();
