@@ -96,8 +96,9 @@ QAccessibleInterface* SegmentedControlAccessible::child(int index) const {
         return nullptr;
     }
     while (segments_.size() <= static_cast<std::size_t>(index)) {
-        segments_.push_back(QAccessible::registerAccessibleInterface(
-            new SegmentAccessible(control_, segments_.size())));
+        auto* segment = new SegmentAccessible(control_, segments_.size());
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
+        segments_.push_back(QAccessible::registerAccessibleInterface(segment));
     }
     return QAccessible::accessibleInterface(segments_[static_cast<std::size_t>(index)]);
 }

@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace quillet::platform {
 
@@ -14,8 +15,8 @@ constexpr double kFadeSpeed = 1.5;
 
 }  // namespace
 
-SlidingRow::SlidingRow(const QPixmap& picture, const QRect& place, int direction, QWidget* parent)
-    : QWidget(parent), picture_(picture), place_(place), direction_(direction) {
+SlidingRow::SlidingRow(QPixmap picture, const QRect& place, int direction, QWidget* parent)
+    : QWidget(parent), picture_(std::move(picture)), place_(place), direction_(direction) {
     setGeometry(place);
 }
 

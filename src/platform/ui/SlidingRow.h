@@ -12,7 +12,7 @@ class SlidingRow : public QWidget {
 
 public:
     // `direction`: -1 to the left, 1 to the right.
-    SlidingRow(const QPixmap& picture, const QRect& place, int direction, QWidget* parent);
+    SlidingRow(QPixmap picture, const QRect& place, int direction, QWidget* parent);
 
     void setProgress(double progress);  // 0 to 1
 
