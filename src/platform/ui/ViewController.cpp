@@ -9,7 +9,7 @@ namespace quillet::platform {
 struct ViewController::State {
     QPointer<QWidget> view;
 
-    void deleteUnlessAdopted() {
+    void deleteUnlessAdopted() const {
         if (view && view->parentWidget() == nullptr) {
             delete view.data();
         }
