@@ -7,8 +7,7 @@
 namespace quillet::platform {
 
 // Memory for many small things that end together. It grows by regions, each twice as large as the
-// one before up to kLargestRegion; large ones lie in huge pages where the system has them, since
-// the page faults of a large store cost more than reading it. One thread at a time.
+// one before up to kLargestRegion. One thread at a time.
 class MemoryArena {
 public:
     static constexpr std::size_t kSmallestRegion = std::size_t{4} * 1024;        // bytes
@@ -24,14 +23,7 @@ public:
     void* allocate(std::size_t bytes, std::size_t alignment);
 
 private:
-    struct Free {
-        void operator()(std::byte* memory) const noexcept;
-    };
-    using Region = std::unique_ptr<std::byte, Free>;
-
-    static Region makeRegion(std::size_t bytes);
-
-    std::vector<Region> regions_;
+    std::vector<std::unique_ptr<std::byte[]>> regions_;
     std::byte* next_ = nullptr;
     std::size_t left_ = 0;  // bytes
     std::size_t regionSize_ = kSmallestRegion;
