@@ -1,6 +1,6 @@
 #include "model/ExtensionUtilities.h"
+#include "model/RecordFields.h"
 #include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileManager.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/Path.h"
 #include "platform/foundation/PropertyList.h"
@@ -8,19 +8,6 @@
 namespace quillet::ExtensionUtilities {
 
 namespace Path = platform::Path;
-using platform::PropertyListDocument;
-using platform::PropertyListType;
-
-namespace {
-
-// Reads a property list whose root is an array; false for anything else.
-bool readArray(const std::string& path, PropertyListDocument& document) {
-    return !platform::FileManager::readFile(
-               path, document.bytes(), PropertyListDocument::kMaximumFileSize) &&
-           !document.parse() && document.root().type() == PropertyListType::Array;
-}
-
-}  // namespace
 
 std::vector<std::shared_ptr<ExtensionAccount>> Accounts() {
     const std::optional<std::string> dataFolder = GroupDataPath();
@@ -29,23 +16,17 @@ std::vector<std::shared_ptr<ExtensionAccount>> Accounts() {
     }
     const std::string file = Path::appendingPathExtension(
         Path::appendingPathComponent(*dataFolder, "Accounts"), "plist");
-    PropertyListDocument document;
-    bool found = false;
+    platform::PropertyListDocument document;
+    platform::PropertyListValue list;
     // The file is only read, but a writer's lock orders the read against every other party.
     const auto error =
         platform::FileCoordinator(dataFolder).coordinateWriting(file, [&](const std::string& path) {
-            found = readArray(path, document);
+            list = arrayWithContentsOfFile(path, document);
         });
     if (error) {
         platform::Log::write("NSFileCoordinator Accounts %@", {error->description()});
     }
-    std::vector<std::shared_ptr<ExtensionAccount>> accounts;
-    if (found) {
-        for (const platform::PropertyListValue& element : document.root()) {
-            accounts.push_back(ExtensionAccount::initWithDictonary(element));
-        }
-    }
-    return accounts;
+    return recordsOf<ExtensionAccount>(list);
 }
 
 }  // namespace quillet::ExtensionUtilities

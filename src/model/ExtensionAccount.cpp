@@ -29,19 +29,9 @@ void ExtensionAccount::fill(const PropertyListValue& dictionary) {
     if (const PropertyListValue enabled = dictionary.valueForKey("enabled")) {
         enabled_ = enabled.boolValue();
     }
-    fillAliases(dictionary.valueForKey("aliases"));
-}
-
-void ExtensionAccount::fillAliases(const PropertyListValue& aliases) {
     aliases_.set(std::make_shared<const Aliases>());
-    if (!aliases) {
-        return;
-    }
-    Aliases list;
-    for (const PropertyListValue& element : aliases) {
-        list.push_back(ExtensionAlias::initWithDictonary(element));
-    }
-    aliases_.set(std::make_shared<const Aliases>(std::move(list)));
+    aliases_.set(std::make_shared<const Aliases>(
+        recordsOf<ExtensionAlias>(dictionary.valueForKey("aliases"))));
 }
 
 std::string ExtensionAccount::description() const {

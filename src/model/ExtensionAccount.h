@@ -37,7 +37,6 @@ public:
 
 private:
     void fill(const platform::PropertyListValue& dictionary);
-    void fillAliases(const platform::PropertyListValue& aliases);
 
     platform::Atomic<std::optional<std::string>> mail_;
     platform::Atomic<std::optional<std::string>> name_;

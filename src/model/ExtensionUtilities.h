@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "model/ExtensionAccount.h"
+#include "model/ExtensionAddress.h"
+#include "model/ExtensionGroup.h"
 
 // The shared container and what it holds beside the messages. Nothing is cached: each call asks
 // for the bundle identifier and the container anew. Any thread.
@@ -25,6 +27,16 @@ std::optional<std::string> GroupDataPath();
 // The accounts of Accounts.plist in file order, read under coordination; empty when the file is
 // missing or holds no list. Blocks until the host's writers are done.
 std::vector<std::shared_ptr<ExtensionAccount>> Accounts();
+
+struct AddressBook {
+    std::vector<std::shared_ptr<ExtensionAddress>> addresses;
+    std::vector<std::shared_ptr<ExtensionGroup>> groups;
+};
+
+// The host's address book in file order, read under coordination; a list is empty when its file is
+// missing or holds no list. Makes the folder "Contacts" where it is missing. `groups` is always
+// empty. Blocks until the host's writers are done.
+AddressBook AddressesAndGroups();
 
 }  // namespace quillet::ExtensionUtilities
 

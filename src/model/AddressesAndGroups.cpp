@@ -1,0 +1,55 @@
+#include "model/ExtensionUtilities.h"
+#include "model/RecordFields.h"
+#include "platform/foundation/FileCoordinator.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/Path.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace quillet::ExtensionUtilities {
+
+namespace Path = platform::Path;
+using platform::PropertyListDocument;
+using platform::PropertyListValue;
+
+namespace {
+
+PropertyListValue readList(const std::string& folder,
+                           std::string_view name,
+                           PropertyListDocument& document) {
+    return arrayWithContentsOfFile(
+        Path::appendingPathExtension(Path::appendingPathComponent(folder, name), "plist"),
+        document);
+}
+
+}  // namespace
+
+AddressBook AddressesAndGroups() {
+    const std::optional<std::string> dataFolder = GroupDataPath();
+    if (!dataFolder) {
+        return {};
+    }
+    PropertyListDocument document;
+    PropertyListValue addresses;
+    // The files are only read, but a writer's lock orders the read against every other party.
+    const auto error =
+        platform::FileCoordinator(dataFolder)
+            .coordinateWriting(
+                Path::appendingPathComponent(*dataFolder, "Contacts"),
+                [&](const std::string& folder) {
+                    if (!platform::FileManager::fileExists(folder)) {
+                        if (const auto failure = platform::FileManager::createFolder(folder)) {
+                            platform::Log::write("AddressesAndGroups %@", {failure->description()});
+                            return;
+                        }
+                    }
+                    addresses = readList(folder, "Addresses", document);
+                });
+    if (error) {
+        platform::Log::write("NSFileCoordinator AddressesAndGroups %@", {error->description()});
+    }
+    // The groups of "Groups.plist" are left out on purpose: the callers know an empty list alone.
+    return {recordsOf<ExtensionAddress>(addresses), {}};
+}
+
+}  // namespace quillet::ExtensionUtilities

@@ -1,0 +1,60 @@
+#include "model/ExtensionAddress.h"
+
+#include "model/RecordFields.h"
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/TextFormat.h"
+#include "platform/foundation/Whitespace.h"
+
+namespace quillet {
+
+using platform::PropertyListValue;
+using platform::trimmingWhitespaceAndNewlines;
+
+std::shared_ptr<ExtensionAddress> ExtensionAddress::initWithDictonary(
+    const PropertyListValue& dictionary) {
+    auto address = std::make_shared<ExtensionAddress>();
+    try {
+        address->fill(dictionary);
+    } catch (const platform::Exception& exception) {
+        platform::Log::write("ExtensionAddress initWithDictonary %@", {exception.description()});
+    }
+    return address;
+}
+
+void ExtensionAddress::fill(const PropertyListValue& dictionary) {
+    const PropertyListValue mail = dictionary.valueForKey("mail");
+    // Unlike an account's, this text is not translated.
+    mail_.set(mail ? mail.stringValue() : "No Mail");
+    firstName_.set(textField(dictionary, "firstName", ""));
+    lastName_.set(textField(dictionary, "lastName", ""));
+    company_.set(textField(dictionary, "company", ""));
+    nickname_.set(textField(dictionary, "nickname", ""));
+    if (const PropertyListValue rank = dictionary.valueForKey("rank")) {
+        rank_ = rank.integerValue();
+    }
+}
+
+std::string ExtensionAddress::fullName() const {
+    const std::string names = platform::formatText(
+        "%@ %@", {firstName().value_or(std::string()), lastName().value_or(std::string())});
+    return std::string(trimmingWhitespaceAndNewlines(names));
+}
+
+std::string ExtensionAddress::prettyprint() const {
+    std::string text = fullName();
+    if (text.empty()) {
+        text = company().value_or(std::string());
+    }
+    if (const Text address = mail(); address && !address->empty()) {
+        text += platform::formatText(" <%@>", {*address});
+    }
+    return std::string(trimmingWhitespaceAndNewlines(text));
+}
+
+std::string ExtensionAddress::description() const {
+    const Text text = mail();
+    return platform::formatText("ExtensionAddress %@", {text ? *text : platform::kAbsentText});
+}
+
+}  // namespace quillet

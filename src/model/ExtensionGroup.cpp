@@ -1,0 +1,44 @@
+#include "model/ExtensionGroup.h"
+
+#include "model/RecordFields.h"
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/TextFormat.h"
+
+namespace quillet {
+
+std::shared_ptr<ExtensionGroup> ExtensionGroup::initWithDictonary(
+    const platform::PropertyListValue& dictionary) {
+    auto group = std::make_shared<ExtensionGroup>();
+    try {
+        group->fill(dictionary);
+    } catch (const platform::Exception& exception) {
+        platform::Log::write("ExtensionGroup initWithDictonary %@", {exception.description()});
+    }
+    return group;
+}
+
+void ExtensionGroup::fill(const platform::PropertyListValue& dictionary) {
+    idx_.set(textField(dictionary, "idx", ""));
+    name_.set(textField(dictionary, "name", "No Name"));
+    addresses_.set(std::make_shared<const Addresses>());
+    addresses_.set(std::make_shared<const Addresses>(
+        recordsOf<ExtensionAddress>(dictionary.valueForKey("addresses"))));
+}
+
+std::string ExtensionGroup::prettyprint() const {
+    const auto text = name();
+    const std::string_view shown = text ? *text : platform::kAbsentText;
+    const auto members = addresses();
+    if (members == nullptr || members->empty()) {
+        return std::string(shown);
+    }
+    return platform::formatText("%@ (%@)", {shown, std::to_string(members->size())});
+}
+
+std::string ExtensionGroup::description() const {
+    const auto text = name();
+    return platform::formatText("ExtensionGroup %@", {text ? *text : platform::kAbsentText});
+}
+
+}  // namespace quillet

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/ExtensionAddress.h"
+#include "platform/foundation/Atomic.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace quillet {
+
+// A group of the address book. Fields are atomic properties; text is UTF-8.
+class ExtensionGroup {
+public:
+    using Addresses = std::vector<std::shared_ptr<ExtensionAddress>>;
+
+    // The record of a group dictionary, defaults in place of what is missing. A value of a wrong
+    // type is logged and leaves the record as far as it was filled.
+    static std::shared_ptr<ExtensionGroup> initWithDictonary(
+        const platform::PropertyListValue& dictionary);
+
+    // The host's name for the group; not interpreted.
+    std::optional<std::string> idx() const { return idx_.get(); }
+    std::optional<std::string> name() const { return name_.get(); }
+    // None in a record whose reading stopped before them.
+    std::shared_ptr<const Addresses> addresses() const { return addresses_.get(); }
+
+    // The name, followed by the number of addresses in parentheses where there are any.
+    std::string prettyprint() const;
+    // "ExtensionGroup " and the name.
+    std::string description() const;
+
+private:
+    void fill(const platform::PropertyListValue& dictionary);
+
+    platform::Atomic<std::optional<std::string>> idx_;
+    platform::Atomic<std::optional<std::string>> name_;
+    platform::Atomic<std::shared_ptr<const Addresses>> addresses_;
+};
+
+}  // namespace quillet
