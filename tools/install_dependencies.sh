@@ -9,7 +9,7 @@ packages_for() {
         build) echo g++ cmake ninja-build pkg-config qt6-base-dev libicu-dev libxcb1-dev nlohmann-json3-dev ;;
         run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
         wayland) echo qt6-wayland ;;
-        test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 fonts-inter ;;
+        test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter ;;
         bench) echo libplist-dev libpugixml-dev ;;
         ci) echo clang-format clang-tidy codespell python3 ;;
         *)

@@ -13,7 +13,7 @@
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/PropertyList.h"
 #include "tests/host/Command.h"
-#include "tests/host/DocumentExample.h"
+#include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/FileLocks.h"
 #include "tests/support/TemporaryFolder.h"

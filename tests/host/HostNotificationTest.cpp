@@ -6,7 +6,7 @@
 
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "tests/host/Command.h"
-#include "tests/host/DocumentExample.h"
+#include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"

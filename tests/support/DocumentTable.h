@@ -1,0 +1,42 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/DocumentExample.h"
+
+namespace quillet::test {
+
+// The cells of a line of a table: without the blanks and back-ticks around them.
+inline std::vector<std::string> tableCells(const std::string& line) {
+    std::vector<std::string> cells;
+    std::istringstream rest(line.substr(1));
+    for (std::string cell; std::getline(rest, cell, '|');) {
+        const std::size_t first = cell.find_first_not_of(" `");
+        const std::size_t last = cell.find_last_not_of(" `");
+        cells.push_back(first == std::string::npos ? "" : cell.substr(first, last - first + 1));
+    }
+    return cells;
+}
+
+// The rows of the table of a page in docs/ whose first column has this heading; empty where there
+// is none.
+inline std::vector<std::vector<std::string>> documentTable(const std::string& page,
+                                                           const std::string& heading) {
+    std::istringstream document(contentsOf(QUILLET_DOCS "/" + page));
+    std::vector<std::vector<std::string>> rows;
+    bool isInside = false;
+    for (std::string line; std::getline(document, line);) {
+        if (!line.starts_with("|")) {
+            isInside = false;
+        } else if (isInside && !line.starts_with("|--")) {
+            rows.push_back(tableCells(line));
+        } else if (line.starts_with("| " + heading + " |")) {
+            isInside = true;
+        }
+    }
+    return rows;
+}
+
+}  // namespace quillet::test

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QStringList>
+#include <QVariantMap>
+#include <vector>
+
+namespace quillet::test {
+
+// An application on the session bus that keeps what it is asked to open. It is in the test's own
+// process, on a connection of its own.
+class RecordingApplication final : public QDBusVirtualObject {
+public:
+    struct Request {
+        QStringList urls;
+        QVariantMap platformData;
+    };
+
+    explicit RecordingApplication(const QString& identifier)
+        : bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, identifier)) {
+        QString path = identifier;
+        path.replace(QLatin1Char('.'), QLatin1Char('/'))
+            .replace(QLatin1Char('-'), QLatin1Char('_'));
+        isReachable_ = bus_.registerVirtualObject(QLatin1Char('/') + path, this) &&
+                       bus_.registerService(identifier);
+    }
+    ~RecordingApplication() override { QDBusConnection::disconnectFromBus(bus_.name()); }
+    RecordingApplication(const RecordingApplication&) = delete;
+    RecordingApplication& operator=(const RecordingApplication&) = delete;
+
+    bool isReachable() const { return isReachable_; }
+    const std::vector<Request>& requests() const { return requests_; }
+
+    QString introspect(const QString& /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        if (message.interface() != QLatin1String("org.freedesktop.Application") ||
+            message.member() != QLatin1String("Open") ||
+            message.signature() != QLatin1String("asa{sv}")) {
+            return false;
+        }
+        const QVariantList arguments = message.arguments();
+        requests_.push_back({arguments[0].toStringList(),
+                             qdbus_cast<QVariantMap>(arguments[1].value<QDBusArgument>())});
+        return bus.send(message.createReply());
+    }
+
+private:
+    QDBusConnection bus_;
+    bool isReachable_ = false;
+    std::vector<Request> requests_;
+};
+
+}  // namespace quillet::test
