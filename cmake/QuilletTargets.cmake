@@ -35,6 +35,7 @@ function(quillet_test name)
     set(launcher "")
     if(ARG_BUS)
         set(launcher dbus-run-session --)
+        target_compile_definitions(${name} PRIVATE QUILLET_TEST_HAS_BUS)
     endif()
     set_target_properties(${name} PROPERTIES TEST_LAUNCHER "${launcher}"
                           CROSSCOMPILING_EMULATOR "${launcher}")

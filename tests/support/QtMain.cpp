@@ -1,5 +1,5 @@
 // The main function of test programs that need the toolkit: without a display, in English, with
-// the interface font that the design was made for.
+// the interface font that the design was made for, and out of reach of the user's own programs.
 
 #include <QApplication>
 #include <QFont>
@@ -11,6 +11,12 @@ int main(int argc, char** argv) {
     }
     qputenv("LC_ALL", "en_GB.UTF-8");
     qputenv("TZ", "UTC");
+    for (const char* folders : {"XDG_DATA_HOME", "XDG_DATA_DIRS"}) {
+        qputenv(folders, "/nonexistent");  // no desktop entry of an application to start
+    }
+#ifndef QUILLET_TEST_HAS_BUS
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+#endif
     ::testing::InitGoogleTest(&argc, argv);
     const QApplication application(argc, argv);
     QApplication::setFont(QFont(QStringLiteral("Inter")));
