@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+// The classes of characters that a URI is made of (RFC 3986), one bit each. A byte in no class
+// never stands in a URI, except for the "%" of an escape.
+namespace quillet::platform {
+
+enum UriClass : std::uint8_t {
+    kUriUnreserved = 1,    // letters, digits, "-", ".", "_", "~"
+    kUriSubDelimiter = 2,  // "!", "$", "&", "'", "(", ")", "*", "+", ",", ";", "="
+    kUriColon = 4,
+    kUriAt = 8,
+    kUriSlash = 16,
+    kUriQuestion = 32,
+    kUriBracket = 64,
+    kUriHexDigit = 128,
+    kUriPath = kUriUnreserved | kUriSubDelimiter | kUriColon | kUriAt | kUriSlash,
+};
+
+constexpr std::array<std::uint8_t, 256> makeUriClasses() {
+    std::array<std::uint8_t, 256> classes{};
+    const auto add = [&](std::string_view characters, UriClass which) {
+        for (const char character : characters) {
+            classes[static_cast<unsigned char>(character)] |= which;
+        }
+    };
+    add("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~", kUriUnreserved);
+    add("!$&'()*+,;=", kUriSubDelimiter);
+    add(":", kUriColon);
+    add("@", kUriAt);
+    add("/", kUriSlash);
+    add("?", kUriQuestion);
+    add("[]", kUriBracket);
+    add("0123456789ABCDEFabcdef", kUriHexDigit);
+    return classes;
+}
+
+inline constexpr std::array<std::uint8_t, 256> kUriClasses = makeUriClasses();
+
+// Whether a character is in one of `classes`, which are UriClass bits.
+constexpr bool isUriCharacter(char character, unsigned classes) noexcept {
+    return (kUriClasses[static_cast<unsigned char>(character)] & classes) != 0;
+}
+
+// Whether the "%" at `at` begins an escape: two hexadecimal digits follow it.
+constexpr bool isPercentEscape(std::string_view text, std::size_t at) noexcept {
+    return text.size() - at > 2 && isUriCharacter(text[at + 1], kUriHexDigit) &&
+           isUriCharacter(text[at + 2], kUriHexDigit);
+}
+
+}  // namespace quillet::platform
