@@ -11,6 +11,7 @@
 #include "app/SingleInstance.h"
 #include "app/TrayIcon.h"
 #include "platform/desktop/Queues.h"
+#include "platform/desktop/Workspace.h"
 
 namespace quillet {
 
@@ -36,6 +37,7 @@ int runPanel(std::optional<platform::Look> look) {
         return 0;
     }
     QApplication::setWindowIcon(programIcon());
+    platform::Workspace& workspace = platform::Workspace::sharedWorkspace();
     panel.emplace(look);
     std::optional<TrayIcon> tray;
     QTimer trayTimer;
@@ -59,11 +61,13 @@ int runPanel(std::optional<platform::Look> look) {
     panel->show();
     const int status = QApplication::exec();
     panel->hide();
+    tray.reset();
+    SingleInstance::release();  // a start from now on does not wait for what is still to be done
+    workspace.flush();
     // Blocks still under way hold the widget, whose views must end before the application does.
     if (!platform::drainBackgroundQueue(kPatience)) {
         std::_Exit(status);  // the host holds its lock; whoever quits does not wait for it
     }
-    tray.reset();
     panel.reset();
     QCoreApplication::sendPostedEvents();
     return status;

@@ -47,6 +47,10 @@ SingleInstance::Role SingleInstance::claim() {
     return told ? Role::Later : Role::Unknown;
 }
 
+void SingleInstance::release() {
+    QDBusConnection::sessionBus().unregisterService(busName());
+}
+
 void SingleInstance::Toggle() {
     platform::mainQueue().async(toggle_);  // the answer goes out before anything that takes long
 }

@@ -22,6 +22,8 @@ public:
     explicit SingleInstance(std::function<void()> toggle);
 
     Role claim();
+    // Gives the name away, before the program ends.
+    static void release();
 
     // Called over the bus.
     Q_SLOT void Toggle();

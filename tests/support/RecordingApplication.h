@@ -20,7 +20,8 @@ public:
     };
 
     explicit RecordingApplication(const QString& identifier)
-        : bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, identifier)) {
+        : bus_(QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                             identifier)) {
         QString path = identifier;
         path.replace(QLatin1Char('.'), QLatin1Char('/'))
             .replace(QLatin1Char('-'), QLatin1Char('_'));

@@ -22,7 +22,6 @@ constexpr QLatin1String kPath("/it/tarno/quillet/DistributedNotifications");
 constexpr QLatin1String kInterface("it.tarno.quillet.DistributedNotifications");
 constexpr QLatin1String kMember("Posted");
 constexpr QLatin1String kSignature("ss");  // name, object
-constexpr int kFlushTimeout = 2000;        // milliseconds
 
 // A notification's name and its object.
 using Topic = std::pair<std::string, std::string>;
@@ -157,18 +156,7 @@ bool DistributedNotificationCenter::postNotification(std::string_view name,
     const QDBusConnection bus(textOf(connection));
     QDBusMessage signal = QDBusMessage::createSignal(kPath, kInterface, kMember);
     signal << textOf(name) << textOf(object);
-    if (!bus.send(signal)) {
-        return false;
-    }
-    // The bus answers in order: with its answer it has the signal as well.
-    const QDBusMessage answer =
-        bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                QStringLiteral("/org/freedesktop/DBus"),
-                                                QStringLiteral("org.freedesktop.DBus"),
-                                                QStringLiteral("GetId")),
-                 QDBus::Block,
-                 kFlushTimeout);
-    return answer.type() == QDBusMessage::ReplyMessage;
+    return bus.send(signal) && state_->bus.flush();
 }
 
 }  // namespace quillet::platform

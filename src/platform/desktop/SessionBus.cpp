@@ -1,6 +1,7 @@
 #include "platform/desktop/SessionBus.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QFileInfo>
 #include <QObject>
 #include <QTimer>
@@ -15,6 +16,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kFirstRetry{500};
 constexpr std::chrono::milliseconds kLongestRetry{30'000};
+constexpr int kFlushTimeout = 2000;  // milliseconds
 constexpr std::string_view kConnected = "connected";
 
 // Where the bus listens; empty where the environment names none. Asking the library for "the
@@ -113,6 +115,22 @@ SessionBus::~SessionBus() = default;
 
 std::string SessionBus::connectionName() {
     return state_->connectionName().toStdString();
+}
+
+bool SessionBus::flush() {
+    const QString name = state_->connectionName();
+    if (name.isEmpty()) {
+        return false;
+    }
+    // The bus answers in order: with its answer it has everything else as well.
+    const QDBusMessage answer = QDBusConnection(name).call(
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                       QStringLiteral("/org/freedesktop/DBus"),
+                                       QStringLiteral("org.freedesktop.DBus"),
+                                       QStringLiteral("GetId")),
+        QDBus::Block,
+        kFlushTimeout);
+    return answer.type() == QDBusMessage::ReplyMessage;
 }
 
 void SessionBus::addObserver(const void* observer, std::function<void()> connected) {

@@ -23,6 +23,10 @@ public:
     // "" while there is no bus.
     std::string connectionName();
 
+    // True once the bus has everything that was sent before, so that the sender may leave. Waits
+    // for the bus's answer, two seconds at most.
+    bool flush();
+
     // Calls `connected`, from the event loop or from connectionName(), whenever the bus was lost or
     // missing and is there now. `observer` only names the registration.
     void addObserver(const void* observer, std::function<void()> connected);

@@ -3,13 +3,12 @@
 #include <QDBusVariant>
 #include <QProcess>
 #include <gtest/gtest.h>
-#include <memory>
 #include <vector>
 
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/SessionBus.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/WaitUntil.h"
 
 namespace quillet::test {
@@ -118,36 +117,9 @@ TEST_F(DistributedNotificationCenterTest, SignalsOfAnotherShapeAreIgnored) {
     QDBusConnection::disconnectFromBus(QStringLiteral("hostile"));
 }
 
-// A bus of its own that can be stopped and started.
-class PrivateBus {
-public:
-    QString address() const {
-        return QStringLiteral("unix:path=") + QString::fromStdString(folder_.path("bus"));
-    }
-    bool start() {
-        daemon_ = std::make_unique<QProcess>();
-        daemon_->start(QStringLiteral("dbus-daemon"),
-                       {QStringLiteral("--session"),
-                        QStringLiteral("--nofork"),
-                        QStringLiteral("--nopidfile"),
-                        QStringLiteral("--print-address"),
-                        QStringLiteral("--address=") + address()});
-        return daemon_->waitForReadyRead();
-    }
-    void stop() {
-        daemon_->kill();
-        daemon_->waitForFinished();
-    }
-    ~PrivateBus() { stop(); }
-
-private:
-    TemporaryFolder folder_;
-    std::unique_ptr<QProcess> daemon_;
-};
-
 TEST_F(DistributedNotificationCenterTest, ObserversAreServedAgainWhenTheBusComesBack) {
     PrivateBus daemon;
-    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", daemon.address().toStdString());
+    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", daemon.address());
     SessionBus bus;
     DistributedNotificationCenter center(bus);
     center.addObserver(this, "name", "object", noting("one"));
