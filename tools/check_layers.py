@@ -6,7 +6,7 @@ import sys
 
 FOUNDATION, DESKTOP, UI = "platform/foundation", "platform/desktop", "platform/ui"
 MAY_INCLUDE = {
-    "util": {"util"},
+    "util": {"util", FOUNDATION},
     FOUNDATION: {FOUNDATION},
     DESKTOP: {DESKTOP, FOUNDATION},
     UI: {UI, DESKTOP, FOUNDATION},

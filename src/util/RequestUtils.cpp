@@ -1,0 +1,246 @@
+#include "util/RequestUtils.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/PercentEncoding.h"
+#include "platform/foundation/Utf8.h"
+
+namespace quillet::RequestUtils {
+
+namespace {
+
+using platform::PercentKeep;
+using platform::PlusSign;
+using List = ParameterMap::List;
+
+constexpr unsigned kPolicyBits = 7;
+
+unsigned policyOf(unsigned options, unsigned byDefault) {
+    const unsigned policy = options & kPolicyBits;
+    return policy != 0 ? policy : byDefault;
+}
+
+// Writes pairs behind each other.
+class QueryWriter {
+public:
+    void write(std::string_view encodedKey, std::string_view suffix, std::string_view value) {
+        if (!query_.empty()) {
+            query_ += '&';
+        }
+        query_.append(encodedKey).append(suffix).append(1, '=');
+        platform::appendPercentEncoded(value, PercentKeep::Unreserved, query_);
+    }
+    std::string take() { return std::move(query_); }
+
+private:
+    std::string query_;
+};
+
+// The elements of a list that the builder writes.
+std::span<const std::string> written(const List& list, unsigned policy) {
+    const std::span all(list);
+    if (policy == DuplicatesKeepLast) {
+        return all.last(std::min<std::size_t>(1, all.size()));
+    }
+    return policy == DuplicatesKeepFirst ? all.first(std::min<std::size_t>(1, all.size())) : all;
+}
+
+// What the builder writes behind a key. A text has brackets only where it counts as a list.
+std::string_view bracketSuffix(unsigned options, unsigned policy, bool isList) {
+    const bool many = policy != DuplicatesKeepLast && policy != DuplicatesKeepFirst;
+    const bool counts = policy == EveryValueAsArray || (isList && many);
+    return (options & BracketKeys) != 0 && counts ? "[]" : "";
+}
+
+// Cuts `text` at the first `separator` and returns what stood before it, or all of it.
+std::string_view takeUpTo(std::string_view& text, char separator) {
+    const std::size_t length = std::min(text.find(separator), text.size());
+    const std::string_view piece = text.substr(0, length);
+    text.remove_prefix(std::min(length + 1, text.size()));
+    return piece;
+}
+
+std::string decodedOrRaise(std::string_view component) {
+    std::optional<std::string> decoded = URLDecodedString(component, true);
+    if (!decoded) {
+        throw platform::Exception("a key or a value of the query does not decode");
+    }
+    return *std::move(decoded);
+}
+
+bool cutBrackets(std::string& key) {
+    if (!key.ends_with("[]")) {
+        return false;
+    }
+    key.resize(key.size() - 2);
+    return true;
+}
+
+// Makes a list of `value`, whose first element is what it was, and adds `added` to it.
+void appendTo(ParameterMap::Value& value, std::string added) {
+    if (auto* text = std::get_if<std::string>(&value)) {
+        List list;
+        list.push_back(std::move(*text));
+        value = std::move(list);
+    }
+    std::get<List>(value).push_back(std::move(added));
+}
+
+void addParsed(ParameterMap& map, std::string key, std::string text, unsigned policy) {
+    const bool bracketed = cutBrackets(key);
+    const auto [value, isNew] = map.tryEmplace(std::move(key));
+    if (isNew) {
+        if (policy == EveryValueAsArray || (policy == DuplicatesAsArray && bracketed)) {
+            *value = List();
+            appendTo(*value, std::move(text));
+        } else {
+            *value = std::move(text);
+        }
+    } else if (policy == DuplicatesKeepLast) {
+        *value = std::move(text);
+    } else if (policy != DuplicatesKeepFirst) {
+        appendTo(*value, std::move(text));
+    }
+}
+
+void merge(ParameterMap& map, ParameterMap::Entry incoming, unsigned policy) {
+    const auto [value, isNew] = map.tryEmplace(std::move(incoming.key));
+    if (isNew) {
+        // Both maps hold nothing but lists under this policy, and it puts this one into another.
+        if (policy == EveryValueAsArray) {
+            throw platform::Exception("a list in a list cannot be written as a query");
+        }
+        *value = std::move(incoming.value);
+    } else if (auto* list = std::get_if<List>(&incoming.value)) {
+        for (std::string& element : *list) {
+            appendTo(*value, std::move(element));
+        }
+    } else if (std::holds_alternative<List>(*value) || policy == DuplicatesAsArray) {
+        appendTo(*value, std::move(std::get<std::string>(incoming.value)));
+    } else if (policy != DuplicatesKeepFirst) {
+        *value = std::move(incoming.value);
+    }
+}
+
+// Whether a text in front of a fragment has a query, be it an empty one, or is a bare query: a "="
+// comes before anything that only the other parts of a URL have.
+bool hasQuery(std::string_view head) {
+    const std::size_t first = head.find_first_of("=:/?");
+    return head.find('?') != std::string_view::npos ||
+           (first != std::string_view::npos && head[first] == '=');
+}
+
+// The receiver with `query`, which is neither empty nor has a "?" of its own, joined to it.
+std::string appending(std::string_view receiver, std::string_view query) {
+    const std::size_t end = std::min(receiver.find('#'), receiver.size());
+    const std::string_view head = receiver.substr(0, end);
+    std::string joined(head);
+    if (!hasQuery(head)) {
+        joined += '?';
+    } else if (!head.ends_with('?') && !head.ends_with('&')) {
+        joined += '&';
+    }
+    return joined.append(query).append(receiver.substr(end));
+}
+
+}  // namespace
+
+std::string URLEncodedString(std::string_view receiver) {
+    std::string encoded;
+    platform::appendPercentEncoded(receiver, PercentKeep::Unreserved, encoded);
+    return encoded;
+}
+
+std::optional<std::string> URLDecodedString(std::string_view receiver, bool plusAsSpace) {
+    std::string decoded;
+    const PlusSign plus = plusAsSpace ? PlusSign::Space : PlusSign::Itself;
+    if (!platform::appendPercentDecoded(receiver, plus, decoded) ||
+        platform::firstInvalidUtf8(decoded)) {
+        return std::nullopt;
+    }
+    return decoded;
+}
+
+Range rangeOfURLQuery(std::string_view receiver) {
+    const std::string_view head = receiver.substr(0, receiver.find('#'));
+    if (const std::size_t mark = head.find('?'); mark != std::string_view::npos) {
+        return {mark, head.size() - mark};
+    }
+    return head.find('=') != std::string_view::npos ? Range{0, head.size()} : Range{};
+}
+
+std::optional<std::string_view> URLQuery(std::string_view receiver) {
+    const Range range = rangeOfURLQuery(receiver);
+    if (range.location == Range::kNotFound) {
+        return std::nullopt;
+    }
+    std::string_view query = receiver.substr(range.location, range.length);
+    if (query.starts_with('?')) {
+        query.remove_prefix(1);
+    }
+    return query;
+}
+
+std::string URLQueryWithParameters(const ParameterMap& parameters, unsigned options) {
+    const unsigned policy = policyOf(options, DuplicatesAsArray);
+    QueryWriter query;
+    for (const auto& [key, value] : parameters.entries()) {
+        const auto* text = std::get_if<std::string>(&value);
+        const std::string_view suffix = bracketSuffix(options, policy, text == nullptr);
+        const std::string encodedKey = URLEncodedString(key);
+        for (const std::string& element :
+             text != nullptr ? std::span(text, 1) : written(std::get<List>(value), policy)) {
+            query.write(encodedKey, suffix, element);
+        }
+    }
+    return query.take();
+}
+
+ParameterMap URLQueryParameters(std::string_view receiver, unsigned options) {
+    const unsigned policy = policyOf(options, DuplicatesKeepLast);
+    ParameterMap map;
+    std::string_view rest = URLQuery(receiver).value_or("");
+    while (!rest.empty()) {
+        std::string_view value = takeUpTo(rest, '&');
+        if (value.find('=') == std::string_view::npos) {
+            continue;
+        }
+        const std::string_view key = takeUpTo(value, '=');
+        // What stands behind a second "=" is left out on purpose.
+        addParsed(map, decodedOrRaise(key), decodedOrRaise(takeUpTo(value, '=')), policy);
+    }
+    return map;
+}
+
+std::string stringByAppendingURLQuery(std::string_view receiver, std::string_view query) {
+    query = query.substr(0, query.find('#'));
+    if (query.starts_with('?')) {
+        query.remove_prefix(1);
+    }
+    return query.empty() ? std::string(receiver) : appending(receiver, query);
+}
+
+std::string stringByMergingURLQuery(std::string_view receiver,
+                                    std::string_view query,
+                                    unsigned options) {
+    const std::string_view added = URLQuery(query).value_or("");
+    if (added.empty()) {
+        return std::string(receiver);
+    }
+    if (URLQuery(receiver).value_or("").empty()) {
+        return appending(receiver, added);
+    }
+    ParameterMap merged = URLQueryParameters(receiver, options);
+    for (ParameterMap::Entry& entry : URLQueryParameters(query, options).takeEntries()) {
+        merge(merged, std::move(entry), policyOf(options, DuplicatesKeepLast));
+    }
+    const Range range = rangeOfURLQuery(receiver);
+    std::string result(receiver.substr(0, range.location));
+    return result.append(URLQueryWithParameters(merged, options))
+        .append(receiver.substr(range.location + range.length));
+}
+
+}  // namespace quillet::RequestUtils
