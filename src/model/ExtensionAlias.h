@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/foundation/Atomic.h"
 #include "platform/foundation/PropertyList.h"
@@ -12,14 +13,19 @@ namespace quillet {
 // Another sender identity of a mail account. Fields are atomic properties; text is UTF-8.
 class ExtensionAlias {
 public:
+    using Text = std::optional<std::string>;
+
     // The record of an alias dictionary, defaults in place of what is missing. A value of a wrong
     // type is logged and leaves the record as far as it was filled.
     static std::shared_ptr<ExtensionAlias> initWithDictonary(
         const platform::PropertyListValue& dictionary);
 
-    std::optional<std::string> mail() const { return mail_.get(); }
-    std::optional<std::string> name() const { return name_.get(); }
-    std::optional<std::string> account() const { return account_.get(); }
+    Text mail() const { return mail_.get(); }
+    void setMail(Text text) { mail_.set(std::move(text)); }
+    Text name() const { return name_.get(); }
+    void setName(Text text) { name_.set(std::move(text)); }
+    Text account() const { return account_.get(); }
+    void setAccount(Text text) { account_.set(std::move(text)); }
 
     // "ExtensionAlias " and the mail address.
     std::string description() const;
@@ -27,9 +33,9 @@ public:
 private:
     void fill(const platform::PropertyListValue& dictionary);
 
-    platform::Atomic<std::optional<std::string>> mail_;
-    platform::Atomic<std::optional<std::string>> name_;
-    platform::Atomic<std::optional<std::string>> account_;
+    platform::Atomic<Text> mail_;
+    platform::Atomic<Text> name_;
+    platform::Atomic<Text> account_;
 };
 
 }  // namespace quillet
