@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/foundation/NotificationCenter.h"
 #include "platform/ui/ConstraintLayout.h"
 #include "views/FlippedView.h"
 #include "views/Metrics.h"
@@ -12,6 +13,7 @@
 #include "views/TodayTableRowView.h"
 #include "views/TodayTableView.h"
 #include "views/TodayTableViewCell.h"
+#include "widget/ExtensionUtilities.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet {
@@ -49,6 +51,16 @@ void TodayViewController::loadView() {
     myHeaderView_ = header;
     myTableView_ = table;
     setView(std::move(root));
+
+    auto& center = platform::NotificationCenter::defaultCenter();
+    center.removeObserver(this);  // a second call must not register twice
+    center.addObserver(this,
+                       ExtensionUtilities::kActionCalledNotification,
+                       [weak = weak_from_this()](const platform::Notification& notification) {
+                           if (const auto self = weak.lock()) {
+                               self->actionCalled(notification);
+                           }
+                       });
 }
 
 platform::TableRowView* TodayViewController::tableView_rowViewForRow(platform::Table& table,

@@ -1,20 +1,73 @@
 #include "widget/ExtensionUtilities.h"
 
-#include "platform/foundation/Log.h"
+#include <algorithm>
+#include <array>
+
+#include "platform/desktop/Workspace.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/NotificationCenter.h"
+#include "platform/foundation/TextFormat.h"
+#include "util/RequestUtils.h"
 
 namespace quillet::ExtensionUtilities {
+
+namespace {
+
+constexpr std::string_view kDefaultTarget = "it.tarno.quillet";
+// Hosts of lines of their own, which serve each widget whose identifier begins with theirs. Only
+// these beta lines have one; the data folder, in contrast, is the same for all beta lines.
+constexpr std::array<std::string_view, 4> kTargets = {
+    "it.tarno.quillet.beta8",
+    "it.tarno.quillet.beta10",
+    "it.tarno.quillet.beta11",
+    "it.tarno.quillet2",
+};
+
+// The messageId stands in the URL as it is, unlike the account: kept, since hosts compare it so.
+std::optional<platform::URL> commandUrl(const ExtensionMessage& message,
+                                        std::string_view commandName) {
+    const auto account = message.account();
+    const auto folder = message.folderStandardId();
+    return platform::URL::URLWithString(platform::formatText(
+        "quillet://%@?mail=%@&messageid=%@&folderstandardid=%@",
+        {commandName,
+         account ? RequestUtils::URLEncodedString(*account) : std::string(platform::kAbsentText),
+         message.messageId().value_or(std::string(platform::kAbsentText)),
+         folder ? folder->text() : std::string(platform::kAbsentText)}));
+}
+
+}  // namespace
+
+std::string_view targetBundleIdentifier(const std::optional<std::string>& ownIdentifier) {
+    const auto* const target = std::ranges::find_if(kTargets, [&](std::string_view prefix) {
+        return ownIdentifier && ownIdentifier->starts_with(prefix);
+    });
+    return target == kTargets.end() ? kDefaultTarget : *target;
+}
 
 bool LaunchCommandForMessages(const std::vector<std::shared_ptr<ExtensionMessage>>& messages,
                               std::string_view commandName,
                               bool background) {
+    std::vector<platform::URL> commands;
     for (const auto& message : messages) {
-        platform::Log::write("LaunchCommandForMessages %@ %@ %@ %@",
-                             {commandName,
-                              message->account().value_or(""),
-                              message->messageId().value_or(""),
-                              background ? "in the background" : "in the foreground"});
+        if (auto command = commandUrl(*message, commandName)) {
+            platform::NotificationCenter::defaultCenter().postNotification(
+                kActionCalledNotification, CalledAction{message, std::string(commandName)});
+            commands.push_back(*std::move(command));
+        }
     }
-    return false;
+    return LaunchCommands(commands, background);
+}
+
+bool LaunchCommands(std::span<const platform::URL> commands, bool background) {
+    if (commands.empty()) {
+        return false;
+    }
+    return platform::Workspace::sharedWorkspace().openURLs(
+        commands,
+        targetBundleIdentifier(platform::Bundle::main().identifier()),
+        background ? platform::LaunchOptions::WithoutActivation
+                   : platform::LaunchOptions::AllowingClassicStartup);
 }
 
 }  // namespace quillet::ExtensionUtilities

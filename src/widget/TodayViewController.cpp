@@ -1,5 +1,8 @@
 #include "widget/TodayViewController.h"
 
+#include <algorithm>
+#include <any>
+#include <iterator>
 #include <utility>
 
 #include "model/ExtensionUtilities.h"
@@ -39,6 +42,29 @@ std::size_t countOf(const ExtensionMessageList& list) {
     return list ? list->size() : 0;
 }
 
+// The row of the first message equal to this one; kNoRow where there is none.
+std::ptrdiff_t rowOf(const ExtensionMessage& message, const ExtensionMessageList& list) {
+    for (std::size_t row = 0; row < countOf(list); ++row) {
+        if ((*list)[row]->isEqual(&message)) {
+            return static_cast<std::ptrdiff_t>(row);
+        }
+    }
+    return platform::Table::kNoRow;
+}
+
+// The list without the messages equal to this one; none stays none.
+ExtensionMessageList without(const ExtensionMessage& message, const ExtensionMessageList& list) {
+    if (!list) {
+        return list;
+    }
+    Messages kept;
+    kept.reserve(list->size());
+    std::ranges::copy_if(*list, std::back_inserter(kept), [&message](const auto& candidate) {
+        return !candidate->isEqual(&message);
+    });
+    return std::make_shared<const Messages>(std::move(kept));
+}
+
 }  // namespace
 
 std::shared_ptr<TodayViewController> TodayViewController::make(const Services& services) {
@@ -55,6 +81,47 @@ TodayViewController::~TodayViewController() {
     if (isViewLoaded()) {
         DistributedNotificationCenter::defaultCenter().removeObserver(this);
     }
+}
+
+void TodayViewController::actionCalled(const platform::Notification& notification) {
+    const auto* action = std::any_cast<ExtensionUtilities::CalledAction>(&notification.object);
+    if (action == nullptr || !action->message ||
+        (action->command != ExtensionUtilities::commandArchive &&
+         action->command != ExtensionUtilities::commandDelete)) {
+        return;
+    }
+    const std::ptrdiff_t row = rowOf(*action->message, dataToShow());
+    if (row == platform::Table::kNoRow) {
+        return;
+    }
+    removeMessage(*action->message);
+    // A rebuild that runs before gives the table the shorter list; sliding out a row then would
+    // take another message's.
+    services_.mainQueue.async([self = shared_from_this(),
+                               row = static_cast<std::size_t>(row),
+                               command = action->command,
+                               rebuilds = rebuilds_] {
+        if (self->rebuilds_ == rebuilds) {
+            self->slideOut(row, command);
+        }
+    });
+}
+
+// The height stays as it is until the next rebuild, on purpose: the panel does not jump under the
+// pointer of who deletes one row after the other.
+void TodayViewController::slideOut(std::size_t row, std::string_view command) {
+    if (myTableView_ != nullptr) {
+        myTableView_->removeRow(row,
+                                command == ExtensionUtilities::commandArchive
+                                    ? platform::RowAnimation::SlideLeft
+                                    : platform::RowAnimation::SlideRight);
+    }
+}
+
+void TodayViewController::removeMessage(const ExtensionMessage& message) {
+    ExtensionMessageList shown = without(message, dataToShow());
+    setDataFromDisk(without(message, dataFromDisk()));
+    setDataToShow(std::move(shown));
 }
 
 void TodayViewController::viewDidLoad() {
@@ -103,6 +170,7 @@ void TodayViewController::ReloadData() {
 }
 
 void TodayViewController::rebuildList() {
+    ++rebuilds_;
     const ExtensionMessageList before = dataToShow();
     setDataToShow(
         MessageList::toShow(dataFromDisk(), before, services_.defaults.integerForKey("segmented")));
@@ -118,14 +186,7 @@ std::ptrdiff_t TodayViewController::rowAfterRebuild(std::size_t row,
     if (row >= countOf(before)) {
         return platform::Table::kNoRow;
     }
-    const auto& message = (*before)[row];
-    const ExtensionMessageList shown = dataToShow();
-    for (std::size_t index = 0; index < shown->size(); ++index) {
-        if ((*shown)[index]->isEqual(message.get())) {
-            return static_cast<std::ptrdiff_t>(index);
-        }
-    }
-    return platform::Table::kNoRow;
+    return rowOf(*(*before)[row], dataToShow());
 }
 
 void TodayViewController::Resize() {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/ExtensionMessage.h"
@@ -17,8 +19,9 @@
 namespace quillet {
 
 namespace platform {
+struct Notification;
 class SegmentedControl;
-}
+}  // namespace platform
 
 class TodayHeaderView;
 
@@ -63,6 +66,14 @@ public:
 
     // Life of the view tree.
     void loadView() override;  // in src/views
+
+    // "ACTION_CALLED_EXTENSION": a message that is archived or deleted leaves both lists at once,
+    // and its row slides out on the next turn of the main queue.
+    void actionCalled(const platform::Notification& notification);
+    // Takes every message equal to this one off both lists. The store keeps it: a read that finds
+    // it there brings it back.
+    void removeMessage(const ExtensionMessage& message);
+
     void viewDidLoad() override;
     void viewWillAppear() override;
 
@@ -107,12 +118,14 @@ private:
     explicit TodayViewController(const Services& services);
 
     void adjustHeight();
+    void slideOut(std::size_t row, std::string_view command);
     std::ptrdiff_t rowAfterRebuild(std::size_t row, const ExtensionMessageList& before) const;
 
     Services services_;
     platform::Table* myTableView_ = nullptr;   // a TodayTableView, owned by the view tree
     TodayHeaderView* myHeaderView_ = nullptr;  // owned by the view tree
     bool my_legacyDarkBackground_ = false;
+    std::uint64_t rebuilds_ = 0;  // of the shown list so far
     platform::Atomic<ExtensionMessageList> dataFromDisk_;
     platform::Atomic<ExtensionMessageList> dataToShow_;
     platform::Atomic<std::shared_ptr<platform::LayoutConstraint>> viewHeightContraint_;

@@ -6,6 +6,8 @@
 #include <QDBusVirtualObject>
 #include <QStringList>
 #include <QVariantMap>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace quillet::test {
@@ -15,7 +17,7 @@ namespace quillet::test {
 class RecordingApplication final : public QDBusVirtualObject {
 public:
     struct Request {
-        QStringList urls;
+        std::vector<std::string> urls;
         QVariantMap platformData;
     };
 
@@ -43,8 +45,12 @@ public:
             return false;
         }
         const QVariantList arguments = message.arguments();
-        requests_.push_back({arguments[0].toStringList(),
-                             qdbus_cast<QVariantMap>(arguments[1].value<QDBusArgument>())});
+        Request request;
+        for (const QString& url : arguments[0].toStringList()) {
+            request.urls.push_back(url.toStdString());
+        }
+        request.platformData = qdbus_cast<QVariantMap>(arguments[1].value<QDBusArgument>());
+        requests_.push_back(std::move(request));
         return bus.send(message.createReply());
     }
 

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <any>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/NotificationCenter.h"
+#include "widget/ExtensionUtilities.h"
+
+namespace quillet::test {
+
+// Keeps the actions that are announced in the process during the scope, each as its command and
+// the message's identifier with a blank between them.
+class CalledActions {
+public:
+    explicit CalledActions(std::function<void()> whenCalled = [] {}) {
+        platform::NotificationCenter::defaultCenter().addObserver(
+            this,
+            ExtensionUtilities::kActionCalledNotification,
+            [this, whenCalled = std::move(whenCalled)](const platform::Notification& called) {
+                const auto action = std::any_cast<ExtensionUtilities::CalledAction>(called.object);
+                names_.push_back(action.command + " " + action.message->messageId().value_or(""));
+                whenCalled();
+            });
+    }
+    ~CalledActions() { platform::NotificationCenter::defaultCenter().removeObserver(this); }
+    CalledActions(const CalledActions&) = delete;
+    CalledActions& operator=(const CalledActions&) = delete;
+
+    const std::vector<std::string>& names() const { return names_; }
+
+private:
+    std::vector<std::string> names_;
+};
+
+}  // namespace quillet::test
