@@ -1,6 +1,8 @@
+#include <QVariantAnimation>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/ui/SlidingRow.h"
 #include "tests/support/CalledActions.h"
 #include "tests/views/WidgetWindow.h"
 #include "views/TodayTableView.h"
@@ -23,6 +25,27 @@ TEST(TodayTableView, ClickOnARowOpensItsMessageOnceAndLeavesItSelected) {
     EXPECT_THAT(actions.names(), testing::ElementsAre("open GraceCompiler"));
     EXPECT_EQ(widget.table().selectedRow(), 1);
     EXPECT_EQ(widget.table().swipeOnRowIndex(), -1);
+}
+
+TEST(TodayTableView, ArchivedRowSlidesOutToTheLeftAndADeletedOneToTheRight) {
+    for (const bool archives : {true, false}) {
+        SCOPED_TRACE(archives);
+        WidgetWindow widget;
+        widget.show(threeMessages());
+        const TodayTableViewCell& cell = widget.cell(1);
+        widget.click(archives ? *cell.archiveButton() : *cell.trashButton());
+        ASSERT_EQ(widget.mainQueue.blocks.size(), 1U);
+        widget.mainQueue.blocks.front()();
+        auto* animation = widget.table().findChild<QVariantAnimation*>();
+        ASSERT_NE(animation, nullptr);
+        animation->pause();
+        animation->setCurrentTime(animation->duration() / 2);
+        const int left = widget.table().findChild<platform::SlidingRow*>()->x();
+        EXPECT_EQ(left < 0, archives);
+        EXPECT_EQ(left > 0, !archives);
+        EXPECT_EQ(widget.cell(1).message()->from(), "Edsger");
+        EXPECT_EQ(widget.table().height(), 180) << "until the next rebuild";
+    }
 }
 
 TEST(TodayTableRowView, SelectedRowAloneIsHighlightedInBothLooks) {
