@@ -99,7 +99,7 @@ TEST_F(WorkspaceTest, ARequestCarriesATokenOfTheLastInputOrSaysThatItStaysInTheB
     }
     ASSERT_TRUE(waitUntil([&] { return host.requests().size() == 3; }));
     for (const auto& request : host.requests()) {
-        EXPECT_EQ(request.urls, QStringList{QString::fromStdString(kText)});
+        EXPECT_EQ(request.urls, std::vector{kText});
     }
     QVariantMap data = host.requests()[0].platformData;
     const QVariant token = data.take(QStringLiteral("activation-token"));
