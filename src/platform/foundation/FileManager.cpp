@@ -1,35 +1,25 @@
 #include "platform/foundation/FileManager.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
+#include <cstdint>
 #include <cstdlib>
 #include <dirent.h>
-#include <fcntl.h>
 #include <filesystem>
 #include <limits>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Path.h"
+#include "platform/foundation/RegularFile.h"
+#include "platform/foundation/TemporaryFile.h"
+#include "platform/foundation/Uninterrupted.h"
 
 namespace quillet::platform::FileManager {
 
 namespace {
-
-// Repeats a system call that a signal has interrupted.
-template <typename Call>
-auto uninterrupted(Call call) {
-    auto result = call();
-    while (result < 0 && errno == EINTR) {
-        result = call();
-    }
-    return result;
-}
 
 bool status(const std::string& path, struct stat& found) {
     return ::stat(path.c_str(), &found) == 0;
@@ -42,28 +32,6 @@ std::optional<std::string> absoluteVariable(const char* name) {
         return std::nullopt;
     }
     return value;
-}
-
-// Opens a regular file. The kind is asked before, since opening a FIFO or a device alone may wake
-// whoever is at its other end, and again after, since the file may have been replaced meanwhile.
-Result<FileDescriptor> openRegularFile(const std::string& path, std::size_t& size) {
-    struct stat found {};
-    if (!status(path, found)) {
-        return posixError(errno, path);
-    }
-    if (!S_ISREG(found.st_mode)) {
-        return posixError(EINVAL, path);
-    }
-    FileDescriptor file(uninterrupted(
-        [&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY); }));
-    if (!file || ::fstat(file.get(), &found) != 0) {
-        return posixError(errno, path);
-    }
-    if (!S_ISREG(found.st_mode)) {
-        return posixError(EINVAL, path);
-    }
-    size = static_cast<std::size_t>(std::max<off_t>(found.st_size, 0));
-    return file;
 }
 
 // Reads until the end of the file, wherever that is by now. The buffer is kept one byte longer
@@ -107,34 +75,6 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-// A new empty file in the folder; its name begins with "." and is as short as the folder's
-// longest name may be long. Its mode follows the process's file mode mask.
-FileDescriptor createTemporaryFile(const std::string& folder, std::string& path) {
-    static std::atomic<unsigned> counter{0};
-    FileDescriptor file;
-    do {
-        const std::string name =
-            ".quillet-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
-        path = Path::appendingPathComponent(folder, name);
-        file = FileDescriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    } while (!file && (errno == EEXIST || errno == EINTR));
-    return file;
-}
-
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-// Fills, syncs and closes the file; false with errno set.
-bool finishFile(FileDescriptor file, std::string_view bytes, std::optional<mode_t> mode) {
-    if (!writeAll(file.get(), bytes) || (mode && ::fchmod(file.get(), *mode) != 0) ||
-        ::fsync(file.get()) != 0) {
-        return false;
-    }
-    return ::close(file.release()) == 0;
-}
-
 bool isPrivateFolder(const struct stat& found) {
     return S_ISDIR(found.st_mode) && found.st_uid == ::geteuid() &&
            (found.st_mode & (S_IRWXG | S_IRWXO)) == 0;
@@ -173,16 +113,16 @@ Result<std::vector<std::string>> contentsOfFolder(const std::string& path) {
 }
 
 std::optional<Error> readFile(const std::string& path, ByteBuffer& bytes, std::size_t maximumSize) {
-    std::size_t expected = 0;
-    const Result<FileDescriptor> file = openRegularFile(path, expected);
-    if (!file) {
-        return file.error();
+    const Result<RegularFile> found = openRegularFile(path);
+    if (!found) {
+        return found.error();
     }
-    if (expected > maximumSize) {
+    const auto& [file, size] = found.value();
+    if (size > maximumSize) {
         return posixError(EFBIG, path);
     }
     const std::size_t limit = std::min<std::size_t>(maximumSize, SSIZE_MAX - 1);
-    if (auto error = readAll(file.value().get(), bytes, expected, limit)) {
+    if (auto error = readAll(file.get(), bytes, size, limit)) {
         return posixError(static_cast<int>(error->code), path);
     }
     return std::nullopt;
@@ -194,30 +134,39 @@ std::optional<Error> writeFileAtomically(const std::string& path, std::string_vi
     const std::filesystem::path canonical = std::filesystem::canonical(path, ignored);
     const std::string target = canonical.empty() ? path : canonical.string();
 
-    std::optional<mode_t> mode;
-    struct stat old {};
-    if (status(target, old)) {
-        mode = old.st_mode & static_cast<mode_t>(ALLPERMS);
+    Result<TemporaryFile> made = TemporaryFile::beside(target);
+    if (!made) {
+        return made.error();
     }
-    std::string temporary;
-    FileDescriptor file = createTemporaryFile(folderOf(target), temporary);
-    if (!file) {
+    TemporaryFile& file = made.value();
+    struct stat old {};
+    const bool replaces = status(target, old);
+    if (!writeAll(file.descriptor(), bytes) ||
+        (replaces &&
+         ::fchmod(file.descriptor(), old.st_mode & static_cast<mode_t>(ALLPERMS)) != 0) ||
+        ::fsync(file.descriptor()) != 0) {
         return posixError(errno, path);
     }
-    if (!finishFile(std::move(file), bytes, mode) ||
-        std::rename(temporary.c_str(), target.c_str()) != 0) {
-        const int code = errno;
-        ::unlink(temporary.c_str());
-        return posixError(code, path);
-    }
-    return std::nullopt;
+    return file.replace(target);
 }
 
 std::optional<Error> createFolder(const std::string& path) {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        if (::mkdir(path.substr(0, end).c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+            return posixError(errno, path);
+        }
+        if (end == std::string::npos) {
+            break;
+        }
+    }
+    return folderExists(path) ? std::nullopt : std::optional(posixError(ENOTDIR, path));
+}
+
+std::optional<Error> removeItem(const std::string& path) {
     std::error_code failure;
-    std::filesystem::create_directories(path, failure);
-    if (failure) {
-        return posixError(failure.value(), path);
+    const std::uintmax_t removed = std::filesystem::remove_all(path, failure);
+    if (failure || removed == 0) {
+        return posixError(failure ? failure.value() : ENOENT, path);
     }
     return std::nullopt;
 }

@@ -22,9 +22,10 @@ bool folderExists(const std::string& path);
 Result<std::vector<std::string>> contentsOfFolder(const std::string& path);
 
 // Reads a whole regular file into `bytes`, whose storage is reused. An error of the domain "POSIX"
-// where it cannot be read, is not a regular file (EINVAL; a FIFO, device or socket is never
-// waited for) or is longer than `maximumSize` bytes (EFBIG); `bytes` is then of no use. A file that
-// grows or shrinks meanwhile is read up to where it then ends. Symbolic links are followed.
+// where it cannot be read, is not a regular file (EISDIR for a folder, else EINVAL; a FIFO, device
+// or socket is never waited for) or is longer than `maximumSize` bytes (EFBIG); `bytes` is then of
+// no use. A file that grows or shrinks meanwhile is read up to where it then ends. Symbolic links
+// are followed.
 std::optional<Error> readFile(const std::string& path, ByteBuffer& bytes, std::size_t maximumSize);
 
 // Writes a file whole or not at all: a new file beside it (its name begins with "."), synced,
@@ -32,8 +33,21 @@ std::optional<Error> readFile(const std::string& path, ByteBuffer& bytes, std::s
 // gets 0666 less the process's file mode mask. A symbolic link is followed.
 std::optional<Error> writeFileAtomically(const std::string& path, std::string_view bytes);
 
-// Makes a folder and those above it; an existing folder is no error.
+// Copies the contents of a regular file, symbolic links followed, to `destination`, where nothing
+// may stand yet: whole or not at all. The kernel copies, and shares the blocks where the file
+// system can; sizes and kinds are as for readFile. The copy's mode is 0666 less the process's file
+// mode mask. A file that grows meanwhile is copied up to its old length; one that shrinks is an
+// error.
+std::optional<Error> copyFile(const std::string& source, const std::string& destination);
+
+// Makes a folder and those above it, each that is new for the user alone (mode 0700); an existing
+// folder is no error.
 std::optional<Error> createFolder(const std::string& path);
+
+// Removes what stands at the path, a folder with everything in it. Symbolic links are removed and
+// never followed. An error where nothing stands there; what could be removed before another error
+// is gone then.
+std::optional<Error> removeItem(const std::string& path);
 
 // Where the shared container of an application group lies: QUILLET_CONTAINER when set (empty: no
 // container), else $XDG_DATA_HOME/group-containers/<group>, with ~/.local/share where

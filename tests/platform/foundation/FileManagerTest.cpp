@@ -7,6 +7,7 @@
 
 #include "platform/foundation/FileManager.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -52,7 +53,7 @@ TEST(FileManager, OnlyRegularFilesAreReadAndNothingIsWaitedFor) {
         {"link", "text"},
         {"fifo", errorText(EINVAL)},
         {"link to fifo", errorText(EINVAL)},
-        {"folder", errorText(EINVAL)},
+        {"folder", errorText(EISDIR)},
         {"link to device", errorText(EINVAL)},
         {"missing", errorText(ENOENT)},
     };
@@ -105,6 +106,84 @@ TEST(FileManager, AFileIsReplacedWholeAndKeepsItsModeAndAFailedWriteLeavesNothin
     EXPECT_THAT(FileManager::contentsOfFolder(folder.path("taken")).value(),
                 UnorderedElementsAre("\xFE\xFF"));
     EXPECT_EQ(FileManager::contentsOfFolder(folder.path("file")).error().code, ENOTDIR);
+}
+
+TEST(FileManager, ACopyIsWholeOrNotThereAtAll) {
+    const TemporaryFolder folder;
+    const std::string text = std::string(3'000'000, 'x') + std::string("\0end", 4);
+    folder.writeFile("large", text);
+    folder.writeFile("empty", "");
+    folder.writeFile("name \xFF", "bytes");
+    ASSERT_EQ(::symlink("large", folder.path("link").c_str()), 0);
+    ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("nowhere", folder.path("dangling").c_str()), 0);
+    const std::pair<std::string, std::string> copies[] = {
+        {"large", text}, {"empty", ""}, {"name \xFF", "bytes"}, {"link", text}};
+    for (const auto& [name, expected] : copies) {
+        SCOPED_TRACE(name);
+        const std::string copy = folder.makeFolder("copies") + "/" + name;
+        EXPECT_FALSE(FileManager::copyFile(folder.path(name), copy));
+        EXPECT_EQ(readText(copy), expected);
+        EXPECT_FALSE(std::filesystem::is_symlink(copy));
+    }
+    EXPECT_FALSE(FileManager::copyFile("/proc/meminfo", folder.path("made up")));
+    EXPECT_THAT(readText(folder.path("made up")), testing::HasSubstr("MemTotal"));  // tells 0 bytes
+
+    const std::string target = folder.makeFolder("target");
+    folder.writeFile("target/taken", "old");
+    ASSERT_EQ(::symlink("nowhere", (target + "/link").c_str()), 0);
+    const FileSizeLimit diskFull(2'000'000);
+    const struct {
+        std::string source, name;
+        int code;
+    } failures[] = {
+        {"missing", "new", ENOENT},
+        {"dangling", "new", ENOENT},
+        {"copies", "new", EISDIR},
+        {"fifo", "new", EINVAL},
+        {std::string("empty\0", 6), "new", EINVAL},
+        {"empty", std::string("new\0", 4), EINVAL},
+        {"empty", "taken", EEXIST},
+        {"empty", "link", EEXIST},
+        {"empty", "missing/new", ENOENT},
+        {"empty", std::string(300, 'n'), ENAMETOOLONG},
+        {"large", "new", EFBIG},
+        // Tells a page and holds less, like a file that shrinks.
+        {"/../../../sys/devices/system/cpu/online", "new", ESTALE},
+    };
+    for (const auto& row : failures) {
+        SCOPED_TRACE(row.source + " to " + row.name);
+        const auto error = FileManager::copyFile(folder.path(row.source), target + "/" + row.name);
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->code, row.code);
+        EXPECT_THAT(FileManager::contentsOfFolder(target).value(),
+                    UnorderedElementsAre("taken", "link"));
+    }
+}
+
+TEST(FileManager, RemovingAFolderLeavesWhatItsLinksPointTo) {
+    const TemporaryFolder folder;
+    folder.writeFile("kept/file", "text");
+    folder.writeFile("folder/sub/\xFF", "");
+    ASSERT_EQ(::symlink("../kept", folder.path("folder/link").c_str()), 0);
+    ASSERT_EQ(::symlink("kept", folder.path("link").c_str()), 0);
+    EXPECT_FALSE(FileManager::removeItem(folder.path("folder")));
+    EXPECT_FALSE(FileManager::removeItem(folder.path("link")));
+    EXPECT_EQ(FileManager::removeItem(folder.path("folder"))->code, ENOENT);
+    EXPECT_THAT(FileManager::contentsOfFolder(folder.path()).value(), UnorderedElementsAre("kept"));
+    EXPECT_EQ(readText(folder.path("kept/file")), "text");
+}
+
+TEST(FileManager, NewFoldersAreForTheUserAlone) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::chmod(folder.makeFolder("old").c_str(), 0755), 0);
+    EXPECT_FALSE(FileManager::createFolder(folder.path("old/new//below/")));
+    EXPECT_EQ(modeOf(folder.path("old")), 0755U);
+    EXPECT_EQ(modeOf(folder.path("old/new")), 0700U);
+    EXPECT_EQ(modeOf(folder.path("old/new/below")), 0700U);
+    const std::string file = folder.writeFile("file", "");
+    EXPECT_EQ(FileManager::createFolder(file)->code, ENOTDIR);
+    EXPECT_EQ(FileManager::createFolder(file + "/below")->code, ENOTDIR);
 }
 
 TEST(FileManager, TheContainerLiesWhereTheEnvironmentTells) {

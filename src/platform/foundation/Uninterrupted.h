@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cerrno>
+
+namespace quillet::platform {
+
+// Repeats a system call that a signal has interrupted.
+template <typename Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+}  // namespace quillet::platform
