@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/Bitmap.h"
+#include "platform/foundation/Result.h"
+
+// Pictures as PNG files. Any thread.
+namespace quillet::platform {
+
+// The bytes of a PNG file of the picture in an image file, turned upright as the file says, in any
+// format that the toolkit reads (PNG, JPEG, GIF, BMP …). An error (domain "Image") where there is
+// no whole picture in it, or one that takes more than 256 MiB of memory.
+Result<std::string> pngOfImageData(std::string_view bytes);
+
+// The bytes of a PNG file of an image object. An error (domain "Image") where it has no pixels, or
+// not as many as its size asks for.
+Result<std::string> pngOfBitmap(const Bitmap& bitmap);
+
+}  // namespace quillet::platform
