@@ -11,14 +11,15 @@ MAY_INCLUDE = {
     DESKTOP: {DESKTOP, FOUNDATION},
     UI: {UI, DESKTOP, FOUNDATION},
     "model": {"model", "util", FOUNDATION},
+    "handoff": {"handoff", "model", "util", FOUNDATION, DESKTOP},
     "widget": {"widget", "model", "util", FOUNDATION, DESKTOP, UI},
     "views": {"views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
-    "app": {"app", "views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
+    "app": {"app", "views", "widget", "handoff", "model", "util", FOUNDATION, DESKTOP, UI},
 }
 # Folders beside src/, which nothing in it may include.
 OUTSIDE = ("host/", "bench/", "tests/")
 # Folders whose every file is free of the toolkit, and those whose headers are.
-NO_QT = {"util", FOUNDATION, "model", "widget"}
+NO_QT = {"util", FOUNDATION, "model", "handoff", "widget"}
 NO_QT_HEADERS = {DESKTOP}
 # Headers of platform/ui that the logic may include, since they hold no toolkit type.
 UI_WITHOUT_QT = {"AnimationContext.h", "LayoutConstraint.h", "Table.h", "ViewController.h"}

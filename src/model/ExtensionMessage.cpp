@@ -127,10 +127,32 @@ Field ExtensionMessage::draftField(Field Draft::*field) const {
 template <typename Field>
 void ExtensionMessage::setDraftField(Field Draft::*field, Field value) {
     const std::lock_guard lock(propertyLock(this));
+    std::swap(draft().*field, value);
+}
+
+ExtensionMessage::Draft& ExtensionMessage::draft() {
     if (!draft_) {
         draft_ = std::make_unique<Draft>();
     }
-    std::swap((*draft_).*field, value);
+    return *draft_;
+}
+
+void ExtensionMessage::appendHtmlBody(std::string_view html) {
+    const std::lock_guard lock(propertyLock(this));
+    Text& body = draft().htmlBody;
+    if (!body) {
+        body.emplace();
+    }
+    body->append(html);
+}
+
+void ExtensionMessage::appendAttachments(const std::vector<std::string>& paths) {
+    const std::lock_guard lock(propertyLock(this));
+    std::optional<Attachments>& list = draft().attachments;
+    if (!list) {
+        list.emplace();
+    }
+    list->insert(list->end(), paths.begin(), paths.end());
 }
 
 template ExtensionMessage::Text ExtensionMessage::draftField(Text Draft::*) const;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/RecordText.h"
@@ -93,10 +94,15 @@ public:
     void setCcString(Text text) { setDraftField(&Draft::ccString, std::move(text)); }
     Text bccString() const { return draftField(&Draft::bccString); }
     void setBccString(Text text) { setDraftField(&Draft::bccString, std::move(text)); }
+    // Adds HTML to the end of the body, an absent one counting as empty. Whole, whatever other
+    // threads add.
+    void appendHtmlBody(std::string_view html);
     std::optional<Attachments> attachments() const { return draftField(&Draft::attachments); }
     void setAttachments(std::optional<Attachments> list) {
         setDraftField(&Draft::attachments, std::move(list));
     }
+    // Adds file paths to the end of the list, likewise.
+    void appendAttachments(const std::vector<std::string>& paths);
 
     // The same object, or a message with the same messageId and account; an absent one of either
     // equals nothing. No other field takes part.
@@ -138,6 +144,7 @@ private:
     Field draftField(Field Draft::*field) const;
     template <typename Field>
     void setDraftField(Field Draft::*field, Field value);
+    Draft& draft();  // made when it is missing; the property lock is held
 
     std::atomic<std::uint64_t> idx_ = 0;
     std::atomic<std::uint64_t> acc_idx_ = 0;

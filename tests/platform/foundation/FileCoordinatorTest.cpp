@@ -1,19 +1,16 @@
 #include <atomic>
 #include <chrono>
-#include <csignal>
 #include <functional>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <stdexcept>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 #include "platform/foundation/FileCoordinator.h"
 #include "platform/foundation/FileManager.h"
+#include "tests/support/CoordinatingProcess.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/FileLocks.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -31,63 +28,6 @@ bool waitFor(const std::function<bool()>& condition) {
     }
     return true;
 }
-
-bool waitsForLock(pid_t process) {
-    return somebodyWaitsForLock(" " + std::to_string(process) + " ");
-}
-
-enum class Access { Read, Write };
-
-// A process that coordinates one item; it stays in the accessor until it is let go.
-class Coordinating {
-public:
-    Coordinating(const std::string& dataFolder, const std::string& path, Access access) {
-        if (::pipe(entered_) != 0 || ::pipe(go_) != 0) {
-            throw std::runtime_error("no pipe");
-        }
-        process_ = ::fork();
-        if (process_ == 0) {
-            ::close(go_[1]);
-            const FileCoordinator coordinator(dataFolder);
-            const auto accessor = [this](const std::string&) {
-                char byte = 'e';
-                (void)!::write(entered_[1], &byte, 1);
-                (void)!::read(go_[0], &byte, 1);
-            };
-            const auto error = access == Access::Read
-                                   ? coordinator.coordinateReading(path, accessor)
-                                   : coordinator.coordinateWriting(path, accessor);
-            ::_exit(error ? 1 : 0);
-        }
-    }
-    ~Coordinating() {
-        kill();
-        for (const int end : {entered_[0], entered_[1], go_[0], go_[1]}) {
-            ::close(end);
-        }
-    }
-    Coordinating(const Coordinating&) = delete;
-    Coordinating& operator=(const Coordinating&) = delete;
-
-    bool isInside() const {
-        pollfd readable{entered_[0], POLLIN, 0};
-        return ::poll(&readable, 1, 0) == 1;
-    }
-    bool isWaiting() const { return waitsForLock(process_); }
-    void letGo() const { (void)!::write(go_[1], "g", 1); }
-    void kill() {
-        if (process_ > 0) {
-            ::kill(process_, SIGKILL);
-            ::waitpid(process_, nullptr, 0);
-            process_ = 0;
-        }
-    }
-
-private:
-    int entered_[2] = {};
-    int go_[2] = {};
-    pid_t process_ = 0;
-};
 
 class FileCoordinatorTest : public testing::Test {
 protected:
@@ -133,9 +73,9 @@ TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) 
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
-        const Coordinating holder(data_, at(row.held), row.holder);
+        const CoordinatingProcess holder(data_, at(row.held), row.holder);
         ASSERT_TRUE(waitFor([&] { return holder.isInside(); }));
-        const Coordinating other(data_, at(row.item), row.access);
+        const CoordinatingProcess other(data_, at(row.item), row.access);
         ASSERT_TRUE(waitFor([&] { return other.isInside() || other.isWaiting(); }));
         EXPECT_EQ(!other.isInside(), row.waits);
         holder.letGo();
@@ -144,9 +84,9 @@ TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) 
 }
 
 TEST_F(FileCoordinatorTest, TheLockOfAKilledProcessIsFree) {
-    Coordinating holder(data_, data_ + "/Today", Access::Write);
+    CoordinatingProcess holder(data_, data_ + "/Today", Access::Write);
     ASSERT_TRUE(waitFor([&] { return holder.isInside(); }));
-    const Coordinating reader(data_, data_ + "/Today", Access::Read);
+    const CoordinatingProcess reader(data_, data_ + "/Today", Access::Read);
     ASSERT_TRUE(waitFor([&] { return reader.isWaiting(); }));
     holder.kill();
     EXPECT_TRUE(waitFor([&] { return reader.isInside(); }));
@@ -157,7 +97,7 @@ TEST_F(FileCoordinatorTest, AnItemWhoseAccessorThrewIsFree) {
     EXPECT_THROW(coordinator.coordinateWriting(
                      data_ + "/Today", [](const std::string&) { throw std::runtime_error("x"); }),
                  std::runtime_error);
-    const Coordinating other(data_, data_ + "/Today", Access::Write);
+    const CoordinatingProcess other(data_, data_ + "/Today", Access::Write);
     EXPECT_TRUE(waitFor([&] { return other.isInside(); }));
 }
 
