@@ -10,7 +10,7 @@ packages_for() {
         run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
         wayland) echo qt6-wayland ;;
         test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter ;;
-        bench) echo libplist-dev libpugixml-dev ;;
+        bench) echo libplist-dev libpugixml-dev libglib2.0-dev ;;
         ci) echo clang-format clang-tidy codespell python3 ;;
         *)
             echo "install_dependencies.sh: unknown purpose \"$1\"; use build, run, wayland, test, bench or ci" >&2

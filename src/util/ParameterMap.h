@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <initializer_list>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -14,8 +13,8 @@
 namespace quillet {
 
 // The parameters of a query: unique keys, each with a text or a list of texts, enumerated in the
-// order in which the keys first came. Moved, never copied. Finding a key takes constant time, also
-// among keys that were chosen to collide.
+// order in which the keys first came. Finding a key takes constant time, also among keys that were
+// chosen to collide.
 class ParameterMap {
 public:
     using List = std::vector<std::string>;
@@ -29,34 +28,37 @@ public:
     using Entries = std::deque<Entry>;
 
     ParameterMap() = default;
+    // Of a repeated key the last value counts.
     ParameterMap(std::initializer_list<Entry> entries);
-    ParameterMap(ParameterMap&&) = default;
-    ParameterMap& operator=(ParameterMap&&) = default;
 
-    // The value of `key`, and whether the key is new; then its value is the empty text. The value
-    // stays in its place as long as the map.
-    std::pair<Value*, bool> tryEmplace(std::string&& key);
-    // Sets the value of `key`, which keeps its place in the order where it has one.
-    void set(std::string key, Value value);
+    // The value of `key`, and whether the key is new; then its value is the empty text.
+    std::pair<Value&, bool> tryEmplace(std::string key);
+    // The value of `key`, or null. Null and values are good until the map changes.
     const Value* find(std::string_view key) const;
 
-    const Entries& entries() const noexcept { return entries_; }
-    Entries takeEntries() &&;
+    const Entries& entries() const& noexcept { return entries_; }
+    Entries entries() && { return std::move(entries_); }
 
     // The same entries in the same order.
     bool operator==(const ParameterMap& other) const { return entries_ == other.entries_; }
 
 private:
-    struct KeyHash {
-        std::size_t operator()(std::string_view key) const;
+    // One more than the place of an entry, or 0, and the hash of its key. Small, since what finding
+    // a key among many costs is the way to the memory; more entries than this can tell would take
+    // hundreds of gigabytes.
+    struct Slot {
+        std::uint32_t entry = 0;
+        std::uint32_t hash = 0;
     };
 
-    std::optional<std::size_t> placeOf(std::string_view key) const;
+    std::size_t placeOf(std::string_view key, std::uint32_t hash) const;
+    void fillSlot(std::size_t entry, std::uint32_t hash);
+    void addToIndex(std::uint32_t hash);
 
-    // A deque leaves entries where they are when others are added, so the index can refer to keys.
     Entries entries_;
-    // The places of all keys, or none where there are few entries.
-    std::unordered_map<std::string_view, std::size_t, KeyHash> index_;
+    // A table of all keys with open addressing, or nothing where there are few entries. Its size is
+    // a power of two.
+    std::vector<Slot> index_;
 };
 
 }  // namespace quillet

@@ -91,37 +91,37 @@ void appendTo(ParameterMap::Value& value, std::string added) {
 
 void addParsed(ParameterMap& map, std::string key, std::string text, unsigned policy) {
     const bool bracketed = cutBrackets(key);
-    const auto [value, isNew] = map.tryEmplace(std::move(key));
+    auto [value, isNew] = map.tryEmplace(std::move(key));
     if (isNew) {
         if (policy == EveryValueAsArray || (policy == DuplicatesAsArray && bracketed)) {
-            *value = List();
-            appendTo(*value, std::move(text));
+            value = List();
+            appendTo(value, std::move(text));
         } else {
-            *value = std::move(text);
+            value = std::move(text);
         }
     } else if (policy == DuplicatesKeepLast) {
-        *value = std::move(text);
+        value = std::move(text);
     } else if (policy != DuplicatesKeepFirst) {
-        appendTo(*value, std::move(text));
+        appendTo(value, std::move(text));
     }
 }
 
 void merge(ParameterMap& map, ParameterMap::Entry incoming, unsigned policy) {
-    const auto [value, isNew] = map.tryEmplace(std::move(incoming.key));
+    auto [value, isNew] = map.tryEmplace(std::move(incoming.key));
     if (isNew) {
         // Both maps hold nothing but lists under this policy, and it puts this one into another.
         if (policy == EveryValueAsArray) {
             throw platform::Exception("a list in a list cannot be written as a query");
         }
-        *value = std::move(incoming.value);
+        value = std::move(incoming.value);
     } else if (auto* list = std::get_if<List>(&incoming.value)) {
         for (std::string& element : *list) {
-            appendTo(*value, std::move(element));
+            appendTo(value, std::move(element));
         }
-    } else if (std::holds_alternative<List>(*value) || policy == DuplicatesAsArray) {
-        appendTo(*value, std::move(std::get<std::string>(incoming.value)));
+    } else if (std::holds_alternative<List>(value) || policy == DuplicatesAsArray) {
+        appendTo(value, std::move(std::get<std::string>(incoming.value)));
     } else if (policy != DuplicatesKeepFirst) {
-        *value = std::move(incoming.value);
+        value = std::move(incoming.value);
     }
 }
 
@@ -204,13 +204,16 @@ ParameterMap URLQueryParameters(std::string_view receiver, unsigned options) {
     ParameterMap map;
     std::string_view rest = URLQuery(receiver).value_or("");
     while (!rest.empty()) {
-        std::string_view value = takeUpTo(rest, '&');
-        if (value.find('=') == std::string_view::npos) {
-            continue;
+        const std::string_view pair = takeUpTo(rest, '&');
+        const std::size_t equals = pair.find('=');
+        if (equals != std::string_view::npos) {
+            // What stands behind a second "=" is left out on purpose.
+            const std::string_view value = pair.substr(equals + 1);
+            addParsed(map,
+                      decodedOrRaise(pair.substr(0, equals)),
+                      decodedOrRaise(value.substr(0, value.find('='))),
+                      policy);
         }
-        const std::string_view key = takeUpTo(value, '=');
-        // What stands behind a second "=" is left out on purpose.
-        addParsed(map, decodedOrRaise(key), decodedOrRaise(takeUpTo(value, '=')), policy);
     }
     return map;
 }
@@ -234,7 +237,7 @@ std::string stringByMergingURLQuery(std::string_view receiver,
         return appending(receiver, added);
     }
     ParameterMap merged = URLQueryParameters(receiver, options);
-    for (ParameterMap::Entry& entry : URLQueryParameters(query, options).takeEntries()) {
+    for (ParameterMap::Entry& entry : URLQueryParameters(query, options).entries()) {
         merge(merged, std::move(entry), policyOf(options, DuplicatesKeepLast));
     }
     const Range range = rangeOfURLQuery(receiver);

@@ -212,7 +212,8 @@ TEST(RequestUtils, RandomMapsSurviveBuildingAndParsing) {
         ParameterMap map;
         for (auto left = random() % 30; left > 0; --left) {
             // A bracket suffix belongs to the format and not to the key.
-            map.set(randomText(random) + ".", List{randomText(random), randomText(random)});
+            map.tryEmplace(randomText(random) + ".").first =
+                List{randomText(random), randomText(random)};
         }
         for (const unsigned options : {DuplicatesAsArray | BracketKeys, EveryValueAsArray + 0U}) {
             ASSERT_EQ(URLQueryParameters("?" + URLQueryWithParameters(map, options), options), map);

@@ -41,38 +41,20 @@ constexpr EncodingTable makeTable(unsigned kept) {
 constexpr EncodingTable kKeepingUnreserved = makeTable(kUriUnreserved);
 constexpr EncodingTable kKeepingPath = makeTable(kUriPath);
 
-const Encoded& encoded(const EncodingTable& table, char character) {
-    return table[static_cast<unsigned char>(character)];
-}
-
-std::size_t encodedLength(std::string_view text, const EncodingTable& table) {
-    std::size_t length = 0;
-    for (const char character : text) {
-        length += encoded(table, character).length;
-    }
-    return length;
-}
-
-// The value of a hexadecimal digit.
-unsigned digitValue(char digit) {
-    const auto byte = static_cast<unsigned char>(digit);
-    return byte <= '9' ? byte - unsigned{'0'} : (byte | 0x20U) - unsigned{'a'} + 10U;
-}
-
 }  // namespace
 
 void appendPercentEncoded(std::string_view text, PercentKeep keep, std::string& to) {
     const EncodingTable& table = keep == PercentKeep::Path ? kKeepingPath : kKeepingUnreserved;
     constexpr std::size_t kPiece = kBuffer / 3;
     if (text.size() > kPiece) {
-        to.reserve(to.size() + encodedLength(text, table));
+        to.reserve(to.size() + text.size());
     }
     std::array<char, kBuffer + 1> buffer;
     while (!text.empty()) {
         const std::string_view piece = text.substr(0, kPiece);
         char* end = buffer.data();
         for (const char character : piece) {
-            const Encoded& made = encoded(table, character);
+            const Encoded& made = table[static_cast<unsigned char>(character)];
             std::memcpy(end, &made, sizeof made);
             end += made.length;
         }
@@ -87,23 +69,26 @@ bool appendPercentDecoded(std::string_view text, PlusSign plus, std::string& to)
         to.reserve(to.size() + text.size() - std::min(2 * escapes, text.size()));
     }
     std::array<char, kBuffer> buffer;
-    std::size_t at = 0;
-    while (at < text.size()) {
-        std::size_t length = 0;
-        for (; at < text.size() && length < buffer.size(); ++at, ++length) {
-            const char character = text[at];
-            if (character != '%') {
-                buffer[length] = character == '+' ? static_cast<char>(plus) : character;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at < end) {
+        char* made = buffer.data();
+        // Every byte made takes at least one of the text, so these fit.
+        for (const char* const stop = at + std::min<std::ptrdiff_t>(end - at, kBuffer);
+             at < stop;) {
+            if (*at != '%') {
+                *made++ = *at == '+' ? static_cast<char>(plus) : *at;
+                ++at;
                 continue;
             }
-            if (!isPercentEscape(text, at)) {
+            const int byte = escapedByte({at, static_cast<std::size_t>(end - at)});
+            if (byte < 0) {
                 return false;
             }
-            buffer[length] =
-                static_cast<char>(digitValue(text[at + 1]) << 4U | digitValue(text[at + 2]));
-            at += 2;
+            *made++ = static_cast<char>(byte);
+            at += 3;
         }
-        to.append(buffer.data(), length);
+        to.append(buffer.data(), made);
     }
     return true;
 }

@@ -46,10 +46,30 @@ constexpr bool isUriCharacter(char character, unsigned classes) noexcept {
     return (kUriClasses[static_cast<unsigned char>(character)] & classes) != 0;
 }
 
-// Whether the "%" at `at` begins an escape: two hexadecimal digits follow it.
+// The values of hexadecimal digits; -1 for other characters.
+constexpr std::array<std::int8_t, 256> makeHexValues() {
+    std::array<std::int8_t, 256> values{};
+    for (std::size_t byte = 0; byte < values.size(); ++byte) {
+        const bool isDigit = isUriCharacter(static_cast<char>(byte), kUriHexDigit);
+        const std::size_t value = byte <= '9' ? byte - '0' : (byte & 7U) + 9;
+        values[byte] = isDigit ? static_cast<std::int8_t>(value) : std::int8_t{-1};
+    }
+    return values;
+}
+
+inline constexpr std::array<std::int8_t, 256> kHexValues = makeHexValues();
+
+// The byte that the escape at the start of `text`, a "%", stands for; negative where two
+// hexadecimal digits do not follow.
+constexpr int escapedByte(std::string_view text) noexcept {
+    return text.size() < 3 ? -1
+                           : kHexValues[static_cast<unsigned char>(text[1])] * 16 |
+                                 kHexValues[static_cast<unsigned char>(text[2])];
+}
+
+// Whether the "%" at `at` begins an escape.
 constexpr bool isPercentEscape(std::string_view text, std::size_t at) noexcept {
-    return text.size() - at > 2 && isUriCharacter(text[at + 1], kUriHexDigit) &&
-           isUriCharacter(text[at + 2], kUriHexDigit);
+    return escapedByte(text.substr(at)) >= 0;
 }
 
 }  // namespace quillet::platform

@@ -1,6 +1,5 @@
 #include "platform/foundation/Utf8.h"
 
-#include <array>
 #include <cstring>
 
 namespace quillet::platform {
@@ -13,9 +12,6 @@ bool isContinuation(unsigned char byte) {
     return (byte & 0xC0U) == 0x80;
 }
 
-// The smallest code that needs a sequence of the given length.
-constexpr std::array<std::uint32_t, 5> kSmallest{0, 0, 0x80, 0x800, 0x10000};
-
 std::size_t lengthByLeadByte(unsigned char lead) {
     if (lead >= 0xF0) {
         return lead < 0xF5 ? 4 : 0;
@@ -24,6 +20,23 @@ std::size_t lengthByLeadByte(unsigned char lead) {
         return 3;
     }
     return lead >= 0xC2 ? 2 : 0;
+}
+
+// Whether the second byte of a sequence may follow the first: it tells overlong forms, surrogates
+// and numbers above U+10FFFF.
+bool maySecondFollow(unsigned char lead, unsigned char second) {
+    switch (lead) {
+        case 0xE0:
+            return second >= 0xA0;
+        case 0xED:
+            return second < 0xA0;
+        case 0xF0:
+            return second >= 0x90;
+        case 0xF4:
+            return second < 0x90;
+        default:
+            return true;
+    }
 }
 
 // Bytes of ASCII that the text starts with, looked at in words; where a text is shorter than the
@@ -126,23 +139,20 @@ std::size_t utf8SequenceLength(std::string_view text) noexcept {
     if (length == 0 || length > text.size()) {
         return 0;
     }
-    std::uint32_t code = lead & (0x7FU >> length);
     for (std::size_t i = 1; i < length; ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (!isContinuation(byte)) {
+        if (!isContinuation(static_cast<unsigned char>(text[i]))) {
             return 0;
         }
-        code = (code << 6U) | (byte & 0x3FU);
     }
-    return code >= kSmallest[length] && isUnicodeScalar(code) ? length : 0;
+    return maySecondFollow(lead, static_cast<unsigned char>(text[1])) ? length : 0;
 }
 
 std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept {
     std::size_t at = 0;
     while (at < text.size()) {
-        at += asciiLength(text.substr(at));
-        if (at == text.size()) {
-            break;
+        if (static_cast<unsigned char>(text[at]) < 0x80) {
+            at += asciiLength(text.substr(at));
+            continue;
         }
         const std::size_t length = utf8SequenceLength(text.substr(at));
         if (length == 0) {
