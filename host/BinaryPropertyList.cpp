@@ -19,6 +19,7 @@ enum Marker : unsigned {
     kData = 0x40,
     kAsciiText = 0x50,
     kUtf16Text = 0x60,
+    kUid = 0x80,
     kArray = 0xA0,
     kDictionary = 0xD0,
 };
@@ -85,6 +86,25 @@ struct LeafEncoder {
         appendInteger(out, static_cast<std::uint64_t>(number));
         return out;
     }
+
+    // Above the signed range, which eight bytes hold alone.
+    std::string operator()(std::uint64_t number) const {
+        std::string out;
+        appendByte(out, kInteger | 4U);  // two to the fourth power bytes
+        appendBigEndian(out, 0, 8);
+        appendBigEndian(out, number, 8);
+        return out;
+    }
+
+    std::string operator()(const Uid& uid) const {
+        const unsigned width = widthFor(uid.number);
+        std::string out;
+        appendByte(out, kUid | (width - 1));
+        appendBigEndian(out, uid.number, width);
+        return out;
+    }
+
+    std::string operator()(Null /*null*/) const { return std::string(1, '\0'); }
 
     std::string operator()(bool truth) const {
         std::string out;

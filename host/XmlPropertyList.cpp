@@ -110,6 +110,9 @@ public:
 
     void operator()(const std::string& text) { element("string", text); }
     void operator()(std::int64_t number) { element("integer", std::to_string(number)); }
+    void operator()(std::uint64_t number) { element("integer", std::to_string(number)); }
+    void operator()(const Uid& uid) { (*this)(Dictionary{{"CF$UID", uid.number}}); }
+    void operator()(Null /*null*/) { element("string", ""); }
     void operator()(bool truth) { out_ += truth ? "<true/>\n" : "<false/>\n"; }
     void operator()(const Date& date) { element("date", dateText(date)); }
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "host/PropertyListWriter.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace quillet::host {
+
+// A copy of a value of a document that has been read, to be changed and written back: every entry
+// in its place, kinds kept. Values that the file shares are copied for each place. Any thread.
+Value copyOf(const platform::PropertyListValue& value);
+
+}  // namespace quillet::host
