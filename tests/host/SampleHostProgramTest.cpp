@@ -41,6 +41,9 @@ TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
         {"write a b", 2, usage},
         {"paint a", 2, usage},
         {"write a --bundle-identifier", 2, usage},
+        {"write a --container b", 2, usage},
+        {"run --verbose", 2, usage},
+        {"run --container " + folder_.path(), 1, "no session bus"},
         {"--help", 0, usage},
     };
     for (const auto& row : cases) {

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+#include <string>
+
+#include "host/HostCommand.h"
+
+class QFormLayout;
+
+namespace quillet::host {
+
+// The sample host's one window: the headers of the message that was opened last, or those of an
+// answer to it. Texts are plain text. Main thread only.
+class MessageWindow final : public QWidget {
+public:
+    MessageWindow();
+
+    // Shows what came of a command that shows a message, without taking the focus.
+    void present(const HostCommand& command, const Outcome& outcome);
+    // Shows the window as it is, without taking the focus.
+    void present();
+
+private:
+    void addLine(const QString& name, const std::string& text);
+    void addHeaders(const ExtensionMessage& message);
+    void addHeadersOfReply(const ExtensionMessage& message);
+    void setNote(const QString& text);
+    void clear();
+
+    QFormLayout* lines_;  // owned by the window
+};
+
+}  // namespace quillet::host
