@@ -4,7 +4,6 @@
 #include <string>
 
 #include "handoff/ExtensionUtilities.h"
-
 #include "platform/foundation/Queue.h"
 
 namespace quillet {

@@ -3,7 +3,6 @@
 #include <iterator>
 
 #include "handoff/ExtensionUtilities.h"
-
 #include "model/ExtensionUtilities.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/FileCoordinator.h"

@@ -5,7 +5,6 @@
 #include <thread>
 
 #include "handoff/Gathering.h"
-
 #include "tests/handoff/ContainerFixture.h"
 #include "tests/support/WaitUntil.h"
 

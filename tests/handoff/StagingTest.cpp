@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include "handoff/ExtensionUtilities.h"
-
 #include "tests/handoff/ContainerFixture.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/FileSizeLimit.h"

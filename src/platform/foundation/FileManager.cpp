@@ -187,12 +187,7 @@ std::optional<std::string> containerPathForGroup(std::string_view group) {
                                         group);
 }
 
-Result<std::string> runtimeFolder() {
-    struct stat found {};
-    if (const auto session = absoluteVariable("XDG_RUNTIME_DIR");
-        session && status(*session, found) && isPrivateFolder(found)) {
-        return *session;
-    }
+Result<std::string> temporaryFolder() {
     const std::string name = "quillet-" + std::to_string(::geteuid());
     std::string folder =
         Path::appendingPathComponent(absoluteVariable("TMPDIR").value_or("/tmp"), name);
@@ -200,6 +195,7 @@ Result<std::string> runtimeFolder() {
         return posixError(errno, folder);
     }
     // Somebody else may have put a symbolic link there: it is looked at, not followed.
+    struct stat found {};
     if (::lstat(folder.c_str(), &found) != 0) {
         return posixError(errno, folder);
     }
@@ -207,6 +203,15 @@ Result<std::string> runtimeFolder() {
         return posixError(EPERM, folder + " is not a folder private to the user");
     }
     return folder;
+}
+
+Result<std::string> runtimeFolder() {
+    struct stat found {};
+    if (const auto session = absoluteVariable("XDG_RUNTIME_DIR");
+        session && status(*session, found) && isPrivateFolder(found)) {
+        return *session;
+    }
+    return temporaryFolder();
 }
 
 }  // namespace quillet::platform::FileManager

@@ -1,0 +1,81 @@
+#include "handoff/MessageRendering.h"
+
+#include <any>
+#include <optional>
+#include <utility>
+
+#include "handoff/LinkMarkup.h"
+#include "platform/foundation/LinkDetector.h"
+#include "platform/foundation/TextFormat.h"
+#include "platform/foundation/URL.h"
+
+namespace quillet {
+
+namespace {
+
+// The path of an attachment; none of one that is neither a path nor a file.
+std::optional<std::string> pathOf(const std::any& attachment) {
+    if (const auto* path = std::any_cast<std::string>(&attachment)) {
+        return *path;
+    }
+    const auto* url = std::any_cast<platform::URL>(&attachment);
+    return url != nullptr && url->isFileURL() ? std::optional(url->path()) : std::nullopt;
+}
+
+std::string renderHtmlBody(ExtensionMessage& message, std::string html) {
+    for (const std::any& attachment :
+         message.attachments().value_or(ExtensionMessage::Attachments())) {
+        // Whatever the file holds, it is shown as an image, and its path is inserted as it is.
+        if (const auto path = pathOf(attachment)) {
+            html += platform::formatText("<img src=\"file://%@\"/><br/>", {*path});
+        }
+    }
+    message.setHtmlBody(html);
+    return html;
+}
+
+std::string withBreaks(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char character : text) {
+        if (character == '\n') {
+            result += "<br>";
+        } else {
+            result += character;
+        }
+    }
+    return result;
+}
+
+std::string renderPlainBody(ExtensionMessage& message, std::string_view plain) {
+    const std::string body = withBreaks(plain);
+    // A link that was found again is replaced again, inside of the anchors that it has by then; and
+    // one whose absolute form is not what the text shows is not replaced at all.
+    std::string html =
+        markUpLinks(body, searchUrlsDetector(message, body), kMostMarkup + body.size());
+    message.setPlainBody(html);
+    return html;
+}
+
+}  // namespace
+
+std::string renderHtml(ExtensionMessage& message) {
+    ExtensionMessage::Text html = message.htmlBody();
+    const ExtensionMessage::Text plain = message.plainBody();
+    const bool hasPlain = plain && !plain->empty();
+    if (html && (!html->empty() || !hasPlain)) {
+        return renderHtmlBody(message, std::move(*html));
+    }
+    return hasPlain ? renderPlainBody(message, *plain) : std::string();
+}
+
+std::vector<std::string> searchUrlsDetector(const ExtensionMessage& /*message*/,
+                                            std::string_view text) {
+    std::vector<std::string> urls;
+    for (platform::TextLink& link : platform::LinkDetector::linksIn(text)) {
+        urls.push_back(std::move(link.absoluteString));
+    }
+    return urls;
+}
+
+}  // namespace quillet
