@@ -68,6 +68,9 @@ private:
     }
 
     bool findAtColon() {
+        if (!isAsciiAlphanumeric(before(at_))) {
+            return false;
+        }
         const bool hasAuthority = text_.substr(at_).starts_with("://");
         if (const auto start = startOf(kMailScheme)) {
             return findMailLink(*start);
@@ -75,8 +78,8 @@ private:
         if (const auto start = startOfAny(kWebSchemes); start && hasAuthority) {
             return findWebLink(*start);
         }
-        const bool isForeign = hasAuthority && isAsciiAlphanumeric(before(at_));
-        if (isForeign || startOfAny(kRefusedSchemes)) {
+        // With an authority, it is of a scheme that is not known here.
+        if (hasAuthority || startOfAny(kRefusedSchemes)) {
             skipToStop();
             return true;
         }
