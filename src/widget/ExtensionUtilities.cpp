@@ -50,7 +50,7 @@ bool LaunchCommandForMessages(const std::vector<std::shared_ptr<ExtensionMessage
                               bool background) {
     std::vector<platform::URL> commands;
     for (const auto& message : messages) {
-        if (auto command = commandUrl(*message, commandName)) {
+        if (auto command = message ? commandUrl(*message, commandName) : std::nullopt) {
             platform::NotificationCenter::defaultCenter().postNotification(
                 kActionCalledNotification, CalledAction{message, std::string(commandName)});
             commands.push_back(*std::move(command));

@@ -95,33 +95,27 @@ void TodayViewController::actionCalled(const platform::Notification& notificatio
         return;
     }
     removeMessage(*action->message);
-    // A rebuild that runs before gives the table the shorter list; sliding out a row then would
-    // take another message's.
-    services_.mainQueue.async([self = shared_from_this(),
-                               row = static_cast<std::size_t>(row),
-                               command = action->command,
-                               rebuilds = rebuilds_] {
-        if (self->rebuilds_ == rebuilds) {
-            self->slideOut(row, command);
-        }
-    });
+    removedRows_.emplace_back(static_cast<std::size_t>(row),
+                              action->command == ExtensionUtilities::commandArchive
+                                  ? platform::RowAnimation::SlideLeft
+                                  : platform::RowAnimation::SlideRight);
+    services_.mainQueue.async([self = shared_from_this()] { self->slideOutRemovedRows(); });
 }
 
 // The height stays as it is until the next rebuild, on purpose: the panel does not jump under the
 // pointer of who deletes one row after the other.
-void TodayViewController::slideOut(std::size_t row, std::string_view command) {
-    if (myTableView_ != nullptr) {
-        myTableView_->removeRow(row,
-                                command == ExtensionUtilities::commandArchive
-                                    ? platform::RowAnimation::SlideLeft
-                                    : platform::RowAnimation::SlideRight);
+void TodayViewController::slideOutRemovedRows() {
+    for (const auto& [row, animation] : std::exchange(removedRows_, {})) {
+        if (myTableView_ != nullptr) {
+            myTableView_->removeRow(row, animation);
+        }
     }
 }
 
 void TodayViewController::removeMessage(const ExtensionMessage& message) {
-    ExtensionMessageList shown = without(message, dataToShow());
-    setDataFromDisk(without(message, dataFromDisk()));
-    setDataToShow(std::move(shown));
+    // A reread in the background may set its list just now.
+    dataFromDisk_.update([&](const auto& list) { return without(message, list); });
+    setDataToShow(without(message, dataToShow()));
 }
 
 void TodayViewController::viewDidLoad() {
@@ -170,7 +164,7 @@ void TodayViewController::ReloadData() {
 }
 
 void TodayViewController::rebuildList() {
-    ++rebuilds_;
+    slideOutRemovedRows();  // so that the table's rows are those of the list before
     const ExtensionMessageList before = dataToShow();
     setDataToShow(
         MessageList::toShow(dataFromDisk(), before, services_.defaults.integerForKey("segmented")));

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "model/ExtensionMessage.h"
@@ -118,14 +117,16 @@ private:
     explicit TodayViewController(const Services& services);
 
     void adjustHeight();
-    void slideOut(std::size_t row, std::string_view command);
+    void slideOutRemovedRows();
     std::ptrdiff_t rowAfterRebuild(std::size_t row, const ExtensionMessageList& before) const;
 
     Services services_;
     platform::Table* myTableView_ = nullptr;   // a TodayTableView, owned by the view tree
     TodayHeaderView* myHeaderView_ = nullptr;  // owned by the view tree
     bool my_legacyDarkBackground_ = false;
-    std::uint64_t rebuilds_ = 0;  // of the shown list so far
+    // Rows that the table still has and the shown list has no more, each counted without those
+    // before it.
+    std::vector<std::pair<std::size_t, platform::RowAnimation>> removedRows_;
     platform::Atomic<ExtensionMessageList> dataFromDisk_;
     platform::Atomic<ExtensionMessageList> dataToShow_;
     platform::Atomic<std::shared_ptr<platform::LayoutConstraint>> viewHeightContraint_;

@@ -36,7 +36,7 @@ TEST_F(ActionTest, ArchivedMessageLeavesBothListsAtOnceAndItsRowOneTurnLater) {
     std::vector<std::string> shownWhenAnnounced;
     const CalledActions actions([&] { shownWhenAnnounced = shown(); });
     const auto third = messageAt(2);
-    EXPECT_FALSE(ExtensionUtilities::LaunchCommandForMessages({third}, "archive", true))
+    EXPECT_FALSE(ExtensionUtilities::LaunchCommandForMessages({nullptr, third}, "archive", true))
         << "there is no host in this test";
     EXPECT_THAT(actions.names(), ElementsAre("archive c"));
     EXPECT_THAT(shownWhenAnnounced, ElementsAre("a", "b", "d", "e"));
@@ -93,11 +93,13 @@ TEST_F(ActionTest, ForeignNotificationsOfTheNameAreIgnored) {
 }
 
 TEST_F(ActionTest, ARebuildBeforeTheSlideKeepsTheOtherRows) {
+    controller->myTableView()->setSelectedRow(3);
     controller->ReloadData();
     ExtensionUtilities::LaunchCommandForMessages({messageAt(1)}, "delete", true);
     mainQueue.runAll();
     EXPECT_THAT(shown(), ElementsAre("a", "c", "d", "e"));
     EXPECT_EQ(rows(), 4U);
+    EXPECT_EQ(controller->myTableView()->selectedRow(), 2) << "still the row of \"d\"";
     EXPECT_EQ(controller->viewHeightContraint()->constant(), 240);
 }
 

@@ -28,6 +28,14 @@ public:
         // The old value ends here, outside the lock: its destructor may be long.
     }
 
+    // Replaces the value by `change` of it; nobody sets another one in between.
+    template <typename Change>
+    void update(Change change) {
+        Value old;
+        const std::lock_guard lock(mutex_);
+        old = std::exchange(value_, change(std::as_const(value_)));
+    }
+
 private:
     mutable std::mutex mutex_;
     Value value_{};

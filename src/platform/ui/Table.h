@@ -46,9 +46,10 @@ public:
     // removal is settled first. Cells go back to the reuse pool. The selection and the place of
     // the keyboard stay where they are, as far as the row still exists.
     virtual void reloadData() = 0;
-    // Likewise, but the selection and the keyboard follow what their row showed. A selected row
-    // that is gone leaves no selection. Where the row with the keyboard is gone, no control of
-    // another row gets the keyboard: the table itself takes it, at the same place or the last row.
+    // Likewise, but the selection and the keyboard follow what their row showed, and a running
+    // removal goes on where all rows keep their places. A selected row that is gone leaves no
+    // selection. Where the row with the keyboard is gone, no control of another row gets the
+    // keyboard: the table itself takes it, at the same place or the last row.
     virtual void reloadData(const RowMap& newRowOf) = 0;
     // Takes out one row: it slides away while the rows below move up. The delegate's data no
     // longer has the row. Later rows, and the selection with them, count one less; a selected row

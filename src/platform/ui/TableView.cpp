@@ -137,11 +137,24 @@ void TableView::clickRow(std::size_t row) {
 }
 
 void TableView::reloadData() {
+    settleAnimations();
     reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row); });
 }
 
+// Whether each row shows afterwards what it shows now; others may come behind them.
+bool TableView::keepsItsRows(const RowMap& newRowOf) const {
+    for (std::size_t row = 0; row < state_->rows.size(); ++row) {
+        if (newRowOf(row) != static_cast<std::ptrdiff_t>(row)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void TableView::reloadData(const RowMap& newRowOf) {
-    settleAnimations();
+    if (!keepsItsRows(newRowOf)) {
+        settleAnimations();
+    }
     const auto moved = [&](std::ptrdiff_t row) {
         return state_->hasRow(row) ? newRowOf(static_cast<std::size_t>(row)) : kNoRow;
     };
@@ -162,6 +175,9 @@ void TableView::reloadData(const RowMap& newRowOf) {
         state_->delegate != nullptr ? state_->delegate->numberOfRowsInTableView(*this) : 0;
     for (std::size_t row = 0; row < count; ++row) {
         appendRow(row);
+    }
+    if (isAnimating()) {
+        state_->slidingRow->raise();
     }
     rowsChanged();
     orderControls();

@@ -71,6 +71,7 @@ protected:
 private:
     struct State;
 
+    bool keepsItsRows(const RowMap& newRowOf) const;
     void appendRow(std::size_t row);
     void retireRow(std::size_t row);
     void placeRows();

@@ -93,6 +93,23 @@ TEST(TableView, ClicksDuringARemovalMeanTheRowsThatStay) {
     EXPECT_THAT(data.takeEvents(), ElementsAre("second of b", "selected 2"));
 }
 
+TEST(TableView, ARemovalGoesOnThroughAReloadThatKeepsTheRowsInPlace) {
+    for (const bool keepsPlaces : {true, false}) {
+        SCOPED_TRACE(keepsPlaces);
+        RecordingTable data({"a", "b", "c"});
+        data.removeRow(1);
+        data.animation()->setCurrentTime(125);
+        data.rows = {"a", "c", "d"};
+        data.table->reloadData([&](std::size_t row) {
+            return keepsPlaces ? static_cast<std::ptrdiff_t>(row) : Table::kNoRow;
+        });
+        EXPECT_THAT(data.shown(), ElementsAre("a", "c", "d"));
+        EXPECT_EQ(data.table->isAnimating(), keepsPlaces);
+        EXPECT_NEAR(data.rowTop(1), keepsPlaces ? 90 : 60, 1);
+        EXPECT_NEAR(data.rowTop(2), keepsPlaces ? 150 : 120, 1);
+    }
+}
+
 TEST(TableView, AnotherChangeSettlesARunningRemovalAndNothingSlidesWhereNobodyLooks) {
     RecordingTable data({"a", "b", "c", "d"});
     data.removeRow(0);
