@@ -29,7 +29,7 @@ class ExtensionMessage {
 public:
     using Text = std::optional<std::string>;
     using Recipients = std::vector<std::shared_ptr<ExtensionAddress>>;
-    // File paths as std::string; anything else is kept and left alone.
+    // File paths as std::string, file URLs as platform::URL; anything else is kept and left alone.
     using Attachments = std::vector<std::any>;
 
     // An empty draft: empty bodies and lists, everything else zero or none.

@@ -2,7 +2,7 @@
 #include <random>
 
 #include "platform/foundation/Exception.h"
-#include "platform/foundation/Utf8.h"
+#include "tests/support/RandomText.h"
 #include "util/RequestUtils.h"
 
 namespace quillet::test {
@@ -11,22 +11,6 @@ namespace {
 using namespace RequestUtils;
 using List = ParameterMap::List;
 using platform::Exception;
-
-// A text of characters of every plane, the reserved ones often.
-std::string randomText(std::mt19937& random) {
-    constexpr std::string_view kOften = "?#&=+% []/:;,@!$'()*\"<>\\^`{|}~\n\r\t.-_aZ09";
-    std::string text;
-    for (auto left = random() % 24; left > 0; --left) {
-        if (random() % 2 == 0) {
-            text += kOften[random() % kOften.size()];
-            continue;
-        }
-        const auto code = static_cast<std::uint32_t>(random() % 17 << 16U | (random() & 0xFFFFU));
-        char bytes[4];
-        text.append(bytes, platform::writeUtf8(code, bytes));
-    }
-    return text;
-}
 
 TEST(RequestUtils, OnlyUnreservedCharactersAreNotEscaped) {
     for (int byte = 0; byte < 256; ++byte) {

@@ -163,4 +163,19 @@ std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept {
     return std::nullopt;
 }
 
+std::string validUtf8(std::string text) {
+    std::optional<std::size_t> invalid = firstInvalidUtf8(text);
+    if (!invalid) {
+        return text;
+    }
+    constexpr std::string_view kReplacementText = "\xEF\xBF\xBD";
+    std::string valid;
+    std::string_view rest = text;
+    for (; invalid; invalid = firstInvalidUtf8(rest)) {
+        valid.append(rest.substr(0, *invalid)).append(kReplacementText);
+        rest.remove_prefix(*invalid + 1);
+    }
+    return valid.append(rest);
+}
+
 }  // namespace quillet::platform

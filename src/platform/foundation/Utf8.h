@@ -23,6 +23,9 @@ void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& t
 // numbers above U+10FFFF are not valid); none where all are.
 std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept;
 
+// `text` with U+FFFD in place of each byte that is not part of valid UTF-8.
+std::string validUtf8(std::string text);
+
 // Bytes of the valid UTF-8 sequence that `text` starts with, 0 where it starts with none.
 std::size_t utf8SequenceLength(std::string_view text) noexcept;
 

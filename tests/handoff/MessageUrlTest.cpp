@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+#include <random>
+
+#include "handoff/MessageUrl.h"
+
+#include "model/ExtensionAddress.h"
+#include "platform/foundation/Exception.h"
+#include "tests/support/DocumentExample.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/RandomText.h"
+
+namespace quillet::test {
+namespace {
+
+using platform::URL;
+using Text = ExtensionMessage::Text;
+using Message = std::shared_ptr<ExtensionMessage>;
+
+ExtensionMessage::Recipients recipients(std::initializer_list<Text> mails) {
+    ExtensionMessage::Recipients list;
+    for (const Text& mail : mails) {
+        list.push_back(std::make_shared<ExtensionAddress>());
+        list.back()->setMail(mail);
+    }
+    return list;
+}
+
+std::vector<std::string> paths(const Message& message) {
+    std::vector<std::string> list;
+    const ExtensionMessage::Attachments attachments = message->attachments().value();
+    for (const std::any& path : attachments) {
+        list.push_back(std::any_cast<std::string>(path));
+    }
+    return list;
+}
+
+Message read(const std::string& text) {
+    return ExtensionMessageWithUrl(URL::URLWithString(text).value());
+}
+
+std::string urlOf(const Message& message, std::string_view command = "compose") {
+    const std::optional<URL> url = queryUrl(*message, command);
+    return url ? url->absoluteString() : "none";
+}
+
+// The fields that travel, as texts.
+std::vector<Text> fields(const Message& message) {
+    return {message->plainBody(),
+            message->htmlBody(),
+            message->subject(),
+            message->from(),
+            message->account(),
+            message->bccString(),
+            message->ccString(),
+            message->toString()};
+}
+
+}  // namespace
+
+TEST(MessageUrl, ExampleOfTheDocumentIsReadAndWritten) {
+    std::string example = documentExample("drafts.md", "");
+    ASSERT_TRUE(example.ends_with('\n'));
+    example.pop_back();
+    const Message message = read(example);
+    EXPECT_EQ(fields(message),
+              (std::vector<Text>{"See attached: 50% + 1.",
+                                 "",
+                                 "Report \xE2\x82\xAC",
+                                 "anna@example.com",
+                                 "anna@example.com",
+                                 {},
+                                 "carl@example.com;",
+                                 "ben@example.com;dora@example.com;"}));
+    EXPECT_EQ(paths(message), std::vector<std::string>{"/tmp/Q3 report.pdf"});
+
+    message->setTo(recipients({"ben@example.com", "dora@example.com"}));
+    message->setCc(recipients({"carl@example.com"}));
+    EXPECT_EQ(urlOf(message), example);
+}
+
+TEST(MessageUrl, OnlyWhatADraftHasIsWritten) {
+    const Message message = ExtensionMessage::init();
+    EXPECT_EQ(urlOf(message), "quillet://compose?");
+    message->setToString("lost");
+    message->setCc(recipients({}));
+    message->setBcc(recipients({Text(), "a@x", ""}));
+    message->setTo(std::nullopt);
+    EXPECT_EQ(urlOf(message, ""), "quillet://?bcc=%28null%29%3Ba%40x%3B%3B");
+}
+
+TEST(MessageUrl, CommandThatIsNoHostMakesNone) {
+    const Message message = ExtensionMessage::init();
+    for (const char* command : {"two words", "a/b", "a?b", "a#b", "a:1", "a@b", "%", "\xC3\xA9"}) {
+        EXPECT_EQ(urlOf(message, command), "none") << command;
+    }
+}
+
+TEST(MessageUrl, AttachmentsThatCannotTravelLeaveAGap) {
+    LogCapture log;
+    const Message message = ExtensionMessage::init();
+    message->setAttachments(ExtensionMessage::Attachments{std::string("/a b"),
+                                                          URL::fileURLWithPath("/c d"),
+                                                          7,
+                                                          URL::URLWithString("http://x/y").value(),
+                                                          std::string("/\xFF"),
+                                                          std::string()});
+    const std::string url = urlOf(message);
+    EXPECT_EQ(url, "quillet://compose?attachment_0=%2Fa%20b&attachment_1=%2Fc%20d&attachment_5=");
+    EXPECT_EQ(paths(read(url)), (std::vector<std::string>{"/a b", "/c d", ""}));
+    EXPECT_EQ(log.lines(),
+              std::vector<std::string>{"queryUrl attachment_4 is not UTF-8: /\xEF\xBF\xBD"});
+}
+
+TEST(MessageUrl, QueriesOfOtherWritersAreRead) {
+    const struct {
+        const char* text;
+        Text to;
+        Text subject;
+        std::vector<std::string> paths;
+    } cases[] = {
+        {"quillet://x", {}, {}, {}},
+        {"mailto:a@x?to=a&to=b", "b", {}, {}},
+        {"?To=a&SUBJECT=b&attachment=c", {}, {}, {}},
+        {"?to[]=a&subject=b+c=d#&to=e", "a", "b c", {}},
+        {"?attachment_9=z&attachment_=a&attachment_9=b", {}, {}, {"b", "a"}},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.text);
+        const Message message = read(row.text);
+        EXPECT_EQ(message->toString(), row.to);
+        EXPECT_EQ(message->subject(), row.subject);
+        EXPECT_EQ(paths(message), row.paths);
+        EXPECT_TRUE(message->to() && message->to()->empty());
+        EXPECT_EQ(message->plainBody(), "");
+    }
+    EXPECT_THROW(read("quillet://x?to=%FF"), platform::Exception);
+}
+
+TEST(MessageUrl, RandomDraftsSurviveTheTrip) {
+    std::mt19937 random(41);
+    for (int round = 0; round < 500; ++round) {
+        const auto text = [&] { return randomText(random) + "."; };
+        const std::string mails[] = {text(), text(), text()};
+        const std::vector<Text> sent{
+            text(), text(), text(), text(), text(), mails[0] + ";", mails[1] + ";", mails[2] + ";"};
+        const Message message = ExtensionMessage::init();
+        message->setPlainBody(sent[0]);
+        message->setHtmlBody(sent[1]);
+        message->setSubject(sent[2]);
+        message->setFrom(sent[3]);
+        message->setAccount(sent[4]);
+        message->setBcc(recipients({mails[0]}));
+        message->setCc(recipients({mails[1]}));
+        message->setTo(recipients({mails[2]}));
+        const std::vector<std::string> files{text(), text()};
+        message->setAttachments(ExtensionMessage::Attachments(files.begin(), files.end()));
+        const Message received = ExtensionMessageWithUrl(queryUrl(*message, "send").value());
+        ASSERT_EQ(fields(received), sent);
+        ASSERT_EQ(paths(received), files);
+    }
+}
+
+}  // namespace quillet::test
