@@ -35,7 +35,8 @@ std::vector<std::string> identifiersIn(const std::string& path) {
     std::vector<std::string> identifiers;
     if (!document.parse(test::contentsOf(path))) {
         for (const auto entry : document.root().valueForKey("data")) {
-            identifiers.push_back(entry.valueForKey("messageId").stringValue());
+            const auto identifier = entry.valueForKey("messageId");
+            identifiers.push_back(identifier ? identifier.stringValue() : "");
         }
     }
     return identifiers;
@@ -45,12 +46,15 @@ TEST(CommandsDocument, CompleteHostTakesADeletedMessageOutAndTellsTheWidget) {
     const TemporaryFolder folder;
     const TemporaryFolder runtime;
     const EnvironmentVariable runtimeVariable{"XDG_RUNTIME_DIR", runtime.path()};
-    const std::vector<StoreFile> files{
-        {kFile,
-         Dictionary{{"account", "anna+x@example.com"},
-                    {"folder", "INBOX"},
-                    {"data", Array{message("1+1@x"), message("2%41@x"), message("3@x")}}},
-         PropertyListFormat::Xml}};
+    const std::vector<StoreFile> files{{kFile,
+                                        Dictionary{{"account", "anna+x@example.com"},
+                                                   {"folder", "INBOX"},
+                                                   {"data",
+                                                    Array{Dictionary{{"subject", "Without"}},
+                                                          message("1+1@x"),
+                                                          message("2%41@x"),
+                                                          message("3@x")}}},
+                                        PropertyListFormat::Xml}};
     ASSERT_FALSE(writeStore(folder.path(), files));
     int notifications = 0;
     auto& center = platform::DistributedNotificationCenter::defaultCenter();
@@ -83,7 +87,7 @@ TEST(CommandsDocument, CompleteHostTakesADeletedMessageOutAndTellsTheWidget) {
          << QVariantMap{{QStringLiteral("x-quillet-background"), true}};
     EXPECT_EQ(bus.call(open).type(), QDBusMessage::ReplyMessage) << host.readAll().toStdString();
     EXPECT_TRUE(test::waitUntil([&] { return notifications > 0; }));
-    EXPECT_THAT(identifiersIn(folder.path(kFile)), ElementsAre("3@x"));
+    EXPECT_THAT(identifiersIn(folder.path(kFile)), ElementsAre("", "3@x"));
     host.kill();
     host.waitForFinished();
     center.removeObserver(&notifications);
