@@ -53,9 +53,11 @@ int handOver(const ApplicationService& service, const Call& call, const std::str
 
 // Runs the event loop until the bus ends or a signal comes, then deals with what is left.
 int waitForEnd(QDBusConnection bus, StopSignals& signals, SampleHost& host) {
-    const auto stop = [&host] {
+    QTimer patience;
+    QObject::connect(&patience, &QTimer::timeout, &patience, &QCoreApplication::quit);
+    const auto stop = [&] {
         host.whenIdle(&QCoreApplication::quit);
-        QTimer::singleShot(kPatience, &QCoreApplication::quit);
+        patience.start(kPatience);
     };
     signals.connect(stop);
     QTimer end;
