@@ -80,7 +80,8 @@ TEST_P(ContainerDocument, ExampleWritesAFileAfterTheReaderIsDone) {
         ExtensionMessage::initWithDictonary(*document.root().valueForKey("data").begin());
     EXPECT_EQ(message->account(), "anna@example.com");
     EXPECT_EQ(message->folderStandardId()->text(), "1");
-    EXPECT_NE(message->messageId(), "");
+    EXPECT_EQ(message->messageId(), "1@example.com");
+    EXPECT_EQ(document.root().valueForKey("data").count(), 1U) << "the second was not taken out";
 }
 
 }  // namespace
