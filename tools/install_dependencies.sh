@@ -1,19 +1,20 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing for the purposes named; see docs/dependencies.md.
-# Usage: tools/install_dependencies.sh [build|run|wayland|test|bench|ci]…   (default: build)
+# Usage: tools/install_dependencies.sh [build|panel|run|wayland|test|bench|ci]…   (default: build)
 # Says nothing and does nothing where everything is there.
 set -euo pipefail
 
 packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config qt6-base-dev libicu-dev libglib2.0-dev libxcb1-dev nlohmann-json3-dev ;;
+        panel) echo dbus-daemon ;;
         run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
         wayland) echo qt6-wayland ;;
         test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter ;;
         bench) echo libplist-dev libpugixml-dev libglib2.0-dev ;;
         ci) echo clang-format clang-tidy codespell python3 ;;
         *)
-            echo "install_dependencies.sh: unknown purpose \"$1\"; use build, run, wayland, test, bench or ci" >&2
+            echo "install_dependencies.sh: unknown purpose \"$1\"; use build, panel, run, wayland, test, bench or ci" >&2
             exit 2
             ;;
     esac
