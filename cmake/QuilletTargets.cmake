@@ -10,12 +10,16 @@ if(QUILLET_SANITIZE)
     target_link_options(quillet_options INTERFACE -fsanitize=${QUILLET_SANITIZE})
 endif()
 
-# quillet_library(NAME SOURCES file… [PUBLIC lib…] [PRIVATE lib…])
-# A static library of one folder below src/. Includes are written from src/.
+# quillet_library(NAME SOURCES file… [HEADERS file…] [PUBLIC lib…] [PRIVATE lib…])
+# A static library of one folder below src/. Includes are written from src/. HEADERS are those that
+# are installed with the library.
 function(quillet_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;PUBLIC;PRIVATE" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
-    target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+    target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
+    target_compile_features(${name} PUBLIC cxx_std_20)
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}/src"
+                   FILES ${ARG_HEADERS})
     target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} quillet_options)
 endfunction()
 
