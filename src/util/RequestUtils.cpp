@@ -138,9 +138,10 @@ std::string appending(std::string_view receiver, std::string_view query) {
     const std::size_t end = std::min(receiver.find('#'), receiver.size());
     const std::string_view head = receiver.substr(0, end);
     std::string joined(head);
+    const bool isQueryEmpty = head.find('?') == head.size() - 1;
     if (!hasQuery(head)) {
         joined += '?';
-    } else if (!head.ends_with('?') && !head.ends_with('&')) {
+    } else if (!isQueryEmpty && !head.ends_with('&')) {
         joined += '&';
     }
     return joined.append(query).append(receiver.substr(end));

@@ -153,6 +153,7 @@ TEST(RequestUtils, QueryIsAppendedBeforeTheFragment) {
         {"page?", "b=2", "page?b=2"},
         {"page?a=1#f?", "?b=2#g", "page?a=1&b=2#f?"},
         {"page?a=1&", "b=2", "page?a=1&b=2"},
+        {"page?a=1?", "b=2", "page?a=1?&b=2"},
         {"page#f", "b", "page?b#f"},
         {"http://x.example/a=b", "c=1", "http://x.example/a=b?c=1"},
         {"a=1", "b=2", "a=1&b=2"},
@@ -207,7 +208,7 @@ TEST(RequestUtils, RandomMapsSurviveBuildingAndParsing) {
     }
 }
 
-TEST(RequestUtils, MillionsOfPairsAreParsedInLinearTime) {
+TEST(RequestUtils, AMillionPairsAreAllKept) {
     constexpr std::size_t kPairs = 1'000'000;
     std::string repeated;
     std::string distinct;

@@ -132,8 +132,9 @@ std::optional<URL> URL::URLWithString(std::string_view text) {
 URL URL::fileURLWithPath(std::string_view path) {
     std::string absolute;
     if (!path.starts_with('/')) {
-        std::error_code error;
-        absolute = (std::filesystem::current_path(error) / path).native();
+        std::error_code error;  // the current folder may be gone
+        const auto current = std::filesystem::current_path(error);
+        absolute = ((error ? std::filesystem::path("/") : current) / path).native();
         path = absolute;
     }
     std::string text = "file://";
