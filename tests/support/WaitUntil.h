@@ -6,15 +6,15 @@
 
 namespace quillet::test {
 
-// Runs the event loop until the condition holds; false when it does not within five seconds.
+// Runs the event loop until the condition holds; false when it does not within the limit, in
+// milliseconds.
 template <typename Condition>
-bool waitUntil(Condition condition) {
-    constexpr int kLimit = 5000;  // milliseconds
-    constexpr int kStep = 5;      // milliseconds
+bool waitUntil(Condition condition, int limit = 5000) {
+    constexpr int kStep = 5;  // milliseconds
     QElapsedTimer timer;
     timer.start();
     while (!condition()) {
-        if (timer.elapsed() > kLimit) {
+        if (timer.elapsed() > limit) {
             return false;
         }
         QCoreApplication::processEvents(QEventLoop::AllEvents, kStep);
