@@ -8,6 +8,7 @@
 #include "host/StoreWriter.h"
 #include "model/CentralDateCache.h"
 #include "model/ExtensionDate.h"
+#include "model/RecordBlock.h"
 
 namespace quillet::bench {
 
@@ -32,9 +33,10 @@ void forEachFile(const std::string& container,
 }
 
 Outcome finished(PeerMessages messages) {
-    CentralDateCache dates(ExtensionDate::now());
+    const std::shared_ptr<RecordBlock> texts = RecordBlock::make();
+    CentralDateCache dates(ExtensionDate::now(), *texts);
     for (const auto& message : messages) {
-        message->dateString = dates.text(message->date);
+        message->dateString = dates.text(message->date).view();
     }
     std::stable_sort(messages.begin(), messages.end(), [](const auto& left, const auto& right) {
         return left->date > right->date;

@@ -1,7 +1,11 @@
 #include "model/CentralDateCache.h"
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 #include "model/ExtensionDate.h"
 
@@ -12,39 +16,51 @@ namespace {
 // A store whose dates are spread wider than this is formatted again rather than remembered.
 constexpr std::size_t kMostEntries = 4096;
 
-bool holds(double start, double end, double date) {
-    return start <= date && date < end;
-}
-
 }  // namespace
 
-CentralDateCache::CentralDateCache(double now)
-    : now_(now), today_(days_.dayOf(now)), last_(entries_.end()) {}
+CentralDateCache::CentralDateCache(double now, RecordBlock& block)
+    : now_(now), block_(block), today_(days_.dayOf(now)) {}
 
-std::string_view CentralDateCache::text(double date) {
-    if (last_ == entries_.end() || !holds(last_->first, last_->second.end, date)) {
-        auto next = entries_.upper_bound(date);
-        const bool known = next != entries_.begin() &&
-                           holds(std::prev(next)->first, std::prev(next)->second.end, date);
-        last_ = known ? std::prev(next) : make(date);
-    }
-    return last_->second.text;
+// Dates of these decades lie between 2^30 and 2^31, where the leading 17 of the 52 bits behind the
+// binary point count steps of 8192 seconds. Taking bits is defined for every number.
+std::size_t CentralDateCache::placeOf(double date) {
+    constexpr unsigned kBitsOfStep = 52 - 17;
+    return static_cast<std::size_t>(std::bit_cast<std::uint64_t>(date) >> kBitsOfStep) % kPlaces;
 }
 
-CentralDateCache::Entries::const_iterator CentralDateCache::make(double date) {
+const RecordText& CentralDateCache::text(double date) {
+    const Entry*& found = found_[placeOf(date)];
+    if (found == nullptr || !found->holds(date)) {
+        found = &find(date);
+    }
+    return found->text;
+}
+
+const CentralDateCache::Entry& CentralDateCache::find(double date) {
+    const auto next = entries_.upper_bound(date);
+    const bool known = next != entries_.begin() && std::prev(next)->second.holds(date);
+    return known ? std::prev(next)->second : make(date);
+}
+
+const CentralDateCache::Entry& CentralDateCache::make(double date) {
     if (entries_.size() >= kMostEntries) {
         entries_.clear();
+        found_.fill(nullptr);
     }
     // Times of today differ from instant to instant; an entry for one of them holds for it alone.
-    const double nextInstant = std::nextafter(date, std::numeric_limits<double>::infinity());
-    const platform::LocalDays::Day day = holds(today_.start, today_.end, date)
-                                             ? platform::LocalDays::Day{date, nextInstant}
-                                             : days_.dayOf(date);
-    const Entry entry{day.end, ExtensionDate::shared().centralDate(date, now_)};
-    // Instants beyond the calendar's limits lie outside of the day they are held at.
-    return holds(day.start, day.end, date)
-               ? entries_.insert_or_assign(day.start, entry).first
-               : entries_.insert_or_assign(date, Entry{nextInstant, entry.text}).first;
+    platform::LocalDays::Day span{date,
+                                  std::nextafter(date, std::numeric_limits<double>::infinity())};
+    const bool isToday = today_.start <= date && date < today_.end;
+    if (!isToday) {
+        // Instants beyond the calendar's limits lie outside of the day they are held at.
+        const platform::LocalDays::Day day = days_.dayOf(date);
+        if (day.start <= date && date < day.end) {
+            span = day;
+        }
+    }
+    RecordText text = block_.store(ExtensionDate::shared().centralDate(date, now_));
+    return entries_.insert_or_assign(span.start, Entry{span.start, span.end, std::move(text)})
+        .first->second;
 }
 
 }  // namespace quillet

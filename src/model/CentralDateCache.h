@@ -1,37 +1,50 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <map>
-#include <string>
-#include <string_view>
 
+#include "model/RecordBlock.h"
+#include "model/RecordText.h"
 #include "platform/foundation/DateFormatter.h"
 
 namespace quillet {
 
 // The date texts of one read. Formatting a date costs more than reading a message, and messages of
-// one day share their text (of today, one instant), so each is formatted once. Gives what
+// one day share their text (of today, one instant), so each is formatted and kept once. Gives what
 // ExtensionDate::centralDate gives for the same `now`. One thread.
 class CentralDateCache {
 public:
-    explicit CentralDateCache(double now);
+    // The texts are stored in `block`, which outlives the cache.
+    CentralDateCache(double now, RecordBlock& block);
 
-    // Valid until the next call.
-    std::string_view text(double date);
+    // Valid until the next call; what it shares in the block lives as long as the block.
+    const RecordText& text(double date);
 
 private:
+    // The text of the instants from `start` to `end`, exclusive.
     struct Entry {
-        double end = 0;  // the text holds for instants from the entry's key up to here, exclusive
-        std::string text;
-    };
-    using Entries = std::map<double, Entry>;
+        double start = 0;
+        double end = 0;
+        RecordText text;
 
-    Entries::const_iterator make(double date);
+        bool holds(double date) const { return start <= date && date < end; }
+    };
+
+    // The dates of a store come in no order, and a map is slow to search; the entries found last
+    // stand in a table with one place for every couple of hours.
+    static constexpr std::size_t kPlaces = 1024;
+    static std::size_t placeOf(double date);
+
+    const Entry& find(double date);
+    const Entry& make(double date);
 
     double now_;
+    RecordBlock& block_;
     platform::LocalDays days_;
     platform::LocalDays::Day today_;
-    Entries entries_;
-    Entries::const_iterator last_;
+    std::map<double, Entry> entries_;  // by start
+    std::array<const Entry*, kPlaces> found_{};
 };
 
 }  // namespace quillet

@@ -30,7 +30,7 @@ ExtensionMessage::~ExtensionMessage() = default;
 std::shared_ptr<ExtensionMessage> ExtensionMessage::init() {
     const std::shared_ptr<RecordBlock> block = RecordBlock::make();
     block->reserve(1);
-    std::shared_ptr<ExtensionMessage> message = RecordBlock::append(block);
+    std::shared_ptr<ExtensionMessage> message = RecordBlock::handle(block, block->append());
     auto draft = std::make_unique<Draft>();
     draft->plainBody.emplace();
     draft->htmlBody.emplace();

@@ -128,11 +128,12 @@ private:
         std::optional<Attachments> attachments;
     };
 
-    // A number object that can be absent.
+    // A number object that can be absent, in no more bytes than the number has.
     struct OptionalNumber {
-        platform::Number number;
+        [[no_unique_address]] platform::Number number;
         bool present = false;
     };
+    static_assert(sizeof(OptionalNumber) == sizeof(platform::Number));
 
     ExtensionMessage();
 

@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "model/ExtensionDate.h"
-#include "model/RecordBlock.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/Log.h"
@@ -38,7 +37,8 @@ Number numberOf(const PropertyListValue& value) {
 
 }  // namespace
 
-RecordText ExtensionMessageReader::SharedText::in(RecordBlock& block, std::string_view view) {
+RecordText ExtensionMessageReader::SharedTexts::in(RecordBlock& block, std::string_view view) {
+    RecordText& text = texts_[view.size() % texts_.size()];
     if (!text || text.view() != view) {
         text = block.store(view);
     }
@@ -48,27 +48,25 @@ RecordText ExtensionMessageReader::SharedText::in(RecordBlock& block, std::strin
 ExtensionMessageReader::ExtensionMessageReader()
     : keys_(kKeys),
       noSubject_(platform::Bundle::main().localizedString("No subject")),
-      dates_(ExtensionDate::now()),
-      block_(RecordBlock::make()) {
+      block_(RecordBlock::make()),
+      dates_(ExtensionDate::now(), *block_) {
     static_assert(std::size(kKeys) == kKeyCount);
 }
 
-void ExtensionMessageReader::readAll(const PropertyListValue& data,
-                                     std::vector<std::shared_ptr<ExtensionMessage>>& messages) {
+void ExtensionMessageReader::readAll(const PropertyListValue& data) {
     const auto end = data.end();
     block_->reserve(data.count());
     for (auto element = data.begin(); element != end; ++element) {
-        messages.push_back(RecordBlock::append(block_));
-        fill(*messages.back(), *element);
+        fill(block_->append(), *element);
     }
 }
 
 std::shared_ptr<ExtensionMessage> ExtensionMessageReader::readOne(
     const PropertyListValue& dictionary) {
     block_->reserve(1);
-    std::shared_ptr<ExtensionMessage> message = RecordBlock::append(block_);
-    fill(*message, dictionary);
-    return message;
+    ExtensionMessage& message = block_->append();
+    fill(message, dictionary);
+    return RecordBlock::handle(block_, message);
 }
 
 void ExtensionMessageReader::fill(ExtensionMessage& message, const PropertyListValue& dictionary) {
@@ -103,9 +101,9 @@ void ExtensionMessageReader::fillNumbers(ExtensionMessage& message) {
 void ExtensionMessageReader::fillTexts(ExtensionMessage& message) {
     message.subject_ = block_->store(textOf(kSubject, noSubject_));
     message.messageId_ = block_->store(textOf(kMessageId, {}));
-    message.from_ = lastFrom_.in(*block_, textOf(kFrom, {}));
-    message.account_ = lastAccount_.in(*block_, textOf(kAccount, {}));
-    message.folderPath_ = lastFolder_.in(*block_, textOf(kFolder, {}));
+    message.from_ = senders_.in(*block_, textOf(kFrom, {}));
+    message.account_ = accounts_.in(*block_, textOf(kAccount, {}));
+    message.folderPath_ = folders_.in(*block_, textOf(kFolder, {}));
     message.folderStandardId_ = {numberOf(found_[kFolderStid]), true};
     message.unread_ = {numberOf(found_[kIsUnread]), true};
 }
@@ -117,7 +115,7 @@ void ExtensionMessageReader::fillDate(ExtensionMessage& message) {
     constexpr float kLimit = std::numeric_limits<float>::max();
     date = std::isnan(date) ? 0.0F : std::clamp(date, -kLimit, kLimit);
     message.date_.store(static_cast<double>(date), std::memory_order_relaxed);
-    message.dateString_ = lastDate_.in(*block_, dates_.text(static_cast<double>(date)));
+    message.dateString_ = dates_.text(static_cast<double>(date)).sharedInBlock();
 }
 
 std::string_view ExtensionMessageReader::textOf(Key key, std::string_view fallback) {

@@ -4,15 +4,13 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "model/CentralDateCache.h"
 #include "model/ExtensionMessage.h"
+#include "model/RecordBlock.h"
 #include "platform/foundation/PropertyList.h"
 
 namespace quillet {
-
-class RecordBlock;
 
 // Builds message records from property-list dictionaries. One reader serves one read of the store
 // and keeps what its dictionaries have in common: where their keys stand, the texts of the last
@@ -21,11 +19,13 @@ class ExtensionMessageReader {
 public:
     ExtensionMessageReader();
 
-    // Appends a record for each element of `data` to `messages`, in order. An element that is no
+    // Appends a record for each element of `data` to records(), in order. An element that is no
     // message dictionary is logged and gives an empty record. Raises platform::Exception when
     // `data` is nothing that can be looped over.
-    void readAll(const platform::PropertyListValue& data,
-                 std::vector<std::shared_ptr<ExtensionMessage>>& messages);
+    void readAll(const platform::PropertyListValue& data);
+
+    // Everything that was read.
+    const std::shared_ptr<RecordBlock>& records() const noexcept { return block_; }
 
     std::shared_ptr<ExtensionMessage> readOne(const platform::PropertyListValue& dictionary);
 
@@ -46,10 +46,13 @@ private:
         kKeyCount,
     };
 
-    // A text that records often share.
-    struct SharedText {
-        RecordText text;
+    // A kind of texts that records often share: the last ones, by their lengths.
+    class SharedTexts {
+    public:
         RecordText in(RecordBlock& block, std::string_view view);
+
+    private:
+        std::array<RecordText, 16> texts_;
     };
 
     void fill(ExtensionMessage& message, const platform::PropertyListValue& dictionary);
@@ -62,12 +65,11 @@ private:
     std::array<platform::PropertyListValue, kKeyCount> found_;
     std::string scratch_;
     std::string noSubject_;
-    CentralDateCache dates_;
     std::shared_ptr<RecordBlock> block_;
-    SharedText lastAccount_;
-    SharedText lastFrom_;
-    SharedText lastFolder_;
-    SharedText lastDate_;
+    CentralDateCache dates_;
+    SharedTexts accounts_;
+    SharedTexts senders_;
+    SharedTexts folders_;
 };
 
 }  // namespace quillet

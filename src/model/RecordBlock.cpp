@@ -21,15 +21,16 @@ void RecordBlock::reserve(std::size_t count) {
     room_ = count;
 }
 
-std::shared_ptr<ExtensionMessage> RecordBlock::append(const std::shared_ptr<RecordBlock>& block) {
-    if (block->room_ == 0) {
+ExtensionMessage& RecordBlock::append() {
+    if (room_ == 0) {
         throw std::length_error("RecordBlock: more records than there is room for");
     }
-    Row& row = block->rows_.back();
+    Row& row = rows_.back();
     auto* record = new (row.records + row.count) ExtensionMessage();
     ++row.count;
-    --block->room_;
-    return {block, record};
+    ++count_;
+    --room_;
+    return *record;
 }
 
 RecordText RecordBlock::store(std::string_view text) {

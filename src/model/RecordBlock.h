@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "model/ExtensionMessage.h"
@@ -23,9 +25,23 @@ public:
     // Makes room for `count` further records.
     void reserve(std::size_t count);
     // A new record of the block with every field zero or none, in the room reserved last.
-    static std::shared_ptr<ExtensionMessage> append(const std::shared_ptr<RecordBlock>& block);
+    ExtensionMessage& append();
+    // A handle to a record of the block, which it keeps alive.
+    static std::shared_ptr<ExtensionMessage> handle(std::shared_ptr<RecordBlock> block,
+                                                    ExtensionMessage& record) {
+        return {std::move(block), &record};
+    }
     // Copies a text into the block; the result is for records of this block alone.
     RecordText store(std::string_view text);
+
+    std::size_t count() const noexcept { return count_; }
+    // Calls `visit` with every record, in the order of appending.
+    template <typename Visit>
+    void forEach(Visit visit) const {
+        for (const Row& row : rows_) {
+            std::for_each_n(row.records, row.count, visit);
+        }
+    }
 
 private:
     struct Row {
@@ -37,6 +53,7 @@ private:
 
     platform::MemoryArena memory_;
     std::vector<Row> rows_;
+    std::size_t count_ = 0;
     std::size_t room_ = 0;  // records that the last row can still take
 };
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/ExtensionMessage.h"
+#include "model/RecordBlock.h"
 
 // How lists of messages are ordered and chosen: functions of their arguments, any thread.
 namespace quillet::MessageList {
@@ -14,8 +15,9 @@ using Messages = std::vector<std::shared_ptr<ExtensionMessage>>;
 
 inline constexpr std::size_t kMostRows = 10;
 
-// Newest first. Messages of one instant keep their order, those without a date come last.
-Messages sortedNewestFirst(Messages messages);
+// The records of a block, newest first. Those of one instant keep their order, those without a date
+// come last.
+Messages sortedNewestFirst(const std::shared_ptr<RecordBlock>& block);
 
 // Whether both lists hold equal messages in the same order.
 bool isEqual(const Messages& left, const Messages& right);

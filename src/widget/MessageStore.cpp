@@ -63,7 +63,7 @@ void MessageStore::readFile(const std::string& path) {
     }
     const PropertyListValue data = root.valueForKey("data");
     if (data && root.valueForKey("folder") && root.valueForKey("account")) {
-        reader_.readAll(data, messages_);
+        reader_.readAll(data);
     }
 }
 

@@ -3,10 +3,9 @@
 #include <memory>
 #include <string>
 #include <unordered_set>
-#include <vector>
 
-#include "model/ExtensionMessage.h"
 #include "model/ExtensionMessageReader.h"
+#include "model/RecordBlock.h"
 #include "platform/foundation/PropertyList.h"
 
 namespace quillet {
@@ -25,7 +24,7 @@ public:
     void read(const std::string& todayFolder);
 
     // What was gathered, in the order of reading.
-    std::vector<std::shared_ptr<ExtensionMessage>> takeMessages() { return std::move(messages_); }
+    const std::shared_ptr<RecordBlock>& records() const noexcept { return reader_.records(); }
 
 private:
     void readFolders(const std::string& todayFolder);
@@ -34,7 +33,6 @@ private:
     EnabledAccounts enabled_;
     platform::PropertyListDocument document_;  // one for all files: its storage is reused
     ExtensionMessageReader reader_;
-    std::vector<std::shared_ptr<ExtensionMessage>> messages_;
 };
 
 }  // namespace quillet

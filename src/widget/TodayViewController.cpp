@@ -148,7 +148,7 @@ ExtensionMessageList TodayViewController::updateData() {
     if (error) {
         platform::Log::write("updateData coordinator %@", {error->description()});
     }
-    return std::make_shared<const Messages>(MessageList::sortedNewestFirst(store.takeMessages()));
+    return std::make_shared<const Messages>(MessageList::sortedNewestFirst(store.records()));
 }
 
 void TodayViewController::Reload() {

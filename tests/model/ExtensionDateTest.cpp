@@ -73,10 +73,12 @@ TEST(CentralDateCache, GivesTheTextsThatTheFormattersGive) {
         dates.push_back(kNow + days(random) * 86400);
         dates.push_back(kNow + days(random) * 100);  // around today
     }
-    CentralDateCache cache(kNow + 3600);
+    const auto texts = RecordBlock::make();
+    CentralDateCache cache(kNow + 3600, *texts);
     for (int round = 0; round < 2; ++round) {  // the second time from the cache
         for (const double date : dates) {
-            ASSERT_EQ(cache.text(date), ExtensionDate::shared().centralDate(date, kNow + 3600))
+            ASSERT_EQ(cache.text(date).view(),
+                      ExtensionDate::shared().centralDate(date, kNow + 3600))
                 << date;
         }
     }

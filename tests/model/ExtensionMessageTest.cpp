@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <thread>
+#include <vector>
 
 #include "model/ExtensionMessage.h"
 #include "model/ExtensionMessageReader.h"
@@ -29,6 +31,12 @@ std::shared_ptr<ExtensionMessage> identified(const ExtensionMessage::Text& messa
     message->setMessageId(messageId);
     message->setAccount(account);
     return message;
+}
+
+std::vector<ExtensionMessage*> messagesOf(const RecordBlock& block) {
+    std::vector<ExtensionMessage*> messages;
+    block.forEach([&messages](ExtensionMessage& record) { messages.push_back(&record); });
+    return messages;
 }
 
 }  // namespace
@@ -134,24 +142,23 @@ TEST_F(ExtensionMessageTest, ValueOfAWrongTypeStopsTheReadingWhereItStands) {
 
 TEST_F(ExtensionMessageTest, ElementsThatAreNoDictionariesJoinTheListAsEmptyRecords) {
     ExtensionMessageReader reader;
-    std::vector<std::shared_ptr<ExtensionMessage>> messages;
     const auto document = documentOf(
         "<array><string>x</string><dict><key>subject</key><string>S</string></dict></array>");
-    reader.readAll(document.root(), messages);
+    reader.readAll(document.root());
+    const auto messages = messagesOf(*reader.records());
     ASSERT_EQ(messages.size(), 2U);
     EXPECT_EQ(messages[0]->subject(), std::nullopt);
     EXPECT_EQ(messages[1]->subject(), "S");
     EXPECT_EQ(log.lines().size(), 1U);
 
     const auto number = documentOf("<integer>1</integer>");
-    EXPECT_THROW(reader.readAll(number.root(), messages), platform::Exception);
-    EXPECT_EQ(messages.size(), 2U);
+    EXPECT_THROW(reader.readAll(number.root()), platform::Exception);
+    EXPECT_EQ(reader.records()->count(), 2U);
 }
 
 // One reader keeps what dictionaries have in common; a record must not inherit from the one before.
 TEST_F(ExtensionMessageTest, RecordsOfOneReaderDoNotLeakIntoEachOther) {
-    ExtensionMessageReader reader;
-    std::vector<std::shared_ptr<ExtensionMessage>> messages;
+    std::optional<ExtensionMessageReader> reader(std::in_place);
     const auto document = documentOf(
         "<array>"
         "<dict><key>from</key><string>A</string><key>account</key><string>a@x</string>"
@@ -160,7 +167,8 @@ TEST_F(ExtensionMessageTest, RecordsOfOneReaderDoNotLeakIntoEachOther) {
         "<dict><key>account</key><string>a@x</string><key>subject</key><string>three</string>"
         "<key>from</key><string>C</string></dict>"
         "</array>");
-    reader.readAll(document.root(), messages);
+    reader->readAll(document.root());
+    const auto messages = messagesOf(*reader->records());
     ASSERT_EQ(messages.size(), 3U);
     EXPECT_EQ(messages[1]->from(), "");
     EXPECT_EQ(messages[1]->account(), "");
@@ -169,8 +177,8 @@ TEST_F(ExtensionMessageTest, RecordsOfOneReaderDoNotLeakIntoEachOther) {
     EXPECT_EQ(messages[2]->account(), "a@x");
 
     // The texts live as long as any record of the file.
-    const auto last = messages.back();
-    messages.clear();
+    const auto last = RecordBlock::handle(reader->records(), *messages.back());
+    reader.reset();
     EXPECT_EQ(last->subject(), "three");
 }
 

@@ -36,14 +36,18 @@ ExtensionMessageList listOf(Messages messages) {
 }  // namespace
 
 TEST(MessageList, SortIsDescendingStableAndPutsUndatedLast) {
-    EXPECT_EQ(identifiers(MessageList::sortedNewestFirst({message("a", 1),
-                                                          message("b", std::nullopt),
-                                                          message("c", 2),
-                                                          message("d", 1),
-                                                          message("e", -5),
-                                                          message("f", std::nullopt)})),
-              "cadebf");
-    EXPECT_TRUE(MessageList::sortedNewestFirst({}).empty());
+    const auto block = RecordBlock::make();
+    EXPECT_TRUE(MessageList::sortedNewestFirst(block).empty());
+    std::string name = "a";
+    for (const std::optional<double> date : std::initializer_list<std::optional<double>>{
+             1, std::nullopt, 2, 1, -5, std::nullopt, 1e300, 1.0000000000000002}) {
+        block->reserve(1);
+        ExtensionMessage& record = block->append();
+        record.setMessageId(name);
+        record.setDate(date);
+        ++name.front();
+    }
+    EXPECT_EQ(identifiers(MessageList::sortedNewestFirst(block)), "gchadebf");
 }
 
 TEST(MessageList, StoredSegmentChoosesTheFolder) {

@@ -7,11 +7,11 @@
 namespace quillet::platform {
 
 // Memory for many small things that end together. It grows by regions, each twice as large as the
-// one before up to kLargestRegion. One thread at a time.
+// one before up to kLargestRegion, whose pages are then there from the start. One thread at a time.
 class MemoryArena {
 public:
     static constexpr std::size_t kSmallestRegion = std::size_t{4} * 1024;        // bytes
-    static constexpr std::size_t kLargestRegion = std::size_t{4} * 1024 * 1024;  // bytes
+    static constexpr std::size_t kLargestRegion = std::size_t{1} * 1024 * 1024;  // bytes
 
     MemoryArena() = default;
     ~MemoryArena() = default;

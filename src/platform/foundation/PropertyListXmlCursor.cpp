@@ -172,8 +172,7 @@ void XmlCursor::skipMarkupInContent(std::string_view name) {
     }
 }
 
-// Passes a reference, a line end or markup that is no element.
-void XmlCursor::skipEscape(std::string_view name) {
+void XmlCursor::skipRareEscape(std::string_view name) {
     if (*at_ == '<') {
         skipMarkupInContent(name);
     } else if (*at_ == '\r') {

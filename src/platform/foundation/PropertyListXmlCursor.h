@@ -59,7 +59,15 @@ private:
     void skipInternalSubset();
     void skipAttributes();
     void skipMarkupInContent(std::string_view name);
-    void skipEscape(std::string_view name);
+    // Passes a reference, a line end or markup that is no element.
+    void skipEscape(std::string_view name) {
+        const std::size_t named = *at_ == '&' ? namedXmlReferenceAt(at_).length : 0;
+        at_ += named;
+        if (named == 0) {
+            skipRareEscape(name);
+        }
+    }
+    void skipRareEscape(std::string_view name);
 };
 
 }  // namespace quillet::platform

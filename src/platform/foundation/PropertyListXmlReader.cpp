@@ -59,8 +59,17 @@ private:
     void closeContainer();
     void finishContainer();
 
-    Node& addNode(Type type, Form form);
-    void addNumber(Type type, std::uint64_t bits, Form form = Form::Signed);
+    // The node is filled where it lies: copying one that has just been put together is slow.
+    Node& addNode(Type type, Form form) {
+        Node& node = nodes_.emplace_back();
+        node.type = type;
+        node.form = form;
+        node.extent = static_cast<std::uint32_t>(nodes_.size());
+        return node;
+    }
+    void addNumber(Type type, std::uint64_t bits, Form form = Form::Signed) {
+        addNode(type, form).setBits(bits);
+    }
 
     std::vector<Node>& nodes_;
     std::array<OpenContainer, PropertyListDocument::kMaximumDepth> open_{};
@@ -84,19 +93,6 @@ std::string_view XmlReader::readPlainContent(const Tag& tag) {
     Node content;
     readContent(tag, content);
     return plainText(content);
-}
-
-// The node is filled where it lies: copying one that has just been put together is slow.
-Node& XmlReader::addNode(Type type, Form form) {
-    Node& node = nodes_.emplace_back();
-    node.type = type;
-    node.form = form;
-    node.extent = static_cast<std::uint32_t>(nodes_.size());
-    return node;
-}
-
-void XmlReader::addNumber(Type type, std::uint64_t bits, Form form) {
-    addNode(type, form).setBits(bits);
 }
 
 void XmlReader::readText(const Tag& tag) {

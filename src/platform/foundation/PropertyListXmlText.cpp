@@ -23,13 +23,6 @@ constexpr std::string_view kCommentEnd = "-->";
 constexpr std::string_view kInstructionStart = "<?";
 constexpr std::string_view kInstructionEnd = "?>";
 
-struct Entity {
-    std::string_view text;
-    char character;
-};
-constexpr std::array<Entity, 5> kEntities{
-    {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}}};
-
 bool isXmlCharacter(std::uint32_t code) {
     if (code < 0x20) {
         return code == '\t' || code == '\n' || code == '\r';
@@ -77,6 +70,12 @@ char* copyMarkup(std::string_view& text, char* to) {
 // Takes what copyToMarkup has stopped at off the text and copies what it stands for.
 char* copyEscape(std::string_view& text, char* to) {
     if (text.starts_with('&')) {
+        // Those with a name are by far the most frequent and stand for ASCII.
+        if (const XmlReference named = namedXmlReferenceAt(text.data()); named.length > 0) {
+            text.remove_prefix(named.length);
+            *to = static_cast<char>(named.code);
+            return to + 1;
+        }
         const auto reference = xmlReferenceAtStart(text).value_or(XmlReference{0, 1});
         text.remove_prefix(reference.length);
         return to + writeUtf8(reference.code, to);
@@ -170,11 +169,8 @@ std::string_view trimmedXmlSpace(std::string_view text) noexcept {
 }
 
 std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept {
-    const char second = text.size() > 1 ? text[1] : '\0';
-    for (const Entity& entity : kEntities) {
-        if (second == entity.text[1] && text.starts_with(entity.text)) {
-            return XmlReference{static_cast<unsigned char>(entity.character), entity.text.size()};
-        }
+    if (const XmlReference named = namedXmlReferenceAt(text.data()); named.length > 0) {
+        return named;
     }
     if (!text.starts_with("&#")) {
         return std::nullopt;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -17,8 +18,27 @@ struct XmlReference {
     std::size_t length = 0;  // bytes from "&" to ";"
 };
 
+// The reference with a name at `at`, the place of a "&" with ByteBuffer's padding somewhere behind;
+// its length is 0 where there is none. Senders and identifiers are full of them.
+inline XmlReference namedXmlReferenceAt(const char* at) noexcept {
+    const auto stands = [at](std::string_view text) {
+        return std::memcmp(at, text.data(), text.size()) == 0;
+    };
+    switch (at[1]) {
+        case 'l':
+            return {'<', stands("&lt;") ? 4U : 0U};
+        case 'g':
+            return {'>', stands("&gt;") ? 4U : 0U};
+        case 'q':
+            return {'"', stands("&quot;") ? 6U : 0U};
+        default:
+            return stands("&amp;") ? XmlReference{'&', 5}
+                                   : XmlReference{'\'', stands("&apos;") ? 6U : 0U};
+    }
+}
+
 // The reference that the text, which begins with "&", starts with. None where there is none, and
-// for characters that XML does not allow.
+// for characters that XML does not allow. ByteBuffer's padding stands somewhere behind the text.
 std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept;
 
 // The place of the first character of [start, end) that is no valid UTF-8 or that XML forbids, with
