@@ -273,6 +273,7 @@ bool XmlReader::readRepeatedEntry() {
     } else if (gap->type == Type::Integer) {
         readInteger(gap->tag);
     } else {
+        skipSpaceAndComments();  // a gap that ends with the key says nothing of what follows
         readValue();
     }
     return true;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -92,6 +93,12 @@ inline std::string parsed(std::string_view file) {
     return error ? error->description() : dump(document.root());
 }
 
+// The kind of the file's error; none for a good file.
+inline std::optional<platform::PropertyListErrorKind> kindOfError(std::string_view file) {
+    const auto error = platform::PropertyListDocument().parse(file);
+    return error ? std::optional(error->kind) : std::nullopt;
+}
+
 // Expects that the file is an error of this kind at this byte.
 inline void expectError(std::string_view file,
                         platform::PropertyListErrorKind kind,
@@ -111,6 +118,11 @@ inline std::string bigEndian(std::uint64_t number, std::size_t width) {
         bytes[width - 1 - i] = static_cast<char>(number >> (8 * i));
     }
     return bytes;
+}
+
+// A short ASCII text of the binary format.
+inline std::string ascii(std::string_view text) {
+    return static_cast<char>(0x50 + text.size()) + std::string(text);
 }
 
 // A binary property list of the given encoded objects, whose first one is the root.
