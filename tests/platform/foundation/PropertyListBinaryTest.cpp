@@ -9,10 +9,14 @@ namespace quillet::test {
 
 namespace {
 
-using platform::PropertyListDocument;
 using Kind = platform::PropertyListErrorKind;
 using namespace std::string_literals;
 
+std::string number(std::uint64_t value) {
+    return bigEndian(value, 8);
+}
+
+// What the library of the differential test does not write.
 TEST(PropertyListBinary, ValuesReadAsWritten) {
     struct Case {
         const char* name;
@@ -21,36 +25,15 @@ TEST(PropertyListBinary, ValuesReadAsWritten) {
     };
     const Case cases[] = {
         {"null", "\x00"s, "(null)"},
-        {"false", "\x08"s, "false"},
-        {"true", "\x09"s, "true"},
-        {"one byte is unsigned", "\x10\xFF"s, "255"},
-        {"two bytes", "\x11\x01\x00"s, "256"},
+        {"two bytes are unsigned", "\x11\xFF\x00"s, "65280"},
         {"four bytes are unsigned", "\x12\xFF\xFF\xFF\xFF"s, "4294967295"},
-        {"eight bytes are signed", "\x13" + bigEndian(~std::uint64_t{0}, 8), "-1"},
-        {"unsigned in sixteen",
-         "\x14" + bigEndian(0, 8) + bigEndian(~std::uint64_t{0}, 8),
-         "18446744073709551615"},
+        {"unsigned in sixteen", "\x14" + number(0) + number(~0ULL), "18446744073709551615"},
         {"signed in sixteen", "\x14" + std::string(15, '\xFF') + "\xFE", "-2"},
         {"float", "\x22\x3F\xC0\x00\x00"s, "1.5r"},
-        {"double", "\x23\xC0\x04\x00\x00\x00\x00\x00\x00"s, "-2.5r"},
-        {"date", "\x33\x40\x24\x00\x00\x00\x00\x00\x00"s, "10d"},
-        {"data", "\x42\x00\xFF"s, "<00ff>"},
-        {"ASCII",
-         "\x53"
-         "abc"s,
-         "\"abc\""},
-        {"empty text", "\x50"s, "\"\""},
-        {"long text", "\x5F\x10\x14" + std::string(20, 'x'), "\"" + std::string(20, 'x') + "\""},
-        {"size of eight bytes", "\x5F\x13" + bigEndian(3, 8) + "abc", "\"abc\""},
+        {"size of eight bytes", "\x5F\x13" + number(3) + "abc", "\"abc\""},
         {"UTF-8", "\x72\xC3\xA4"s, "\"\xC3\xA4\""},
-        {"UTF-16", "\x62\xD8\x3D\xDE\x00"s, "\"\xF0\x9F\x98\x80\""},
-        {"lone surrogates",
-         "\x63\xDE\x00\x00\x41\xD8\x3D"s,
-         "\"\xEF\xBF\xBD"
-         "A\xEF\xBF\xBD\""},
+        {"lone surrogates", "\x62\xDE\x00\xD8\x3D"s, "\"\xEF\xBF\xBD\xEF\xBF\xBD\""},
         {"UID", "\x81\x01\x02"s, "uid258"},
-        {"empty array", "\xA0"s, "[]"},
-        {"empty dictionary", "\xD0"s, "{}"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -70,10 +53,8 @@ TEST(PropertyListBinary, ReferencesAndOffsetsMayHaveEveryWidth) {
             const std::vector<std::string> objects{
                 "\xA3" + reference(1) + reference(4) + reference(5),
                 dictionary,
-                "\x51"
-                "a",
-                "\x51"
-                "b",
+                ascii("a"),
+                ascii("b"),
                 "\xB1" + reference(2),
                 "\xC2" + reference(2) + reference(3)};
             EXPECT_EQ(parsed(binaryFile(objects, referenceWidth, offsetWidth)),
@@ -90,69 +71,47 @@ TEST(PropertyListBinary, ReferencesAndOffsetsMayHaveEveryWidth) {
 TEST(PropertyListBinary, BrokenFilesAreErrorsWithTheirPlace) {
     struct Case {
         const char* name;
-        std::string file;
-        Kind kind;
         std::size_t offset;
+        std::string file;
+        Kind kind = Kind::Malformed;
     };
-    const auto patched = [](std::size_t fromEnd, std::uint64_t number, std::size_t width) {
+    const auto patched = [](std::size_t fromEnd, std::uint64_t value, std::size_t width) {
         std::string file = binaryFile({"\x09"});
-        return file.replace(file.size() - fromEnd, width, bigEndian(number, width));
+        return file.replace(file.size() - fromEnd, width, bigEndian(value, width));
     };
+    const std::string inItself = "\xA1\x00"s;
     const Case cases[] = {
-        {"only a start", "bplist00", Kind::Malformed, 8},
-        {"offsets without width", patched(26, 0, 1), Kind::Malformed, 16},
-        {"offsets too wide", patched(26, 9, 1), Kind::Malformed, 16},
-        {"references without width", patched(25, 0, 1), Kind::Malformed, 17},
-        {"no objects", patched(24, 0, 8), Kind::Malformed, 26},
-        {"too many objects", patched(24, 2, 8), Kind::Malformed, 18},
-        {"countless objects", patched(24, ~std::uint64_t{0}, 8), Kind::Malformed, 18},
-        {"root is no object", patched(16, 1, 8), Kind::Malformed, 26},
-        {"table in the header", patched(8, 3, 8), Kind::Malformed, 34},
-        {"table behind the end", patched(8, ~std::uint64_t{0}, 8), Kind::Malformed, 34},
-        {"offset in the table", patched(33, 9, 1), Kind::Malformed, 9},
-        {"offset in the header", patched(33, 7, 1), Kind::Malformed, 9},
-        {"fill byte", binaryFile({"\x0F"}), Kind::Malformed, 8},
-        {"unknown kind", binaryFile({"\x90"}), Kind::Malformed, 8},
-        {"cut integer", binaryFile({"\x13 1234"}), Kind::Malformed, 8},
-        {"integer of 32 bytes", binaryFile({"\x15" + std::string(32, '\0')}), Kind::Malformed, 8},
-        {"integer too large",
-         binaryFile({"\x14" + bigEndian(1, 8) + bigEndian(0, 8)}),
-         Kind::Malformed,
-         8},
-        {"real of 2 bytes", binaryFile({"\x21 12"}), Kind::Malformed, 8},
-        {"cut text",
-         binaryFile({"\x55"
-                     "abcd"}),
-         Kind::Malformed,
-         8},
-        {"endless text",
-         binaryFile({"\x5F\x13" + std::string(8, '\xFF') + "abc"}),
-         Kind::Malformed,
-         8},
-        {"size that is no integer",
-         binaryFile({"\x5F\x51"
-                     "abc"}),
-         Kind::Malformed,
-         8},
-        {"invalid text",
-         binaryFile({"\xA1\x01",
-                     "\x52"
-                     "a\xC3"}),
-         Kind::InvalidText,
-         10},
-        {"UID of 9 bytes",
-         binaryFile({"\x88"
-                     "123456789"}),
-         Kind::Malformed,
-         8},
-        {"cut array", binaryFile({"\xA3\x00\x00"s}), Kind::Malformed, 8},
-        {"key that is no text", binaryFile({"\xD1\x01\x01", "\x09"}), Kind::Malformed, 8},
-        {"key that is no object", binaryFile({"\xD1\x07\x00"s}), Kind::Malformed, 8},
-        {"array in itself", binaryFile({"\xA1\x00"s}), Kind::Cyclic, 8},
+        {"only a start", 8, "bplist00"},
+        {"offsets without width", 16, patched(26, 0, 1)},
+        {"offsets too wide", 16, patched(26, 9, 1)},
+        {"references without width", 17, patched(25, 0, 1)},
+        {"no objects", 26, patched(24, 0, 8)},
+        {"too many objects", 18, patched(24, 2, 8)},
+        {"countless objects", 18, patched(24, ~0ULL, 8)},
+        {"root is no object", 26, patched(16, 1, 8)},
+        {"table in the header", 34, patched(8, 3, 8)},
+        {"table behind the end", 34, patched(8, ~0ULL, 8)},
+        {"offset in the table", 9, patched(33, 9, 1)},
+        {"offset in the header", 9, patched(33, 7, 1)},
+        {"fill byte", 8, binaryFile({"\x0F"})},
+        {"unknown kind", 8, binaryFile({"\x90"})},
+        {"cut integer", 8, binaryFile({"\x13 1234"})},
+        {"integer of 32 bytes", 8, binaryFile({"\x15" + std::string(32, '\0')})},
+        {"integer too large", 8, binaryFile({"\x14" + number(1) + number(0)})},
+        {"real of 2 bytes", 8, binaryFile({"\x21 12"})},
+        {"cut text", 8, binaryFile({"\x55 abc"})},
+        {"endless text", 8, binaryFile({"\x5F\x13" + number(~0ULL) + "abc"})},
+        {"size that is no integer", 8, binaryFile({"\x5F" + ascii("a") + "bc"})},
+        {"invalid text", 10, binaryFile({"\xA1\x01", ascii(" \xC3")}), Kind::InvalidText},
+        {"UID of 9 bytes", 8, binaryFile({"\x88 12345678"})},
+        {"cut array", 8, binaryFile({"\xA3\x00\x00"s})},
+        {"key that is no text", 8, binaryFile({"\xD1\x01\x01", "\x09"})},
+        {"key that is no object", 8, binaryFile({"\xD1\x07\x00"s})},
+        {"array in itself", 8, binaryFile({inItself}), Kind::Cyclic},
         {"dictionary in its array",
-         binaryFile({"\xD1\x02\x01", "\xA1\x00"s, "\x51k"}),
-         Kind::Cyclic,
-         8},
+         8,
+         binaryFile({"\xD1\x02\x01", inItself, ascii("k")}),
+         Kind::Cyclic},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -171,14 +130,11 @@ TEST(PropertyListBinary, SharedReferencesThatUnfoldTooFarAreRefused) {
         objects.push_back("\xA2"s + level + level);
     }
     objects.emplace_back("\x50");
-    PropertyListDocument document;
-    const auto error = document.parse(binaryFile(objects));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind, Kind::TooComplex);
+    EXPECT_EQ(kindOfError(binaryFile(objects)), Kind::TooComplex);
 
     objects = {"\xAF\x11\x02\x00"s + std::string(0x200, '\x01'),
                "\x5F\x12" + bigEndian(9000, 4) + std::string(9000, 'x')};
-    ASSERT_TRUE(document.parse(binaryFile(objects, 1, 2)));
+    EXPECT_EQ(kindOfError(binaryFile(objects, 1, 2)), Kind::TooComplex);
 
     // A record is made of every element, which is one byte of the file.
     const auto shared = [](std::size_t count, const char* element) {
@@ -186,10 +142,8 @@ TEST(PropertyListBinary, SharedReferencesThatUnfoldTooFarAreRefused) {
             {"\xAF\x12" + bigEndian(count, 4) + std::string(count, '\x01'), element}, 1, 4);
     };
     for (const char* element : {"\xD0", "\xA0", "\x09", "\x50"}) {
-        const auto tooMany = document.parse(shared(4'000'000, element));
-        ASSERT_TRUE(tooMany);
-        EXPECT_EQ(tooMany->kind, Kind::TooComplex);
-        EXPECT_FALSE(document.parse(shared(10'000, element)));
+        EXPECT_EQ(kindOfError(shared(4'000'000, element)), Kind::TooComplex);
+        EXPECT_EQ(kindOfError(shared(10'000, element)), std::nullopt);
     }
 }
 
@@ -200,7 +154,7 @@ TEST(PropertyListBinary, ElementsThatAreNotSharedMeetNoLimit) {
         objects[0] += bigEndian(element, 3);
         objects.emplace_back("\xD0");
     }
-    EXPECT_FALSE(PropertyListDocument().parse(binaryFile(objects, 3, 3)));
+    EXPECT_EQ(kindOfError(binaryFile(objects, 3, 3)), std::nullopt);
 }
 
 TEST(PropertyListBinary, TextsThatOverlapAreRefused) {
@@ -213,12 +167,8 @@ TEST(PropertyListBinary, TextsThatOverlapAreRefused) {
         texts += "\x5F\x11" + bigEndian(5 * (kTexts - i) - 4, 2) + " ";
     }
     const std::string file = "bplist00" + texts + table + bigEndian(0, 6) + "\x02\x01" +
-                             bigEndian(kTexts, 8) + bigEndian(0, 8) +
-                             bigEndian(8 + texts.size(), 8);
-    PropertyListDocument document;
-    const auto error = document.parse(file);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind, Kind::TooComplex) << error->description();
+                             number(kTexts) + number(0) + number(8 + texts.size());
+    EXPECT_EQ(kindOfError(file), Kind::TooComplex);
 }
 
 TEST(PropertyListBinary, NestingHasALimitAlsoThroughSharedObjects) {
@@ -230,18 +180,13 @@ TEST(PropertyListBinary, NestingHasALimitAlsoThroughSharedObjects) {
         objects.emplace_back("\xA0");
         return objects;
     };
-    PropertyListDocument document;
-    EXPECT_FALSE(document.parse(binaryFile(chain(512), 2, 2)));
-    auto error = document.parse(binaryFile(chain(513), 2, 2));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind, Kind::TooDeep);
+    EXPECT_EQ(kindOfError(binaryFile(chain(512), 2, 2)), std::nullopt);
+    EXPECT_EQ(kindOfError(binaryFile(chain(513), 2, 2)), Kind::TooDeep);
 
     // The middle of the chain is known already when the deeper way comes to it.
     std::vector<std::string> shared = chain(513);
     shared[0] = "\xA2" + bigEndian(300, 2) + bigEndian(1, 2);
-    error = document.parse(binaryFile(shared, 2, 2));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind, Kind::TooDeep);
+    EXPECT_EQ(kindOfError(binaryFile(shared, 2, 2)), Kind::TooDeep);
 }
 
 }  // namespace

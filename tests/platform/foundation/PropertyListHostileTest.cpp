@@ -23,25 +23,20 @@ const std::string kXmlFile =
     "<true/><date>2025-01-01T00:00:00Z</date><data>aGVsbG8=</data><!-- c -->"
     "<string><![CDATA[<x>]]></string></array></dict></plist>";
 
-std::string binarySample() {
-    return binaryFile({"\xD2\x01\x02\x03\x04",
-                       "\x56"
-                       "folder",
-                       "\x54"
-                       "data",
-                       "\x63\x00"
-                       "I\x00\xE4\xD8\x3D"s,
-                       "\xA7\x05\x05\x06\x07\x08\x09\x0A",
-                       "\xD2\x02\x0B\x0C\x0D",
-                       "\x09",
-                       "\x33\x40\x24\x00\x00\x00\x00\x00\x00"s,
-                       "\x45hello",
-                       "\x80\x07",
-                       "\xA0",
-                       "\x51r",
-                       "\x10\x0C",
-                       "\x23\x3F\xF8\x00\x00\x00\x00\x00\x00"s});
-}
+const std::string kBinaryFile = binaryFile({"\xD2\x01\x02\x03\x04",
+                                            ascii("folder"),
+                                            ascii("data"),
+                                            "\x63\x00 \x00\xE4\xD8\x3D"s,
+                                            "\xA7\x05\x05\x06\x07\x08\x09\x0A",
+                                            "\xD2\x02\x0B\x0C\x0D",
+                                            "\x09",
+                                            "\x33\x40\x24\x00\x00\x00\x00\x00\x00"s,
+                                            "\x45hello",
+                                            "\x80\x07",
+                                            "\xA0",
+                                            ascii("r"),
+                                            "\x10\x0C",
+                                            "\x23\x3F\xF8\x00\x00\x00\x00\x00\x00"s});
 
 // Reads the file and, where it is good, every value. The steps may not exceed the file's budget.
 // `document` is one that has held other files before.
@@ -61,7 +56,7 @@ bool readsWhole(PropertyListDocument& document, const std::string& file) {
 
 TEST(PropertyListHostile, FileThatIsCutAtAnyByteIsAnError) {
     PropertyListDocument document;
-    for (const std::string& file : {kXmlFile, binarySample()}) {
+    for (const std::string& file : {kXmlFile, kBinaryFile}) {
         ASSERT_TRUE(readsWhole(document, file));
         for (std::size_t size = 0; size < file.size(); ++size) {
             SCOPED_TRACE(size);
@@ -76,7 +71,7 @@ TEST(PropertyListHostile, FlippedBitsNeverLeadAstray) {
     std::mt19937 random(20251114);  // NOLINT(bugprone-random-generator-seed): repeatable
     PropertyListDocument document;
     int good = 0;
-    for (const std::string& file : {kXmlFile, binarySample()}) {
+    for (const std::string& file : {kXmlFile, kBinaryFile}) {
         for (int round = 0; round < kRounds; ++round) {
             std::string flipped = file;
             for (std::size_t flips = random() % kMostFlips + 1; flips > 0; --flips) {
@@ -127,7 +122,7 @@ TEST(PropertyListHostile, MarkupAtAnyPlaceNeverLeadsAstray) {
 }
 
 TEST(PropertyListHostile, EveryTrailerByteMayBeAnything) {
-    const std::string file = binarySample();
+    const std::string file = kBinaryFile;
     PropertyListDocument document;
     for (std::size_t fromEnd = 1; fromEnd <= 32; ++fromEnd) {
         for (unsigned value = 0; value < 256; ++value) {

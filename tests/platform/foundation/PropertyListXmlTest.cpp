@@ -24,13 +24,13 @@ std::string utf16(std::u16string_view text, bool bigEndianOrder) {
     return bytes;
 }
 
+// What the library of the differential test does not write.
 TEST(PropertyListXml, ValuesReadAsWritten) {
     struct Case {
         const char* xml;  // inside <plist>
         std::string dumped;
     };
     const Case cases[] = {
-        {"<string>plain</string>", "\"plain\""},
         {"<string/>", "\"\""},
         {"<string kind='a>b'>x</string  >", "\"x\""},
         {"<string>&amp;&lt;&gt;&quot;&apos;&#65;&#x1F600;</string>", "\"&<>\"'A\xF0\x9F\x98\x80\""},
@@ -42,7 +42,6 @@ TEST(PropertyListXml, ValuesReadAsWritten) {
         {"<dict><key>x<!--><![CDATA[y--></key><true/></dict>", "{\"x\":true}"},
         {"<string>1\r\n2\r3\n4&#13;<![CDATA[\r\n]]></string>", "\"1\n2\n3\n4\r\n\""},
         {"<string>a]]>b</string>", "\"a]]>b\""},
-        {"<integer>-12</integer>", "-12"},
         {"<integer> +0xFf </integer>", "255"},
         {"<integer>-0x10</integer>", "-16"},
         {"<integer>18446744073709551615</integer>", "18446744073709551615"},
@@ -53,17 +52,12 @@ TEST(PropertyListXml, ValuesReadAsWritten) {
         {"<real>+inf</real>", "infr"},
         {"<real>NaN</real>", "nanr"},
         {"<real>1e400</real>", "infr"},
-        {"<true/>", "true"},
         {"<false></false>", "false"},
-        {"<date>2001-01-01T00:00:10Z</date>", "10d"},
-        {"<date>1999-12-31T23:59:59Z</date>", "-31622401d"},
         {"<date>2024-02-29T12:00:00Z</date>", "730900800d"},
         {"<data>\n aGVs\n bG8=\n</data>", "<68656c6c6f>"},
         {"<data>aG<!-- -->Vs</data>", "<68656c>"},
         {"<data/>", "<>"},
-        {"<array/>", "[]"},
         {"<array><true/><!-- x --><array><integer>1</integer></array></array>", "[true,[1]]"},
-        {"<dict/>", "{}"},
         {"<dict><key>a&amp;b</key><string>1</string><key>c</key><dict/></dict>",
          "{\"a&b\":\"1\",\"c\":{}}"},
         {"<dict><key>k</key><array><true/></array><key>k</key><string>last</string></dict>",
@@ -172,12 +166,9 @@ TEST(PropertyListXml, NestingHasALimit) {
         }
         return file;
     };
-    PropertyListDocument document;
-    EXPECT_FALSE(document.parse(nested(PropertyListDocument::kMaximumDepth)));
-    const auto error = document.parse(nested(PropertyListDocument::kMaximumDepth + 1));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind, Kind::TooDeep);
-    EXPECT_TRUE(document.parse(nested(1'000'000)));
+    EXPECT_EQ(kindOfError(nested(PropertyListDocument::kMaximumDepth)), std::nullopt);
+    EXPECT_EQ(kindOfError(nested(PropertyListDocument::kMaximumDepth + 1)), Kind::TooDeep);
+    EXPECT_EQ(kindOfError(nested(1'000'000)), Kind::TooDeep);
 }
 
 }  // namespace
