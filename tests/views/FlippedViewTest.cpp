@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+#include "platform/foundation/NotificationCenter.h"
 #include "views/FlippedView.h"
 
 namespace quillet::test {
@@ -22,6 +23,18 @@ TEST(FlippedView, BlockAloneDrawsTheDirtyRectangle) {
     view.render(&canvas, QPoint(), QRegion(), QWidget::RenderFlags());
     EXPECT_EQ(drawn.size(), 1U);
     EXPECT_EQ(canvas, untouched);
+}
+
+TEST(FlippedView, LeavesTheNotificationCenterWhenItIsDestroyed) {
+    auto& center = platform::NotificationCenter::defaultCenter();
+    int called = 0;
+    {
+        const FlippedView view;
+        center.addObserver(&view, "name", [&](const platform::Notification&) { ++called; });
+        center.postNotification("name");
+    }
+    center.postNotification("name");
+    EXPECT_EQ(called, 1);
 }
 
 }  // namespace
