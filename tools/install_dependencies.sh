@@ -11,7 +11,7 @@ packages_for() {
         run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
         wayland) echo qt6-wayland ;;
         test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter ;;
-        bench) echo libplist-dev libpugixml-dev libglib2.0-dev ;;
+        bench) echo libplist-dev libpugixml-dev libglib2.0-dev dbus-daemon ;;
         ci) echo clang-format clang-tidy codespell python3 ;;
         *)
             echo "install_dependencies.sh: unknown purpose \"$1\"; use build, panel, run, wayland, test, bench or ci" >&2

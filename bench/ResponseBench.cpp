@@ -1,0 +1,228 @@
+// quillet-response-bench SAMPLE-HOST RUNS: how long the user and the host wait for each other.
+// quillet-response-bench host DATA-FOLDER: the host's side; writes a store and tells the widget of
+// it for each line on standard input, and answers with the time of the telling.
+//
+// The panel is the real one, offscreen; both hosts are processes of their own. Takes the session
+// bus and the container of the environment, which should be nobody else's.
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QProcess>
+#include <QTest>
+#include <QTimer>
+#include <QWindow>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/PanelController.h"
+#include "host/StoreWriter.h"
+#include "platform/desktop/DistributedNotificationCenter.h"
+#include "platform/desktop/Queues.h"
+#include "views/TodayTableView.h"
+#include "views/TodayTableViewCell.h"
+
+namespace {
+
+using namespace quillet;
+
+constexpr int kMessages = 1000;
+constexpr int kLimit = 30'000;  // milliseconds
+// Milliseconds until the panel has also followed the change of the files, which it watches.
+constexpr int kQuiet = 300;
+
+// Seconds since 1970, as both processes see them.
+double now() {
+    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+std::string newestOf(int round) {
+    return std::to_string(round) + ".0@example.org";
+}
+
+// A thousand messages; others than those of the round before.
+void writeMessages(const std::string& dataFolder, int round) {
+    const std::string mail = "anna@example.org";
+    host::Array messages;
+    for (int index = 0; index < kMessages; ++index) {
+        messages.push_back(host::Dictionary{
+            {"messageId", std::to_string(round) + "." + std::to_string(index) + "@example.org"},
+            {"account", mail},
+            {"from", "Björn Eriksen"},
+            {"subject", "Notes on the meeting of Friday, the " + std::to_string(index)},
+            {"date", now() - index * 3600.0},
+            {"folderStid", 1}});
+    }
+    const host::StoreFile files[] = {
+        {"Today/" + mail + "/INBOX.plist",
+         host::Dictionary{{"folder", "INBOX"}, {"account", mail}, {"data", std::move(messages)}},
+         host::PropertyListFormat::Binary},
+        {"Accounts.plist",
+         host::Array{host::Dictionary{{"mail", mail}, {"enabled", true}}},
+         host::PropertyListFormat::Xml}};
+    if (const auto failure = host::writeStore(dataFolder, files)) {
+        throw std::runtime_error(failure->error.description());
+    }
+}
+
+int runHost(const std::string& dataFolder) {
+    int round = 0;
+    for (std::string line; std::getline(std::cin, line);) {
+        writeMessages(dataFolder, ++round);
+        const double time = now();
+        if (!platform::DistributedNotificationCenter::defaultCenter().postNotification(
+                "k_today_widget_key", "k_today_widget_object")) {
+            throw std::runtime_error("there is no session bus");
+        }
+        std::printf("%.6f\n", time);
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
+// Runs the event loop until the condition holds.
+void waitFor(const std::function<bool()>& condition) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > kLimit) {
+            throw std::runtime_error("nothing came in time");
+        }
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, kLimit);
+    }
+}
+
+// Notes when the window was painted with the message on top of its list.
+class PaintClock : public QObject {
+public:
+    explicit PaintClock(PanelController& panel) : panel_(panel) { qApp->installEventFilter(this); }
+
+    void expect(std::string messageId) {
+        messageId_ = std::move(messageId);
+        time_ = 0;
+    }
+    double time() const { return time_; }  // 0: not yet
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint && watched->isWidgetType() && time_ == 0) {
+            const auto messages = panel_.widget().dataToShow();
+            if (messages && !messages->empty() && messages->front()->messageId() == messageId_) {
+                // Runs once the whole window has been painted and handed over.
+                QTimer::singleShot(0, this, [this] { time_ = time_ == 0 ? now() : time_; });
+            }
+        }
+        return false;
+    }
+
+private:
+    PanelController& panel_;
+    std::string messageId_;
+    double time_ = 0;
+};
+
+// A process whose standard output is read line by line.
+class Peer : public QProcess {
+public:
+    Peer(const QString& program, const QStringList& arguments) {
+        setProcessChannelMode(ForwardedErrorChannel);
+        start(program, arguments);
+    }
+    ~Peer() override {
+        closeWriteChannel();
+        terminate();
+        waitForFinished();
+    }
+
+    std::string nextLine() {
+        waitFor([this] { return canReadLine() || state() == NotRunning; });
+        return readLine().toStdString();
+    }
+};
+
+void print(const char* what, std::vector<double> seconds) {
+    std::sort(seconds.begin(), seconds.end());
+    std::printf("%s: median %.2f ms, minimum %.2f ms, maximum %.2f ms (%zu runs)\n",
+                what,
+                seconds[seconds.size() / 2] * 1e3,
+                seconds.front() * 1e3,
+                seconds.back() * 1e3,
+                seconds.size());
+}
+
+double clickReply(PanelController& panel, Peer& sampleHost) {
+    const auto& table = static_cast<TodayTableView&>(*panel.widget().myTableView());
+    const QWidget* button = static_cast<TodayTableViewCell*>(table.cellAtRow(0))->replyButton();
+    const double start = now();
+    QTest::mouseClick(panel.panel().windowHandle(),
+                      Qt::LeftButton,
+                      {},
+                      button->mapTo(&panel.panel(), button->rect().center()));
+    return nlohmann::json::parse(sampleHost.nextLine()).at("time").get<double>() - start;
+}
+
+int runPanelSide(const std::string& dataFolder,
+                 const QString& program,
+                 const QString& sampleHostProgram,
+                 std::size_t runs) {
+    writeMessages(dataFolder, 0);
+    Peer host(program, {QStringLiteral("host"), QString::fromStdString(dataFolder)});
+    Peer sampleHost(sampleHostProgram, {QStringLiteral("run"), QStringLiteral("quillet://ready")});
+    sampleHost.nextLine();  // it has its name and has followed the command it was started with
+    PanelController panel(platform::Look::Light);
+    PaintClock clock(panel);
+    clock.expect(newestOf(0));
+    panel.show();
+    waitFor([&] { return clock.time() != 0; });
+
+    std::vector<double> clicks;
+    std::vector<double> repaints;
+    for (std::size_t run = 1; run <= runs; ++run) {
+        clicks.push_back(clickReply(panel, sampleHost));
+        clock.expect(newestOf(static_cast<int>(run)));
+        host.write("\n");
+        const double told = std::stod(host.nextLine());
+        waitFor([&] { return clock.time() != 0; });
+        repaints.push_back(clock.time() - told);
+        QTest::qWait(kQuiet);
+    }
+    print("From a click to Open in a running host", clicks);
+    print("From a host's notification to the repainted list, 1,000 messages", repaints);
+    panel.hide();
+    platform::drainBackgroundQueue();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const char* const container = std::getenv("QUILLET_CONTAINER");
+    if (argc != 3 || container == nullptr) {
+        std::fputs("Usage: QUILLET_CONTAINER=DIR quillet-response-bench SAMPLE-HOST RUNS\n",
+                   stderr);
+        return 2;
+    }
+    try {
+        if (std::string(argv[1]) == "host") {
+            const QCoreApplication application(argc, argv);
+            return runHost(argv[2]);
+        }
+        const QApplication application(argc, argv);
+        return runPanelSide(host::dataFolder(container),
+                            QCoreApplication::applicationFilePath(),
+                            QString::fromLocal8Bit(argv[1]),
+                            std::stoul(argv[2]));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillet-response-bench: %s\n", error.what());
+        return 1;
+    }
+}
