@@ -1,7 +1,8 @@
 #include <QBuffer>
 #include <QImage>
+#include <algorithm>
+#include <atomic>
 #include <gmock/gmock.h>
-#include <map>
 #include <thread>
 
 #include "handoff/Gathering.h"
@@ -12,7 +13,6 @@ namespace quillet::test {
 namespace {
 
 using platform::Bitmap;
-using platform::ExtensionContext;
 using platform::ExtensionItem;
 using platform::Item;
 using platform::ItemProvider;
@@ -20,86 +20,60 @@ using platform::ReadyItemProvider;
 using platform::StyledText;
 using platform::URL;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::StartsWith;
 
-std::shared_ptr<ItemProvider> ready(Item item) {
+using Answer = std::function<void(const ItemProvider::Completion&)>;
+using Provider = std::shared_ptr<ItemProvider>;
+
+const Item kLink = URL::URLWithString("a:b").value();
+constexpr std::string_view kAnchor = "<a href=\"a:b\">a:b</a>";
+
+Provider ready(Item item) {
     return std::make_shared<ReadyItemProvider>(std::move(item));
 }
 
-Item web(std::string_view url = "a:b") {
-    return URL::URLWithString(url).value();
+// A provider of one type that answers as the test says.
+Provider scripted(std::string_view type, Answer answer) {
+    class Scripted final : public ItemProvider {
+    public:
+        Scripted(std::string_view type, Answer answer) : type_(type), answer_(std::move(answer)) {}
+        bool hasItemConformingToTypeIdentifier(std::string_view type) const override {
+            return type == type_;
+        }
+        void loadItem(std::string_view /*type*/, Completion done) override { answer_(done); }
+
+    private:
+        std::string type_;
+        Answer answer_;
+    };
+    return std::make_shared<Scripted>(type, std::move(answer));
 }
 
-// A provider that answers as the test says.
-class ScriptedProvider final : public ItemProvider {
-public:
-    using Answer = std::function<void(const Completion&)>;
-
-    ScriptedProvider(std::string_view type, Answer answer)
-        : type_(type), answer_(std::move(answer)) {}
-
-    bool hasItemConformingToTypeIdentifier(std::string_view type) const override {
-        return type == type_;
-    }
-    void loadItem(std::string_view /*type*/, Completion completion) override {
-        answer_(completion);
-    }
-
-private:
-    std::string type_;
-    Answer answer_;
-};
-
-std::shared_ptr<ItemProvider> scripted(std::string_view type, ScriptedProvider::Answer answer) {
-    return std::make_shared<ScriptedProvider>(type, std::move(answer));
-}
-
-// Keeps the block until the test runs it.
-class HeldQueue final : public platform::Queue {
-public:
-    void async(Block block) override { block_ = std::move(block); }
-    void run() {
-        block_();
-        block_ = nullptr;
-    }
-
-private:
-    Block block_;
-};
-
-std::string png() {
-    QImage image(2, 1, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    QBuffer buffer;
-    image.save(&buffer, "png");
-    return buffer.data().toStdString();
+Answer gives(const platform::Result<Item>& item) {
+    return [item](const ItemProvider::Completion& done) { done(item); };
 }
 
 class GatheringTest : public ContainerFixture {
 protected:
     GatheringTest() { ExtensionUtilities::ShareInit("share"); }
 
-    // The gathered draft. `pauses` holds the seconds of each pause; `during` runs in the n-th.
-    std::shared_ptr<ExtensionMessage> gather(std::vector<ExtensionItem> items) {
-        std::shared_ptr<ExtensionMessage> result;
-        HeldQueue queue;
-        gatherItems({std::move(items)},
+    // The gathered draft; `pauses` holds the seconds of each pause.
+    std::shared_ptr<ExtensionMessage> gather(const std::vector<ExtensionItem>& items) {
+        struct : platform::Queue {
+            void async(Block block) override { block(); }
+        } queue;
+        std::shared_ptr<ExtensionMessage> draft;
+        pauses.clear();
+        gatherItems({items},
                     "share",
-                    [&](const std::shared_ptr<ExtensionMessage>& message, int error) {
-                        EXPECT_EQ(error, 0);
-                        result = message;
-                    },
+                    [&](const std::shared_ptr<ExtensionMessage>& message, int) { draft = message; },
                     {queue, [this](double seconds) {
                          pauses.push_back(seconds);
-                         if (const auto& block = during[pauses.size()]) {
-                             block();
+                         if (pauses.size() == 3 && inThirdPause) {
+                             inThirdPause(kLink);
                          }
                      }});
-        EXPECT_EQ(result, nullptr);
-        pauses.clear();
-        queue.run();
-        return result;
+        return draft;
     }
 
     static std::vector<std::string> attachmentsOf(const ExtensionMessage& message) {
@@ -112,143 +86,114 @@ protected:
     }
 
     std::vector<double> pauses;
-    std::map<std::size_t, std::function<void()>> during;
+    ItemProvider::Completion inThirdPause;
 };
 
 TEST_F(GatheringTest, TextsLinksFilesAndPicturesBecomeOneDraft) {
     const std::string file = files.writeFile("50% of it.txt", "text");
-    const auto bitmap = std::make_shared<const Bitmap>(Bitmap{1, 1, {1, 2, 3, 255}});
-    const auto message =
-        gather({{StyledText{"no link", {}}, StyledText{"a\nb", {}}, {}},
-                {std::nullopt, StyledText{}, {ready(URL::fileURLWithPath(file))}},
-                {StyledText{"Title", {}},
-                 StyledText{"", "<b>c</b>"},
-                 {ready(web("https://x.example/?a=1&b=2")), ready(png()), ready(bitmap)}}});
+    const Bitmap bitmap{1, 1, {1, 2, 3, 255}};
+    QBuffer gif;
+    QImage(2, 1, QImage::Format_RGB32).save(&gif, "bmp");
+    const auto draft = gather({{StyledText{"no link", {}}, StyledText{"a\nb", {}}, {}},
+                               {std::nullopt, StyledText{}, {ready(URL::fileURLWithPath(file))}},
+                               {StyledText{"Title", {}},
+                                StyledText{"", "<b>c</b>"},
+                                {ready(kLink),
+                                 ready(gif.data().toStdString()),
+                                 ready(std::make_shared<const Bitmap>(bitmap))}}});
     EXPECT_THAT(pauses, ElementsAre(0.10000000149011612));
-    EXPECT_EQ(message->htmlBody(),
-              "a<br/>b<br/><b>c</b><br/><a href=\"https://x.example/?a=1&b=2\">"
-              "https://x.example/?a=1&b=2</a>");
-    EXPECT_EQ(message->subject(), "Title");
-    EXPECT_THAT(attachmentsOf(*message),
+    EXPECT_EQ(draft->htmlBody(), "a<br/>b<br/><b>c</b><br/>" + std::string(kAnchor));
+    EXPECT_EQ(draft->subject(), "Title");
+    EXPECT_THAT(attachmentsOf(*draft),
                 ElementsAre(staged("50% of it.txt"), staged("image.png"), staged("image_1.png")));
     EXPECT_EQ(contents(staged("50% of it.txt")), "text");
+    EXPECT_EQ(QImage(QString::fromStdString(staged("image.png"))).size(), QSize(2, 1));
     const QImage picture(QString::fromStdString(staged("image_1.png")));
     EXPECT_EQ(picture.pixel(0, 0), qRgb(1, 2, 3));
-    EXPECT_EQ(log.lines().size(), 1U);  // of ShareInit
 }
 
 TEST_F(GatheringTest, TheWaitEndsWithTheLastItemOrAtItsLimit) {
-    std::vector<ItemProvider::Completion> waiting;
-    const auto keep = [&](const ItemProvider::Completion& completion) {
-        waiting.push_back(completion);
-    };
-    const auto none = [](const ItemProvider::Completion&) {};
-    const auto twice = [](const ItemProvider::Completion& completion) {
-        completion(web());
-        completion(web());
-    };
-    during[3] = [&] {
-        for (const auto& completion : waiting) {
-            completion(web());
-        }
-    };
-    constexpr std::string_view kLink = "<a href=\"a:b\">a:b</a>";
-    constexpr std::size_t kLimit = 101;
+    const auto later = scripted(platform::kUTTypeURL, [this](const ItemProvider::Completion& done) {
+        inThirdPause = done;
+    });
+    ItemProvider::Completion abandoned;
+    const auto never = scripted(platform::kUTTypeURL,
+                                [&](const ItemProvider::Completion& done) { abandoned = done; });
+    const auto twice = scripted(platform::kUTTypeURL, [](const ItemProvider::Completion& done) {
+        done(kLink);
+        done(kLink);
+    });
     const struct {
         const char* name;
-        std::vector<std::shared_ptr<ItemProvider>> attachments;
-        std::size_t pauses;
-        std::size_t links;
+        std::vector<Provider> attachments;
+        std::size_t pauses, links;
     } cases[] = {
         {"nothing", {}, 1, 0},
-        {"answers in the third pause", {scripted(platform::kUTTypeURL, keep)}, 3, 1},
-        {"never answers", {scripted(platform::kUTTypeURL, none), ready(web())}, kLimit, 1},
-        {"of neither type", {scripted("public.text", none)}, kLimit, 0},
-        {"not there", {nullptr}, kLimit, 0},
-        {"answers twice", {scripted(platform::kUTTypeURL, twice)}, 1, 1},
-        {"one answers twice, the other later",
-         {scripted(platform::kUTTypeURL, twice), scripted(platform::kUTTypeURL, keep)},
-         3,
-         2},
+        {"answers in the third pause", {later}, 3, 1},
+        {"never answers", {never, ready(kLink)}, 101, 1},
+        {"of neither type", {scripted("public.text", gives(kLink))}, 101, 0},
+        {"no provider", {nullptr}, 101, 0},
+        {"answers twice", {twice}, 1, 1},
+        {"one answers twice, the other later", {twice, later}, 3, 2},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
-        waiting.clear();
-        const auto message = gather({{std::nullopt, std::nullopt, row.attachments}});
+        const auto draft = gather({{std::nullopt, std::nullopt, row.attachments}});
         EXPECT_EQ(pauses.size(), row.pauses);
-        EXPECT_EQ(message->htmlBody()->size(), row.links * kLink.size());
-        EXPECT_EQ(message->subject(), std::nullopt);
+        EXPECT_EQ(draft->htmlBody()->size(), row.links * kAnchor.size());
+        if (const auto done = std::exchange(abandoned, nullptr)) {
+            done(kLink);  // what comes after the end still changes the draft
+            EXPECT_EQ(draft->htmlBody()->size(), (row.links + 1) * kAnchor.size());
+        }
     }
 }
 
-TEST_F(GatheringTest, AnAnswerAfterTheEndStillChangesTheDraft) {
-    ItemProvider::Completion late;
-    const auto message = gather(
-        {{StyledText{"T", {}},
-          std::nullopt,
-          {scripted(platform::kUTTypeURL, [&](const auto& completion) { late = completion; })}}});
-    EXPECT_EQ(message->htmlBody(), "");
-    late(Item(URL::fileURLWithPath(files.writeFile("file", ""))));
-    EXPECT_THAT(attachmentsOf(*message), ElementsAre(staged("file")));
-}
-
 TEST_F(GatheringTest, WhatCannotBeLoadedIsLoggedAndLeavesTheRest) {
-    const auto fails = [](const ItemProvider::Completion& completion) {
-        completion(platform::Error{"Test", 7, "no luck"});
-    };
-    const auto gives = [](Item item) {
-        return [item](const ItemProvider::Completion& completion) { completion(item); };
-    };
-    const struct {
-        std::shared_ptr<ItemProvider> attachment;
-        const char* line;
-    } cases[] = {
-        {scripted(platform::kUTTypeURL, fails), "GetItemForExtension kUTTypeURL no luck (Test 7)"},
-        {scripted(platform::kUTTypeImage, fails),
+    const platform::Error error{"Test", 7, "no luck"};
+    const std::pair<Provider, const char*> cases[] = {
+        {scripted(platform::kUTTypeURL, gives(error)),
+         "GetItemForExtension kUTTypeURL no luck (Test 7)"},
+        {scripted(platform::kUTTypeImage, gives(error)),
          "GetItemForExtension kUTTypeImage no luck (Test 7)"},
-        {scripted(platform::kUTTypeURL, gives(png())), "GetItemForExtension kUTTypeURL "},
-        {scripted(platform::kUTTypeImage, gives(URL::fileURLWithPath("/x"))),
-         "GetItemForExtension kUTTypeImage "},
-        {ready(std::string("no picture")), "GetItemForExtension kUTTypeImage "},
+        {scripted(platform::kUTTypeURL, gives(Item("x"))), "GetItemForExtension kUTTypeURL "},
+        {scripted(platform::kUTTypeImage, gives(kLink)), "GetItemForExtension kUTTypeImage "},
+        {ready("no picture"), "GetItemForExtension kUTTypeImage "},
         {ready(std::shared_ptr<const Bitmap>()), "GetItemForExtension kUTTypeImage "},
         {ready(URL::fileURLWithPath("/missing")), "Error writing file shareFiles "},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.line);
-        const auto message = gather({{std::nullopt, std::nullopt, {row.attachment, ready(web())}}});
-        EXPECT_THAT(log.lines().back(), StartsWith(row.line));
+    for (const auto& [attachment, line] : cases) {
+        SCOPED_TRACE(line);
+        const auto draft = gather({{std::nullopt, std::nullopt, {attachment, ready(kLink)}}});
+        EXPECT_THAT(log.lines().back(), StartsWith(line));
         EXPECT_EQ(pauses.size(), 1U);
-        EXPECT_THAT(attachmentsOf(*message), IsEmpty());
-        EXPECT_EQ(message->htmlBody(), "<a href=\"a:b\">a:b</a>");
+        EXPECT_TRUE(draft->attachments()->empty());
+        EXPECT_EQ(draft->htmlBody(), kAnchor);
     }
 }
 
 TEST_F(GatheringTest, NothingIsLostWhenManyThreadsAnswerAtOnce) {
-    constexpr std::size_t kItems = 32;
-    const std::string file = files.writeFile("file", "");
+    constexpr std::size_t kEach = 16;
+    const Item file = URL::fileURLWithPath(files.writeFile("file", ""));
     std::vector<std::thread> threads;
     ExtensionItem item;
-    for (std::size_t number = 0; number < kItems; ++number) {
-        const Item answer = number % 2 == 0 ? Item(URL::fileURLWithPath(file)) : web();
-        item.attachments.push_back(
-            scripted(platform::kUTTypeURL, [&, answer](const auto& completion) {
-                threads.emplace_back([completion, answer] { completion(answer); });
-            }));
+    for (std::size_t number = 0; number < 2 * kEach; ++number) {
+        const auto answer = [&, number](const ItemProvider::Completion& done) {
+            threads.emplace_back([&file, number, done] { done(number % 2 == 0 ? file : kLink); });
+        };
+        item.attachments.push_back(scripted(platform::kUTTypeURL, answer));
     }
-    std::shared_ptr<ExtensionMessage> message;
+    std::shared_ptr<ExtensionMessage> draft;
     std::atomic<bool> isDone = false;
-    ExtensionUtilities::GetItemForExtension(
-        {{item}}, "share", [&](const std::shared_ptr<ExtensionMessage>& draft, int /*error*/) {
-            message = draft;
-            isDone = true;
-        });
+    const auto finish = [&](const std::shared_ptr<ExtensionMessage>& message, int /*error*/) {
+        draft = message;
+        isDone = true;
+    };
+    ExtensionUtilities::GetItemForExtension({{item}}, "share", finish);
     ASSERT_TRUE(waitUntil([&] { return isDone.load(); }));
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(message->attachments()->size(), kItems / 2);
-    EXPECT_EQ(stagedNames().size(), kItems / 2);
-    EXPECT_EQ(message->htmlBody()->size(), kItems / 2 * 21);
+    std::ranges::for_each(threads, &std::thread::join);
+    EXPECT_EQ(draft->attachments()->size(), kEach);
+    EXPECT_EQ(stagedNames().size(), kEach);
+    EXPECT_EQ(draft->htmlBody()->size(), kEach * kAnchor.size());
 }
 
 }  // namespace

@@ -28,70 +28,36 @@ protected:
     LogCapture log;
 };
 
-TEST_F(AddressesAndGroupsTest, TextOfAnAddressIsMadeOfWhatItHas) {
-    const struct {
-        std::string entries, fullName, prettyprint;
-    } cases[] = {
-        {entry("firstName", "Anna") + entry("lastName", "Berg") + entry("mail", "a@x"),
-         "Anna Berg",
-         "Anna Berg <a@x>"},
-        {entry("company", "Acme") + entry("mail", "a@x"), "", "Acme <a@x>"},
-        {entry("mail", "a@x"), "", "<a@x>"},
-        {entry("firstName", "Anna") + entry("mail", ""), "Anna", "Anna"},
-        {entry("lastName", "Berg"), "Berg", "Berg <No Mail>"},
-        {entry("mail", ""), "", ""},
-        {entry("firstName", "\u3000\n") + entry("company", " Acme\u00A0") + entry("mail", ""),
-         "",
-         "Acme"},
-        {entry("firstName", "%@") + entry("lastName", "\u2028"), "%@", "%@ <No Mail>"},
+TEST_F(AddressesAndGroupsTest, TextOfARecordIsMadeOfWhatItHas) {
+    const std::string berg = entry("lastName", "Berg");
+    const std::string noMail = entry("mail", "");
+    const std::pair<std::string, const char*> addresses[] = {
+        {entry("firstName", "Anna") + berg + entry("mail", "a@x"), "Anna Berg <a@x>"},
+        {entry("company", "Acme") + entry("mail", "a@x"), "Acme <a@x>"},
+        {entry("mail", "a@x"), "<a@x>"},
+        {entry("firstName", "Anna") + noMail, "Anna"},
+        {berg, "Berg <No Mail>"},
+        {noMail, ""},
+        {entry("firstName", "\u3000\n") + entry("company", " Acme\u00A0") + noMail, "Acme"},
+        {"<key>firstName</key><true/>" + berg, "<No Mail>"},  // a wrong type ends the reading
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.entries);
-        const auto document = documentOf("<dict>" + row.entries + "</dict>");
-        const auto address = ExtensionAddress::initWithDictonary(document.root());
-        EXPECT_EQ(address->fullName(), row.fullName);
-        EXPECT_EQ(address->prettyprint(), row.prettyprint);
+    for (const auto& [entries, text] : addresses) {
+        const auto document = documentOf("<dict>" + entries + "</dict>");
+        EXPECT_EQ(ExtensionAddress::initWithDictonary(document.root())->prettyprint(), text);
     }
-    const auto draft = std::make_shared<ExtensionAddress>();
-    EXPECT_EQ(draft->description(), "ExtensionAddress (null)");
-    draft->setMail("a@x");
-    EXPECT_EQ(draft->prettyprint(), "<a@x>");
-}
-
-TEST_F(AddressesAndGroupsTest, AddressWithAValueOfAWrongTypeKeepsWhatCameBefore) {
-    const auto document =
-        documentOf("<dict><key>firstName</key><true/><key>rank</key><integer>7</integer></dict>");
-    const auto address = ExtensionAddress::initWithDictonary(document.root());
-    EXPECT_EQ(address->mail(), "No Mail");
-    EXPECT_EQ(address->firstName(), std::nullopt);
-    EXPECT_EQ(address->rank(), 0);
-    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("ExtensionAddress initWithDictonary ")));
-}
-
-TEST_F(AddressesAndGroupsTest, GroupCountsTheAddressesThatItShows) {
-    const struct {
-        std::string entries, prettyprint;
-        std::vector<std::string> log;
-    } cases[] = {
-        {"<key>addresses</key><array><dict/><dict/></array>", "No Name (2)", {}},
-        {entry("name", "Family"), "Family", {}},
-        {entry("name", "Family") + "<key>addresses</key><array><true/></array>",
-         "Family (1)",
-         {"ExtensionAddress"}},
-        {entry("name", "Family") + "<key>addresses</key><true/>", "Family", {"ExtensionGroup"}},
-        {"<key>idx</key><integer>1</integer>" + entry("name", "x"), "(null)", {"ExtensionGroup"}},
+    const std::pair<std::string, const char*> groups[] = {
+        {"<key>addresses</key><array><dict/><true/></array>", "No Name (2)"},
+        {entry("name", "Family"), "Family"},
+        {entry("name", "Family") + "<key>addresses</key><true/>", "Family"},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.entries);
-        const std::size_t before = log.lines().size();
-        const auto document = documentOf("<dict>" + row.entries + "</dict>");
-        const auto group = ExtensionGroup::initWithDictonary(document.root());
-        EXPECT_EQ(group->prettyprint(), row.prettyprint);
-        ASSERT_EQ(log.lines().size(), before + row.log.size());
-        for (const std::string& record : row.log) {
-            EXPECT_THAT(log.lines().back(), StartsWith(record + " initWithDictonary "));
-        }
+    for (const auto& [entries, text] : groups) {
+        const auto document = documentOf("<dict>" + entries + "</dict>");
+        EXPECT_EQ(ExtensionGroup::initWithDictonary(document.root())->prettyprint(), text);
     }
+    EXPECT_THAT(log.lines(),
+                ElementsAre(StartsWith("ExtensionAddress initWithDictonary "),
+                            StartsWith("ExtensionAddress initWithDictonary "),
+                            StartsWith("ExtensionGroup initWithDictonary ")));
 }
 
 TEST_F(AddressesAndGroupsTest, EveryAddressIsReadAndNoGroup) {
@@ -106,14 +72,11 @@ TEST_F(AddressesAndGroupsTest, EveryAddressIsReadAndNoGroup) {
     EXPECT_EQ(book.addresses[0]->rank(), 7);
     EXPECT_EQ(book.addresses[1]->description(), "ExtensionAddress No Mail");
     EXPECT_THAT(book.groups, IsEmpty());
-    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(AddressesAndGroupsTest, MissingFolderIsMadeAndOnlyAFailureIsLogged) {
     EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
     EXPECT_TRUE(platform::FileManager::folderExists(container.path("SharedData/Contacts")));
-    EXPECT_THAT(log.lines(), IsEmpty());
-
     const std::string file = container.writeFile("no-folder", "");
     {
         const EnvironmentVariable below("QUILLET_CONTAINER", file + "/below");
@@ -121,8 +84,6 @@ TEST_F(AddressesAndGroupsTest, MissingFolderIsMadeAndOnlyAFailureIsLogged) {
     }
     const EnvironmentVariable noSession("XDG_RUNTIME_DIR", file);
     const EnvironmentVariable noTemporary("TMPDIR", file);
-    EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
-    const EnvironmentVariable none("QUILLET_CONTAINER", "");
     EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
     EXPECT_THAT(log.lines(),
                 ElementsAre(StartsWith("AddressesAndGroups "),

@@ -21,8 +21,10 @@ namespace quillet::platform::FileManager {
 
 namespace {
 
+// What stands at the path; false for nothing. The system would take a path up to its first zero
+// byte for another one.
 bool status(const std::string& path, struct stat& found) {
-    return ::stat(path.c_str(), &found) == 0;
+    return path.find('\0') == std::string::npos && ::stat(path.c_str(), &found) == 0;
 }
 
 // An environment variable that names an absolute path; none otherwise.

@@ -1,0 +1,217 @@
+#include "share/ShareProgram.h"
+
+#include <QEventLoop>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <unistd.h>
+
+#include "handoff/ExtensionUtilities.h"
+#include "handoff/MessageUrl.h"
+#include "share/SharedItems.h"
+#include "share/StagingProgress.h"
+#include "share/StagingWord.h"
+
+#include "model/ExtensionUtilities.h"
+#include "platform/desktop/Queues.h"
+#include "platform/desktop/Workspace.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Path.h"
+#include "platform/foundation/Uninterrupted.h"
+#include "widget/ExtensionUtilities.h"
+
+namespace quillet {
+
+using platform::ExtensionContext;
+using platform::ExtensionItem;
+using platform::Item;
+using platform::Result;
+using platform::StyledText;
+using platform::URL;
+
+namespace {
+
+constexpr int kFailure = 1;
+
+int failure(const std::string& reason) {
+    std::fprintf(stderr, "quillet-share: %s\n", reason.c_str());
+    return kFailure;
+}
+
+Result<std::string> standardInput() {
+    constexpr std::size_t kLimit = std::size_t{256} * 1024 * 1024;  // bytes
+    constexpr std::size_t kStep = 65536;
+    std::string bytes;
+    for (;;) {
+        const std::size_t used = bytes.size();
+        bytes.resize(used + kStep);
+        const ssize_t count = platform::uninterrupted(
+            [&] { return ::read(STDIN_FILENO, bytes.data() + used, kStep); });
+        if (count < 0) {
+            return platform::posixError(errno, "it cannot be read");
+        }
+        bytes.resize(used + static_cast<std::size_t>(count));
+        if (count == 0) {
+            return bytes;
+        }
+        if (bytes.size() > kLimit) {
+            return platform::posixError(EFBIG, "it is larger than 256 MiB; share it as a file");
+        }
+    }
+}
+
+Result<ExtensionItem> itemOfStandardInput(TextKind kind) {
+    const Result<std::string> bytes = standardInput();
+    Result<ExtensionItem> item = bytes ? itemOfBytes(bytes.value(), kind) : bytes.error();
+    if (!item) {
+        platform::Error error = item.error();
+        error.text.insert(0, "standard input cannot be shared: ");
+        return error;
+    }
+    return item;
+}
+
+// What the command line names, as far as it can be shared; the rest is told.
+struct Input {
+    ExtensionContext context;
+    bool isComplete = true;
+};
+
+Input readInput(const ShareCommandLine& line) {
+    std::vector<Result<ExtensionItem>> found;
+    for (const std::string& word : line.items) {
+        found.push_back(word == "-" ? itemOfStandardInput(line.textKind) : itemOfWord(word));
+    }
+    if (line.items.empty()) {
+        found = itemsOfClipboard(line.textKind);
+        if (found.empty()) {
+            failure("the clipboard holds nothing to share");
+        }
+    }
+    Input input;
+    for (Result<ExtensionItem>& item : found) {
+        if (item) {
+            input.context.inputItems.push_back(std::move(item.value()));
+        } else {
+            failure(item.error().text);
+            input.isComplete = false;
+        }
+    }
+    return input;
+}
+
+// What has to be staged of an input, whose items are all there already.
+struct Load {
+    std::size_t files = 0;
+    std::uintmax_t bytes = 0;  // of the files that are copied
+};
+
+Load loadOf(const ExtensionContext& context) {
+    Load load;
+    for (const ExtensionItem& item : context.inputItems) {
+        for (const auto& attachment : item.attachments) {
+            const auto count = [&load](const Result<Item>& loaded) {
+                const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
+                if (url == nullptr || url->isFileURL()) {
+                    ++load.files;
+                }
+                std::error_code unknown;
+                if (url != nullptr && url->isFileURL()) {
+                    const std::uintmax_t size = std::filesystem::file_size(url->path(), unknown);
+                    load.bytes += unknown ? 0 : size;
+                }
+            };
+            attachment->loadItem(platform::kUTTypeURL, count);
+        }
+    }
+    return load;
+}
+
+std::shared_ptr<ExtensionMessage> gather(const ExtensionContext& context,
+                                         const std::string& service,
+                                         std::uintmax_t bytes) {
+    std::shared_ptr<ExtensionMessage> draft;
+    QEventLoop loop;
+    ExtensionUtilities::GetItemForExtension(
+        context, service, [&](const std::shared_ptr<ExtensionMessage>& message, int /*error*/) {
+            platform::mainQueue().async([&draft, &loop, message] {
+                draft = message;
+                loop.quit();
+            });
+        });
+    const std::string folder = platform::Path::appendingPathComponent(
+        ExtensionUtilities::GroupDataPath().value_or(std::string()), service);
+    const StagingProgress progress(folder, bytes);
+    loop.exec();
+    return draft;
+}
+
+void address(ExtensionMessage& draft, const ShareCommandLine& line) {
+    if (line.title) {
+        draft.setSubject(line.title);
+    }
+    ExtensionMessage::Recipients recipients;
+    for (const std::string& mail : line.recipients) {
+        recipients.push_back(std::make_shared<ExtensionAddress>());
+        recipients.back()->setMail(mail);
+    }
+    draft.setTo(std::move(recipients));
+}
+
+int print(const URL& url) {
+    const std::string text = url.absoluteString() + "\n";
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
+        std::fflush(stdout) != 0) {
+        return failure(std::string("the URL cannot be printed: ") + std::strerror(errno));
+    }
+    return 0;
+}
+
+int open(const URL& url) {
+    if (!ExtensionUtilities::LaunchCommands({&url, 1}, false)) {
+        const auto own = platform::Bundle::main().identifier();
+        return failure("there is no mail application " +
+                       std::string(ExtensionUtilities::targetBundleIdentifier(own)));
+    }
+    return platform::Workspace::sharedWorkspace().flush()
+               ? 0
+               : failure("the mail application did not take the draft");
+}
+
+}  // namespace
+
+int runShare(const ShareCommandLine& line) {
+    Input input = readInput(line);
+    if (input.context.inputItems.empty()) {
+        return kFailure;
+    }
+    for (ExtensionItem& item : input.context.inputItems) {
+        item.attributedTitle =
+            line.title ? std::optional(StyledText{*line.title, {}}) : std::nullopt;
+    }
+    const Load load = loadOf(input.context);
+    std::string service = line.service.value_or(std::string());
+    if (!line.service && load.files > 0) {
+        service = newStagingWord(std::chrono::system_clock::now());
+    }
+    if (line.service || load.files > 0) {
+        ExtensionUtilities::ShareInit(service);
+    }
+    const auto draft = gather(input.context, service, load.bytes);
+    address(*draft, line);
+    const std::size_t staged = draft->attachments()->size();
+    if (staged == 0 && draft->htmlBody()->empty()) {
+        return failure("nothing could be shared");
+    }
+    const auto url = queryUrl(*draft, line.command);
+    if (!url) {
+        return failure("the draft makes no URL");
+    }
+    const int status = line.print ? print(*url) : open(*url);
+    return status == 0 && input.isComplete && staged == load.files ? 0 : kFailure;
+}
+
+}  // namespace quillet

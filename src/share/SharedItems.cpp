@@ -1,0 +1,127 @@
+#include "share/SharedItems.h"
+
+#include <QBuffer>
+#include <QImageReader>
+#include <QStringDecoder>
+#include <QTextDocument>
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/ItemProvider.h"
+#include "platform/foundation/LinkDetector.h"
+#include "platform/foundation/Path.h"
+#include "platform/foundation/Utf8.h"
+#include "platform/foundation/Whitespace.h"
+
+namespace quillet {
+
+namespace FileManager = platform::FileManager;
+using platform::Error;
+using platform::ExtensionItem;
+using platform::Item;
+using platform::ReadyItemProvider;
+using platform::Result;
+using platform::StyledText;
+using platform::URL;
+
+namespace {
+
+Error unusable(int code, std::string text) {
+    return {"POSIX", code, std::move(text)};
+}
+
+ExtensionItem attachment(Item item) {
+    return {{}, {}, {std::make_shared<ReadyItemProvider>(std::move(item))}};
+}
+
+Result<ExtensionItem> itemOfFile(const std::string& path) {
+    if (FileManager::folderExists(path)) {
+        return unusable(EISDIR, path + " is a folder; only files can be shared");
+    }
+    if (!FileManager::fileExists(path)) {
+        return unusable(ENOENT, "there is no file " + path);
+    }
+    // The draft's URL holds text alone, and the copy has the file's name.
+    if (platform::firstInvalidUtf8(platform::Path::lastPathComponent(path))) {
+        return unusable(EILSEQ, "the name of " + path + " is not UTF-8; rename the file");
+    }
+    return attachment(URL::fileURLWithPath(path));
+}
+
+// The link that a word is, however it is spelled; none for other words.
+std::optional<URL> linkOf(const std::string& word) {
+    constexpr std::array<std::string_view, 4> kSchemes = {"http", "https", "ftp", "mailto"};
+    auto url = URL::URLWithString(word);
+    if (url && std::ranges::find(kSchemes, url->scheme()) != kSchemes.end()) {
+        return url;
+    }
+    const auto links = platform::LinkDetector::linksIn(word);
+    if (links.size() != 1 || links.front().length != word.size()) {
+        return std::nullopt;
+    }
+    return URL::URLWithString(links.front().absoluteString);
+}
+
+bool isPicture(const std::string& bytes) {
+    QByteArray data = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    QBuffer buffer(&data);
+    return QImageReader(&buffer).canRead();
+}
+
+std::string decoded(const std::string& bytes) {
+    const auto encoding = QStringConverter::encodingForData(bytes);
+    QStringDecoder decoder(encoding.value_or(QStringConverter::Latin1));
+    const QString text = decoder(QByteArrayView(bytes));
+    return text.toStdString();
+}
+
+bool isText(const std::string& text) {
+    return text.find('\0') == std::string::npos && !platform::firstInvalidUtf8(text);
+}
+
+}  // namespace
+
+Result<ExtensionItem> itemOfWord(const std::string& word) {
+    if (FileManager::fileExists(word)) {
+        return itemOfFile(word);
+    }
+    if (const auto url = URL::URLWithString(word); url && url->isFileURL()) {
+        return itemOfFile(url->path());
+    }
+    if (auto link = linkOf(word)) {
+        return attachment(*std::move(link));
+    }
+    return unusable(ENOENT, "\"" + word + "\" is neither a file nor a web link");
+}
+
+Result<ExtensionItem> itemOfBytes(const std::string& bytes, TextKind kind) {
+    const bool isPlain = isText(bytes);
+    if (!isPlain && kind == TextKind::ByContent && isPicture(bytes)) {
+        return attachment(bytes);
+    }
+    constexpr std::string_view kMark = "\uFEFF";
+    std::string text = isPlain ? bytes : decoded(bytes);
+    if (text.starts_with(kMark)) {
+        text.erase(0, kMark.size());
+    }
+    if (!isText(text)) {
+        return unusable(EINVAL, "it is neither a text nor a picture");
+    }
+    if (platform::trimmingWhitespaceAndNewlines(text).empty()) {
+        return unusable(ENODATA, "it is empty");
+    }
+    // Programs end their last line, which is no empty line.
+    if (text.ends_with('\n')) {
+        text.pop_back();
+    }
+    const bool isHtml =
+        kind == TextKind::Html ||
+        (kind == TextKind::ByContent && Qt::mightBeRichText(QString::fromStdString(text)));
+    return ExtensionItem{
+        {}, isHtml ? StyledText{{}, std::move(text)} : StyledText{std::move(text), {}}, {}};
+}
+
+}  // namespace quillet

@@ -1,0 +1,45 @@
+#include <QGuiApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "share/ShareCommandLine.h"
+#include "share/ShareProgram.h"
+
+#include "platform/desktop/Display.h"
+
+namespace {
+
+// The clipboard alone needs a display.
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool withClipboard) {
+    if (!withClipboard) {
+        return std::make_unique<QCoreApplication>(argc, argv);
+    }
+    // A Wayland desktop shows its clipboard only to windows, but to every program of X11.
+    if (std::getenv("DISPLAY") != nullptr) {
+        setenv("QT_QPA_PLATFORM", "xcb;wayland", 0);
+    }
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto read = quillet::readShareCommandLine({argv, static_cast<std::size_t>(argc)});
+    if (const auto* exit = std::get_if<quillet::ShareEarlyExit>(&read)) {
+        std::fputs(exit->text.c_str(), exit->status == 0 ? stdout : stderr);
+        return exit->status;
+    }
+    const auto& line = std::get<quillet::ShareCommandLine>(read);
+    const bool withClipboard = line.items.empty();
+    if (withClipboard && !quillet::platform::hasDisplay()) {
+        std::fputs(
+            "quillet-share: there is no display whose clipboard could be shared; name files or "
+            "links, or \"-\" for standard input\n",
+            stderr);
+        return 1;
+    }
+    const auto application = makeApplication(argc, argv, withClipboard);
+    QCoreApplication::setApplicationName(QStringLiteral("quillet-share"));
+    return quillet::runShare(line);
+}

@@ -1,0 +1,114 @@
+// The real program, in processes of its own.
+
+#include <QProcess>
+#include <gmock/gmock.h>
+
+#include "model/ExtensionMessage.h"
+#include "tests/handoff/ContainerFixture.h"
+#include "tests/support/RecordingApplication.h"
+#include "tests/support/WaitUntil.h"
+#include "util/RequestUtils.h"
+
+namespace quillet::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+struct Outcome {
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+class QuilletShareTest : public ContainerFixture {
+protected:
+    // The program's end; the event loop runs meanwhile, since the host is in this process.
+    static Outcome share(const std::vector<std::string>& arguments, const std::string& input = {}) {
+        QStringList words;
+        for (const std::string& argument : arguments) {
+            words.append(QString::fromStdString(argument));
+        }
+        QProcess process;
+        process.start(QStringLiteral(QUILLET_SHARE), words);
+        process.write(QByteArray::fromStdString(input));
+        process.closeWriteChannel();
+        EXPECT_TRUE(waitUntil([&] { return process.state() == QProcess::NotRunning; }));
+        return {process.exitCode(),
+                process.readAllStandardOutput().toStdString(),
+                process.readAllStandardError().toStdString()};
+    }
+
+    static std::string parameter(const std::string& url, const std::string& key) {
+        const ParameterMap map = RequestUtils::URLQueryParameters(url);
+        const auto* value = map.find(key);
+        return value != nullptr ? std::get<std::string>(*value) : "none";
+    }
+
+    // No desktop entry of the user's own is started.
+    EnvironmentVariable dataFolder{"XDG_DATA_HOME", files.path()};
+    EnvironmentVariable dataFolders{"XDG_DATA_DIRS", files.path()};
+};
+
+TEST_F(QuilletShareTest, WhatIsSharedReachesTheHostInTheForeground) {
+    RecordingApplication host(QStringLiteral("it.tarno.quillet"));
+    ASSERT_TRUE(host.isReachable());
+    const Outcome outcome = share({files.writeFile("a.txt", "text"),
+                                   "https://x.example",
+                                   "-",
+                                   "--title",
+                                   "T & t",
+                                   "--to=a@x",
+                                   "--to=b@x"},
+                                  "Zo\u00EB");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    ASSERT_EQ(host.requests().size(), 1U);
+    const auto& request = host.requests().front();
+    EXPECT_TRUE(request.platformData.contains(QStringLiteral("activation-token")));
+    ASSERT_EQ(request.urls.size(), 1U);
+    const std::string& url = request.urls.front();
+    EXPECT_THAT(url, StartsWith("quillet://compose?"));
+    EXPECT_EQ(parameter(url, "subject"), "T & t");
+    EXPECT_EQ(parameter(url, "to"), "a@x;b@x;");
+    EXPECT_EQ(parameter(url, "htmlBody"),
+              "<a href=\"https://x.example\">https://x.example</a>Zo\u00EB<br/>");
+    EXPECT_EQ(contents(parameter(url, "attachment_0")), "text");
+}
+
+TEST_F(QuilletShareTest, UrlIsPrintedAndTheFolderAskedForIsUsed) {
+    const std::string file = files.writeFile("a.txt", "text");
+    container.writeFile("SharedData/share/old", "");
+    const Outcome outcome = share({"--print", "--service=share", "--command=send", file});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output, StartsWith("quillet://send?attachment_0="));
+    EXPECT_THAT(stagedNames(), ElementsAre("a.txt"));
+}
+
+TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
+    const std::string file = files.writeFile("a.txt", "text");
+    const struct {
+        std::vector<std::string> arguments;
+        std::string input;
+        const char* error;
+        bool isShared;
+    } cases[] = {
+        {{"--print", "/no/such", file}, "", "\"/no/such\" is neither", true},
+        {{"--print", "--service=Today", file}, "", "Error shareFiles", false},
+        {{"--print", "-"}, "", "it is empty", false},
+        {{"--print", "-"}, std::string("\x89PNG\r\n\x1A\n\0", 9), "GetItemForExtension", false},
+        {{file}, "", "there is no mail application it.tarno.quillet", false},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.error);
+        const Outcome outcome = share(row.arguments, row.input);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.errors, HasSubstr(row.error));
+        EXPECT_EQ(outcome.output.empty(), !row.isShared);
+    }
+}
+
+}  // namespace
+}  // namespace quillet::test
