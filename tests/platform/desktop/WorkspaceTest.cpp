@@ -110,14 +110,6 @@ TEST_F(WorkspaceTest, ARequestCarriesATokenOfTheLastInputOrSaysThatItStaysInTheB
               (QVariantMap{{QStringLiteral("x-quillet-background"), true}}));
 }
 
-TEST_F(WorkspaceTest, NobodyWaitsForAnApplicationThatDoesNotReact) {
-    const RecordingApplication host(QString::fromStdString(kName));
-    EXPECT_TRUE(open(kName));
-    EXPECT_TRUE(workspace_.flush());
-    EXPECT_TRUE(host.requests().empty());
-    EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
-}
-
 TEST_F(WorkspaceTest, WhatNoApplicationIsCalledIsFalseAndTheBusIsKept) {
     const RecordingApplication host(QString::fromStdString(kName));
     for (const std::string& identifier : {std::string("it.tarno\0quillet", 16),
@@ -194,19 +186,6 @@ TEST_F(WorkspaceStartTest, ARequestThatNobodyTakesGoesToTheDesktopEntry) {
     ASSERT_TRUE(daemon_.start());
     EXPECT_TRUE(open("it.tarno.Plain", kBackground));
     EXPECT_EQ(takeRecord(), "none none " + kText + "\n");
-}
-
-TEST_F(WorkspaceStartTest, ApplicationsAreReachedAgainWhenTheBusComesBack) {
-    EXPECT_FALSE(open(kName));
-    for (const char* which : {"late bus", "restarted bus"}) {
-        SCOPED_TRACE(which);
-        ASSERT_TRUE(daemon_.start());
-        const RecordingApplication host(QString::fromStdString(kName));
-        EXPECT_TRUE(waitUntil([&] { return open(kName); }));
-        EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
-        daemon_.stop();
-        EXPECT_FALSE(open(kName));
-    }
 }
 
 }  // namespace
