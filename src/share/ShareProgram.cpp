@@ -9,12 +9,12 @@
 #include <memory>
 #include <unistd.h>
 
-#include "handoff/ExtensionUtilities.h"
-#include "handoff/MessageUrl.h"
 #include "share/SharedItems.h"
 #include "share/StagingProgress.h"
 #include "share/StagingWord.h"
 
+#include "handoff/ExtensionUtilities.h"
+#include "handoff/MessageUrl.h"
 #include "model/ExtensionUtilities.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/Workspace.h"
@@ -109,22 +109,25 @@ struct Load {
     std::uintmax_t bytes = 0;  // of the files that are copied
 };
 
+// Adds an attachment: a link is not staged; a picture is, and nothing is known of its size.
+void addTo(Load& load, const Result<Item>& loaded) {
+    const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
+    if (url != nullptr && !url->isFileURL()) {
+        return;
+    }
+    ++load.files;
+    std::error_code unknown;
+    const std::uintmax_t size =
+        url != nullptr ? std::filesystem::file_size(url->path(), unknown) : 0;
+    load.bytes += unknown ? 0 : size;
+}
+
 Load loadOf(const ExtensionContext& context) {
     Load load;
     for (const ExtensionItem& item : context.inputItems) {
         for (const auto& attachment : item.attachments) {
-            const auto count = [&load](const Result<Item>& loaded) {
-                const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
-                if (url == nullptr || url->isFileURL()) {
-                    ++load.files;
-                }
-                std::error_code unknown;
-                if (url != nullptr && url->isFileURL()) {
-                    const std::uintmax_t size = std::filesystem::file_size(url->path(), unknown);
-                    load.bytes += unknown ? 0 : size;
-                }
-            };
-            attachment->loadItem(platform::kUTTypeURL, count);
+            attachment->loadItem(platform::kUTTypeURL,
+                                 [&load](const Result<Item>& loaded) { addTo(load, loaded); });
         }
     }
     return load;

@@ -49,6 +49,16 @@ Provider scripted(std::string_view type, Answer answer) {
     return std::make_shared<Scripted>(type, std::move(answer));
 }
 
+Provider image(const Bitmap& bitmap) {
+    return ready(std::make_shared<const Bitmap>(bitmap));
+}
+
+std::string picture(const char* format) {
+    QBuffer file;
+    QImage(2, 1, QImage::Format_RGB32).save(&file, format);
+    return file.data().toStdString();
+}
+
 Answer gives(const platform::Result<Item>& item) {
     return [item](const ItemProvider::Completion& done) { done(item); };
 }
@@ -91,16 +101,12 @@ protected:
 
 TEST_F(GatheringTest, TextsLinksFilesAndPicturesBecomeOneDraft) {
     const std::string file = files.writeFile("50% of it.txt", "text");
-    const Bitmap bitmap{1, 1, {1, 2, 3, 255}};
-    QBuffer gif;
-    QImage(2, 1, QImage::Format_RGB32).save(&gif, "bmp");
-    const auto draft = gather({{StyledText{"no link", {}}, StyledText{"a\nb", {}}, {}},
-                               {std::nullopt, StyledText{}, {ready(URL::fileURLWithPath(file))}},
-                               {StyledText{"Title", {}},
-                                StyledText{"", "<b>c</b>"},
-                                {ready(kLink),
-                                 ready(gif.data().toStdString()),
-                                 ready(std::make_shared<const Bitmap>(bitmap))}}});
+    const auto draft =
+        gather({{StyledText{"no link", {}}, StyledText{"a\nb", {}}, {}},
+                {std::nullopt, StyledText{}, {ready(URL::fileURLWithPath(file))}},
+                {StyledText{"Title", {}},
+                 StyledText{"", "<b>c</b>"},
+                 {ready(kLink), ready(picture("bmp")), image({1, 1, {1, 2, 3, 255}})}}});
     EXPECT_THAT(pauses, ElementsAre(0.10000000149011612));
     EXPECT_EQ(draft->htmlBody(), "a<br/>b<br/><b>c</b><br/>" + std::string(kAnchor));
     EXPECT_EQ(draft->subject(), "Title");
@@ -108,8 +114,7 @@ TEST_F(GatheringTest, TextsLinksFilesAndPicturesBecomeOneDraft) {
                 ElementsAre(staged("50% of it.txt"), staged("image.png"), staged("image_1.png")));
     EXPECT_EQ(contents(staged("50% of it.txt")), "text");
     EXPECT_EQ(QImage(QString::fromStdString(staged("image.png"))).size(), QSize(2, 1));
-    const QImage picture(QString::fromStdString(staged("image_1.png")));
-    EXPECT_EQ(picture.pixel(0, 0), qRgb(1, 2, 3));
+    EXPECT_EQ(QImage(QString::fromStdString(staged("image_1.png"))).pixel(0, 0), qRgb(1, 2, 3));
 }
 
 TEST_F(GatheringTest, TheWaitEndsWithTheLastItemOrAtItsLimit) {
@@ -150,6 +155,9 @@ TEST_F(GatheringTest, TheWaitEndsWithTheLastItemOrAtItsLimit) {
 
 TEST_F(GatheringTest, WhatCannotBeLoadedIsLoggedAndLeavesTheRest) {
     const platform::Error error{"Test", 7, "no luck"};
+    // Claims 60,000 by 60,000 pixels.
+    const std::string huge =
+        picture("bmp").replace(18, 8, std::string("\x60\xEA\0\0\x60\xEA\0\0", 8));
     const std::pair<Provider, const char*> cases[] = {
         {scripted(platform::kUTTypeURL, gives(error)),
          "GetItemForExtension kUTTypeURL no luck (Test 7)"},
@@ -157,7 +165,11 @@ TEST_F(GatheringTest, WhatCannotBeLoadedIsLoggedAndLeavesTheRest) {
          "GetItemForExtension kUTTypeImage no luck (Test 7)"},
         {scripted(platform::kUTTypeURL, gives(Item("x"))), "GetItemForExtension kUTTypeURL "},
         {scripted(platform::kUTTypeImage, gives(kLink)), "GetItemForExtension kUTTypeImage "},
-        {ready("no picture"), "GetItemForExtension kUTTypeImage "},
+        {ready(picture("png").substr(0, 60)), "GetItemForExtension kUTTypeImage "},
+        {ready(huge), "GetItemForExtension kUTTypeImage "},
+        {image({}), "GetItemForExtension kUTTypeImage "},
+        {image({1, 1, {0}}), "GetItemForExtension kUTTypeImage "},
+        {image({4, std::size_t{1} << 63U, {0, 0, 0, 0}}), "GetItemForExtension kUTTypeImage "},
         {ready(std::shared_ptr<const Bitmap>()), "GetItemForExtension kUTTypeImage "},
         {ready(URL::fileURLWithPath("/missing")), "Error writing file shareFiles "},
     };
