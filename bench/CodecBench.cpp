@@ -17,7 +17,6 @@
 #include <vector>
 
 #include "handoff/MessageUrl.h"
-
 #include "util/RequestUtils.h"
 
 namespace quillet::bench {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing for the purposes named; see docs/dependencies.md.
-# Usage: tools/install_dependencies.sh [build|panel|run|wayland|test|bench|ci]…   (default: build)
+# Usage: tools/install_dependencies.sh [build|panel|run|wayland|test|bench|fuzz|ci]…   (default: build)
 # Says nothing and does nothing where everything is there.
 set -euo pipefail
 
@@ -12,9 +12,10 @@ packages_for() {
         wayland) echo qt6-wayland ;;
         test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter ;;
         bench) echo libplist-dev libpugixml-dev libglib2.0-dev dbus-daemon ;;
+        fuzz) echo clang libclang-rt-14-dev ;;
         ci) echo clang-format clang-tidy codespell python3 ;;
         *)
-            echo "install_dependencies.sh: unknown purpose \"$1\"; use build, panel, run, wayland, test, bench or ci" >&2
+            echo "install_dependencies.sh: unknown purpose \"$1\"; use build, panel, run, wayland, test, bench, fuzz or ci" >&2
             exit 2
             ;;
     esac

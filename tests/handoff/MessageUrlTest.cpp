@@ -2,7 +2,6 @@
 #include <random>
 
 #include "handoff/MessageUrl.h"
-
 #include "model/ExtensionAddress.h"
 #include "platform/foundation/Exception.h"
 #include "tests/support/DocumentExample.h"

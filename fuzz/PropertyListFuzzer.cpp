@@ -1,0 +1,53 @@
+// Reads bytes as a property list of either format. What can be read must survive being written and
+// read again, in both formats.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "fuzz/Require.h"
+#include "host/PropertyListReader.h"
+#include "host/PropertyListWriter.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace quillet::fuzz {
+
+namespace {
+
+using host::PropertyListFormat;
+using platform::PropertyListDocument;
+using platform::PropertyListErrorKind;
+
+// A tree that was written with its equal leaves once can hold more values than a file of that size
+// may unfold to; that alone is no finding.
+void requireSameAfterReading(const std::string& written, PropertyListFormat format) {
+    PropertyListDocument document;
+    if (const auto error = document.parse(written)) {
+        require(error->kind == PropertyListErrorKind::TooComplex, "a written list is read");
+        return;
+    }
+    const host::Value tree = host::copyOf(document.root());
+    require(host::writePropertyList(tree, format) == written, "reading and writing change nothing");
+}
+
+void readAndWrite(std::string_view bytes) {
+    PropertyListDocument document;
+    if (document.parse(bytes)) {
+        require(!document.root(), "a list that cannot be read has no root");
+        return;
+    }
+    const host::Value tree = host::copyOf(document.root());
+    for (const auto format : {PropertyListFormat::Xml, PropertyListFormat::Binary}) {
+        requireSameAfterReading(host::writePropertyList(tree, format), format);
+    }
+}
+
+}  // namespace
+
+}  // namespace quillet::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    quillet::fuzz::readAndWrite({reinterpret_cast<const char*>(data), size});
+    return 0;
+}
