@@ -117,9 +117,10 @@ public:
     void operator()(const Date& date) { element("date", dateText(date)); }
 
     void operator()(double real) {
-        // The shortest text that reads back the same.
+        // The shortest text that reads back the same; not-a-number has no sign there.
+        const double written = std::isnan(real) ? std::fabs(real) : real;
         std::array<char, 32> text{};
-        const auto end = std::to_chars(text.data(), text.data() + text.size(), real).ptr;
+        const auto end = std::to_chars(text.data(), text.data() + text.size(), written).ptr;
         element("real", std::string(text.data(), end));
     }
 
