@@ -128,8 +128,13 @@ private:
             return false;
         }
         std::size_t end = hostStart + host->length;
-        const std::size_t port = portLengthAt(text_.substr(end));
         url += host->name;
+        // The dot of the root domain belongs to the host where a path follows.
+        if (text_.substr(end).starts_with("./")) {
+            url += '.';
+            ++end;
+        }
+        const std::size_t port = portLengthAt(text_.substr(end));
         url += text_.substr(end, port);
         end += port;
         addWithRest(start, end, std::move(url), "/?#");

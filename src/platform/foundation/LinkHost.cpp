@@ -128,11 +128,6 @@ std::optional<LinkHost> namedHostAt(std::string_view text) {
     host.name = *ascii;
     host.length = name.size();
     host.endsInTopLevelDomain = isTopLevelDomain(lastLabel(name));
-    // The dot of the root domain belongs to the host where more of the link follows.
-    if (text.substr(host.length).starts_with("./")) {
-        host.name += '.';
-        ++host.length;
-    }
     return host;
 }
 
