@@ -2,16 +2,16 @@
 
 #include <algorithm>
 #include <cstring>
-#include <unordered_set>
+#include <map>
+#include <set>
 
 namespace quillet {
 
 namespace {
 
-// Bytes that are searched for links before the rest is left as it is.
+// Bytes that are read in search of links before the rest is left as it is: far more than any mail
+// takes, and less than what a hostile one could.
 constexpr std::size_t kMostReading = std::size_t{256} << 20U;
-
-constexpr char kWordEnd = '\n';
 
 bool endsWord(char character) {
     return character == ' ' || character == '<' || character == '>';
@@ -73,49 +73,103 @@ std::string replaced(std::string_view text, std::string_view what, std::string_v
     return result.append(text.substr(done));
 }
 
-// Replaces all links in the words, which end in kWordEnd each.
-void markUpWords(std::string& words,
-                 const std::vector<std::string>& links,
-                 std::size_t mostMarkup) {
-    const std::size_t longest = words.size() + mostMarkup;
-    std::unordered_set<std::string_view> left;
-    std::size_t read = 0;
-    for (const std::string& link : links) {
-        if (left.contains(link)) {
-            continue;
-        }
-        read += words.size();
-        if (read > kMostReading) {
-            break;
-        }
-        const std::string anchor = anchorOf(link);
-        const std::size_t number = countOf(words, link);
-        if (number == 0 || (anchor.size() - link.size()) > (longest - words.size()) / number) {
-            left.insert(link);
-        } else {
-            words = replaced(words, link, anchor);
+// The words of a body, and in which of them each link stands, so that a link is replaced without
+// reading the others' words.
+class MarkedWords {
+public:
+    explicit MarkedWords(const std::vector<std::string>& links) {
+        for (const std::string& link : links) {
+            places_.try_emplace(link);
+            schemes_.insert(std::string_view(link).substr(0, link.find(':')));
+            longest_ = std::max(longest_, link.size());
         }
     }
-}
+
+    void add(std::string_view word) {
+        for (std::size_t colon = word.find(':'); colon != std::string_view::npos;
+             colon = word.find(':', colon + 1)) {
+            for (const std::string_view scheme : schemes_) {
+                if (word.substr(0, colon).ends_with(scheme)) {
+                    noteLinks(word.substr(colon - scheme.size()));
+                }
+            }
+        }
+        words_.emplace_back(word);
+    }
+
+    const std::string& word(std::size_t index) const { return words_[index]; }
+
+    // Replaces a link everywhere; not where that would make all anchors add more than `most` bytes,
+    // now or later.
+    void markUp(const std::string& link, std::size_t most) {
+        std::vector<std::size_t>& places = places_.at(link);
+        std::size_t number = 0;
+        for (const std::size_t place : places) {
+            number += mayRead(words_[place].size()) ? countOf(words_[place], link) : 0;
+        }
+        const std::string anchor = anchorOf(link);
+        const std::size_t adds = anchor.size() - link.size();
+        if (left_ == 0 || number == 0 || adds > (most - added_) / number) {
+            places.clear();
+            return;
+        }
+        for (const std::size_t place : places) {
+            words_[place] = replaced(words_[place], link, anchor);
+        }
+        added_ += number * adds;
+    }
+
+private:
+    // Notes the links that a part of the next word begins with. All that are as short as what it
+    // shares with the last of the links not behind it in order are that one or begin that one too.
+    void noteLinks(std::string_view part) {
+        while (!part.empty() && mayRead(std::min(part.size(), longest_))) {
+            const auto next = places_.upper_bound(part);
+            if (next == places_.begin()) {
+                return;
+            }
+            auto& [link, places] = *std::prev(next);
+            const auto differs =
+                std::mismatch(link.begin(), link.end(), part.begin(), part.end()).first;
+            auto shared = static_cast<std::size_t>(differs - link.begin());
+            if (shared == link.size()) {
+                if (places.empty() || places.back() != words_.size()) {
+                    places.push_back(words_.size());
+                }
+                --shared;
+            }
+            part = part.substr(0, shared);
+        }
+    }
+
+    // Whether so many bytes more may be read.
+    bool mayRead(std::size_t bytes) {
+        left_ -= std::min(left_, bytes);
+        return left_ > 0;
+    }
+
+    std::vector<std::string> words_;
+    std::map<std::string_view, std::vector<std::size_t>> places_;  // of each link, in words_
+    std::set<std::string_view> schemes_;
+    std::size_t longest_ = 0;  // bytes of a link
+    std::size_t left_ = kMostReading;
+    std::size_t added_ = 0;
+};
 
 }  // namespace
 
 std::string markUpLinks(std::string_view body,
                         const std::vector<std::string>& links,
                         std::size_t mostMarkup) {
-    // The words alone are searched for each link: most of a mail is no link.
-    std::string words;
-    forEachWord(body, [&](std::string_view, std::string_view word) {
-        words.append(word).push_back(kWordEnd);
-    });
-    markUpWords(words, links, mostMarkup);
-
+    MarkedWords words(links);
+    forEachWord(body, [&](std::string_view, std::string_view word) { words.add(word); });
+    for (const std::string& link : links) {
+        words.markUp(link, mostMarkup);
+    }
     std::string result;
-    std::size_t next = 0;
+    std::size_t index = 0;
     const std::string_view rest = forEachWord(body, [&](std::string_view gap, std::string_view) {
-        const std::size_t end = words.find(kWordEnd, next);
-        result.append(gap).append(words, next, end - next);
-        next = end + 1;
+        result.append(gap).append(words.word(index++));
     });
     return result.append(rest);
 }

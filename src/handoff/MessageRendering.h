@@ -18,7 +18,7 @@ namespace quillet {
 // form; every link is replaced everywhere, once for each time that it was found, so that repeated
 // links nest. Anchors may add kMostMarkup and the body's own length: where the replacing of a link
 // would add more, the link is left as it is, since repeated links double with each time. In a body
-// of very many different links the last ones may be left, too. Without any body, "" and no change.
+// made to take long to search, links may be left, too. Without any body, "" and no change.
 //
 // Any thread; one message is rendered by one thread at a time.
 std::string renderHtml(ExtensionMessage& message);
