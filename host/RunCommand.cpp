@@ -13,11 +13,11 @@
 #include "host/ApplicationService.h"
 #include "host/MessageWindow.h"
 #include "host/SampleHost.h"
-#include "host/StopSignals.h"
 #include "model/ExtensionUtilities.h"
 #include "platform/desktop/Display.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/SessionBus.h"
+#include "platform/desktop/StopSignals.h"
 
 namespace quillet::host {
 
@@ -52,7 +52,7 @@ int handOver(const ApplicationService& service, const Call& call, const std::str
 }
 
 // Runs the event loop until the bus ends or a signal comes, then deals with what is left.
-int waitForEnd(QDBusConnection bus, StopSignals& signals, SampleHost& host) {
+int waitForEnd(QDBusConnection bus, platform::StopSignals& signals, SampleHost& host) {
     QTimer patience;
     QObject::connect(&patience, &QTimer::timeout, &patience, &QCoreApplication::quit);
     const auto stop = [&] {
@@ -80,7 +80,7 @@ int runHost(const CommandLine& line, int argc, char** argv) {
         return fail("there is no container; name one with --container");
     }
     const Call given{"run", line.urls, takeActivationOfEnvironment(), false, {}};
-    StopSignals signals;
+    platform::StopSignals signals;
     std::signal(SIGPIPE, SIG_IGN);  // whoever reads the log may leave
     const bool hasDisplay = platform::hasDisplay();
     const auto application = makeApplication(argc, argv, hasDisplay);

@@ -11,6 +11,7 @@
 #include "app/SingleInstance.h"
 #include "app/TrayIcon.h"
 #include "platform/desktop/Queues.h"
+#include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
 
 namespace quillet {
@@ -21,6 +22,20 @@ namespace {
 constexpr std::chrono::seconds kTrayInterval{2};
 constexpr int kTrayAttempts = 30;
 constexpr std::chrono::milliseconds kPatience{500};
+// How long a host may take to start when the program is told to end: the session waits with it.
+constexpr std::chrono::seconds kPatienceWithHost{30};
+
+// Lets hosts that still start have their requests; those that do not get them are logged. After the
+// user has quit nobody sees the wait, so it is as long as a start may take, and a signal ends it.
+void handOverRequests(std::optional<platform::StopSignals>& stopSignals, bool isTold) {
+    platform::Workspace& workspace = platform::Workspace::sharedWorkspace();
+    if (isTold) {
+        workspace.flush(kPatienceWithHost);
+        return;
+    }
+    stopSignals.reset();
+    workspace.flush();
+}
 
 }  // namespace
 
@@ -37,7 +52,13 @@ int runPanel(std::optional<platform::Look> look) {
         return 0;
     }
     QApplication::setWindowIcon(programIcon());
-    platform::Workspace& workspace = platform::Workspace::sharedWorkspace();
+    platform::Workspace::sharedWorkspace();
+    std::optional<platform::StopSignals> stopSignals(std::in_place);
+    bool isTold = false;
+    stopSignals->connect([&isTold] {
+        isTold = true;
+        QCoreApplication::quit();
+    });
     panel.emplace(look);
     std::optional<TrayIcon> tray;
     QTimer trayTimer;
@@ -63,7 +84,7 @@ int runPanel(std::optional<platform::Look> look) {
     panel->hide();
     tray.reset();
     SingleInstance::release();  // a start from now on does not wait for what is still to be done
-    workspace.flush();
+    handOverRequests(stopSignals, isTold);
     // Blocks still under way hold the widget, whose views must end before the application does.
     if (!platform::drainBackgroundQueue(kPatience)) {
         std::_Exit(status);  // the host holds its lock; whoever quits does not wait for it

@@ -1,0 +1,76 @@
+#include "platform/desktop/StopSignals.h"
+
+#include <QSocketNotifier>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <sys/eventfd.h>
+#include <utility>
+
+#include "platform/foundation/FileDescriptor.h"
+
+namespace quillet::platform {
+
+namespace {
+
+constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
+
+std::atomic<int> counter = -1;  // the event counter that a signal raises
+static_assert(std::atomic<int>::is_always_lock_free, "used by a signal handler");
+
+void raiseCounter(int /*signal*/) {
+    const int before = errno;
+    ::eventfd_write(counter, 1);
+    errno = before;
+}
+
+}  // namespace
+
+// Handlers end with the program's image, where a mask that holds signals back would be inherited.
+struct StopSignals::State {
+    FileDescriptor events{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+    std::array<struct sigaction, kSignals.size()> before{};
+    std::unique_ptr<QSocketNotifier> notifier;
+};
+
+StopSignals::StopSignals() : state_(std::make_unique<State>()) {
+    counter = state_->events.get();
+    struct sigaction action {};
+    action.sa_handler = raiseCounter;
+    action.sa_flags = SA_RESTART;
+    for (std::size_t index = 0; index < kSignals.size(); ++index) {
+        struct sigaction& before = state_->before[index];
+        ::sigaction(kSignals[index], nullptr, &before);
+        if (state_->events && before.sa_handler != SIG_IGN) {
+            ::sigaction(kSignals[index], &action, nullptr);
+        }
+    }
+}
+
+StopSignals::~StopSignals() {
+    for (std::size_t index = 0; index < kSignals.size(); ++index) {
+        ::sigaction(kSignals[index], &state_->before[index], nullptr);
+    }
+    counter = -1;
+}
+
+void StopSignals::connect(std::function<void()> stop) {
+    if (!state_->events) {
+        return;
+    }
+    state_->notifier =
+        std::make_unique<QSocketNotifier>(state_->events.get(), QSocketNotifier::Read);
+    QObject::connect(state_->notifier.get(),
+                     &QSocketNotifier::activated,
+                     state_->notifier.get(),
+                     [this, stop = std::move(stop)] {
+                         eventfd_t count = 0;
+                         if (::eventfd_read(state_->events.get(), &count) == 0) {
+                             stop();
+                         }
+                     });
+}
+
+}  // namespace quillet::platform

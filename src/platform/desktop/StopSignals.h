@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace quillet::platform {
+
+// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into a call from the event
+// loop. Those that the program was started to ignore stay ignored, and programs started from here
+// inherit nothing. One at a time; main thread only.
+class StopSignals {
+public:
+    // From now on the signals no longer end the program.
+    StopSignals();
+    // From now on they do again.
+    ~StopSignals();
+    StopSignals(const StopSignals&) = delete;
+    StopSignals& operator=(const StopSignals&) = delete;
+
+    // Calls `stop` when signals come, those that came before included. With an application object.
+    void connect(std::function<void()> stop);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace quillet::platform
