@@ -5,6 +5,7 @@
 #include <QInputEvent>
 #include <QObject>
 #include <QSysInfo>
+#include <QTimer>
 #include <chrono>
 #include <cstdint>
 
@@ -14,18 +15,21 @@ namespace quillet::platform {
 class ActivationTokens::InputClock final : public QObject {
 public:
     InputClock() {
+        nextTurn_.setSingleShot(true);
+        connect(&nextTurn_, &QTimer::timeout, this, [this] { input_ = 0; });
         if (QCoreApplication* application = QCoreApplication::instance()) {
             application->installEventFilter(this);
         }
     }
 
-    std::uint32_t lastInput() const {
-        // Input by a screen reader comes without an event. Servers count as the system does.
-        return last_ != 0 ? last_
-                          : static_cast<std::uint32_t>(
-                                std::chrono::duration_cast<std::chrono::milliseconds>(
-                                    std::chrono::steady_clock::now().time_since_epoch())
-                                    .count());
+    // Of the input that is being dealt with. What a screen reader asks for comes without any, and
+    // is dated now: servers count as the system does.
+    std::uint32_t inputTime() const {
+        return input_ != 0 ? input_
+                           : static_cast<std::uint32_t>(
+                                 std::chrono::duration_cast<std::chrono::milliseconds>(
+                                     std::chrono::steady_clock::now().time_since_epoch())
+                                     .count());
     }
 
 protected:
@@ -33,13 +37,17 @@ protected:
         if (event->isInputEvent()) {
             const auto time =
                 static_cast<std::uint32_t>(static_cast<QInputEvent*>(event)->timestamp());
-            last_ = time != 0 ? time : last_;  // events that the toolkit makes up have none
+            if (time != 0) {  // events that the toolkit makes up have none
+                input_ = time;
+                nextTurn_.start();
+            }
         }
         return QObject::eventFilter(watched, event);
     }
 
 private:
-    std::uint32_t last_ = 0;
+    QTimer nextTurn_;          // at once
+    std::uint32_t input_ = 0;  // in this turn of the event loop; 0: none
 };
 
 ActivationTokens::ActivationTokens() : clock_(std::make_unique<InputClock>()) {}
@@ -54,7 +62,7 @@ std::optional<std::string> ActivationTokens::next() {
         .arg(QCoreApplication::applicationPid())
         .arg(QSysInfo::machineHostName())
         .arg(++count_)
-        .arg(clock_->lastInput())
+        .arg(clock_->inputTime())
         .toStdString();
 }
 
