@@ -10,6 +10,7 @@
 #include "app/PanelProgram.h"
 #include "app/SnapshotCommand.h"
 #include "platform/desktop/Display.h"
+#include "platform/desktop/SessionBus.h"
 #include "platform/foundation/FileManager.h"
 
 namespace {
@@ -28,6 +29,7 @@ void putInEnvironment(const char* name, const std::optional<std::string>& value)
 void applySettings(const CommandLine& line) {
     putInEnvironment("QUILLET_CONTAINER", line.container);
     putInEnvironment("QUILLET_BUNDLE_IDENTIFIER", line.bundleIdentifier);
+    quillet::platform::SessionBus::settleAddress();
     if (line.container && !line.container->empty() &&
         !quillet::platform::FileManager::folderExists(*line.container)) {
         std::fprintf(stderr,

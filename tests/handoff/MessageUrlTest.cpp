@@ -83,8 +83,7 @@ TEST(MessageUrl, OnlyWhatADraftHasIsWritten) {
     message->setToString("lost");
     message->setCc(recipients({}));
     message->setBcc(recipients({Text(), "a@x", ""}));
-    const std::optional<ExtensionMessage::Recipients> none;
-    message->setTo(none);
+    message->setTo(std::nullopt);
     EXPECT_EQ(urlOf(message, ""), "quillet://?bcc=%28null%29%3Ba%40x%3B%3B");
 }
 

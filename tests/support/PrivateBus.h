@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QProcess>
+#include <csignal>
 #include <memory>
 #include <string>
 
@@ -16,6 +17,7 @@ public:
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
+    const std::string& folder() const { return folder_.path(); }
     std::string address() const { return "unix:path=" + folder_.path("bus"); }
 
     // Before the start: lets the bus start `command` for whoever calls `name`.
@@ -24,13 +26,22 @@ public:
                           "[D-BUS Service]\nName=" + name + "\nExec=" + command + "\n");
     }
 
+    // Before the start: how long the bus waits for what it starts.
+    void setStartTime(int milliseconds) {
+        mode_ = "--config-file=" +
+                folder_.writeFile("bus.conf",
+                                  "<busconfig><include>/usr/share/dbus-1/session.conf</include>"
+                                  "<limit name='service_start_timeout'>" +
+                                      std::to_string(milliseconds) + "</limit></busconfig>");
+    }
+
     bool start() {
         daemon_ = std::make_unique<QProcess>();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("XDG_DATA_HOME"), QString::fromStdString(folder_.path()));
         daemon_->setProcessEnvironment(environment);
         daemon_->start(QStringLiteral("dbus-daemon"),
-                       {QStringLiteral("--session"),
+                       {QString::fromStdString(mode_),
                         QStringLiteral("--nofork"),
                         QStringLiteral("--nopidfile"),
                         QStringLiteral("--print-address"),
@@ -38,6 +49,8 @@ public:
         return daemon_->waitForReadyRead();
     }
 
+    void pause() const { ::kill(static_cast<pid_t>(daemon_->processId()), SIGSTOP); }
+    void resume() const { ::kill(static_cast<pid_t>(daemon_->processId()), SIGCONT); }
     void stop() {
         if (daemon_) {
             daemon_->kill();
@@ -47,6 +60,7 @@ public:
 
 private:
     TemporaryFolder folder_;
+    std::string mode_ = "--session";
     std::unique_ptr<QProcess> daemon_;
 };
 

@@ -36,6 +36,8 @@ public:
 
     bool isReachable() const { return isReachable_; }
     const std::vector<Request>& requests() const { return requests_; }
+    // Answers further requests with this error.
+    void failWith(const char* error) { error_ = QLatin1String(error); }
 
     QString introspect(const QString& /*path*/) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
@@ -51,12 +53,14 @@ public:
         }
         request.platformData = qdbus_cast<QVariantMap>(arguments[1].value<QDBusArgument>());
         requests_.push_back(std::move(request));
-        return bus.send(message.createReply());
+        return bus.send(error_.isEmpty() ? message.createReply()
+                                         : message.createErrorReply(error_, QString()));
     }
 
 private:
     QDBusConnection bus_;
     bool isReachable_ = false;
+    QString error_;
     std::vector<Request> requests_;
 };
 

@@ -4,6 +4,8 @@
 #include <gio/gio.h>
 #include <memory>
 
+#include "platform/desktop/SessionBus.h"
+
 namespace quillet::platform {
 
 namespace {
@@ -48,6 +50,9 @@ Reference<GAppLaunchContext> contextOf(const std::optional<std::string>& token) 
         } else {
             g_app_launch_context_unsetenv(context.get(), variable);
         }
+    }
+    if (SessionBus::isAddressSettled()) {
+        g_app_launch_context_unsetenv(context.get(), "DBUS_SESSION_BUS_ADDRESS");
     }
     return context;
 }

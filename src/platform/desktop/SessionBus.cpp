@@ -2,11 +2,12 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QFileInfo>
 #include <QObject>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
+#include <gio/gio.h>
+#include <memory>
 
 #include "platform/foundation/NotificationCenter.h"
 
@@ -19,17 +20,26 @@ constexpr std::chrono::milliseconds kLongestRetry{30'000};
 constexpr int kFlushTimeout = 2000;  // milliseconds
 constexpr std::string_view kConnected = "connected";
 
-// Where the bus listens; empty where the environment names none. Asking the library for "the
-// session bus" instead would start one in some sessions, and keep the first address for ever.
-QString busAddress() {
-    QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-    if (!given.isEmpty()) {
-        return given;
+constexpr const char* kAddressVariable = "DBUS_SESSION_BUS_ADDRESS";
+constexpr QByteArrayView kNoAddress = "disabled:";  // as other programs write it
+bool isSettled = false;                             // by us, not by the user
+
+// Where the session's bus is by convention; empty where there is no folder for it.
+QByteArray usualAddress() {
+    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
+    if (folder.isEmpty()) {
+        return {};
     }
-    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    const QString socket = folder + QStringLiteral("/bus");
-    return !folder.isEmpty() && QFileInfo::exists(socket) ? QStringLiteral("unix:path=") + socket
-                                                          : QString();
+    const std::unique_ptr<char, decltype(&g_free)> path(
+        g_dbus_address_escape_value((folder + "/bus").constData()), &g_free);
+    return QByteArrayLiteral("unix:path=") + path.get();
+}
+
+// Where the bus listens; empty where nothing tells. Asking the library for "the session bus"
+// instead would start one in some sessions, and keep the first address for ever.
+QString busAddress() {
+    const QByteArray given = qgetenv(kAddressVariable);
+    return QString::fromLocal8Bit(given.isEmpty() ? usualAddress() : given);
 }
 
 }  // namespace
@@ -107,6 +117,17 @@ SessionBus& SessionBus::shared() {
     // Never destroyed: services with static lifetime lean on it.
     static auto* const bus = new SessionBus;
     return *bus;
+}
+
+void SessionBus::settleAddress() {
+    if (qEnvironmentVariableIsEmpty(kAddressVariable)) {
+        const QByteArray usual = usualAddress();
+        isSettled = qputenv(kAddressVariable, usual.isEmpty() ? kNoAddress.toByteArray() : usual);
+    }
+}
+
+bool SessionBus::isAddressSettled() {
+    return isSettled;
 }
 
 SessionBus::SessionBus() : state_(std::make_unique<State>()) {}

@@ -7,12 +7,20 @@
 namespace quillet::platform {
 
 // A connection to the session bus. Never starts a bus; finds it by DBUS_SESSION_BUS_ADDRESS, else
-// as $XDG_RUNTIME_DIR/bus. A lost connection is made anew as soon as there is a bus again. Main
-// thread only.
+// as $XDG_RUNTIME_DIR/bus. A lost connection is made anew as soon as there is a bus again. Making
+// one waits for the bus's welcome: for long where a bus lets programs in and never answers, which
+// no program of such a session is spared. Main thread only.
 class SessionBus {
 public:
     // The one that the services of this folder share.
     static SessionBus& shared();
+
+    // Keeps the libraries of this process from starting a bus where the environment names none: it
+    // names from now on the one that would be found, or none at all. Before any thread is started.
+    static void settleAddress();
+    // Whether the environment names a bus by settleAddress() only, which is no matter of the
+    // programs that are started from here.
+    static bool isAddressSettled();
 
     SessionBus();
     ~SessionBus();

@@ -5,21 +5,23 @@
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
-#include <QDeadlineTimer>
 #include <QObject>
 #include <QStringList>
-#include <QThread>
 #include <QVariantMap>
 #include <algorithm>
+#include <chrono>
+#include <limits>
 #include <list>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "platform/desktop/ActivationTokens.h"
 #include "platform/desktop/DesktopEntry.h"
 #include "platform/desktop/SessionBus.h"
+#include "platform/foundation/Log.h"
 
 namespace quillet::platform {
 
@@ -31,9 +33,12 @@ constexpr QLatin1String kToken("activation-token");        // for Wayland
 constexpr QLatin1String kStartupId("desktop-startup-id");  // for X11
 constexpr QLatin1String kBus("org.freedesktop.DBus");
 constexpr QLatin1String kBusPath("/org/freedesktop/DBus");
-constexpr int kBusTime = 500;         // milliseconds that the bus has for an answer
-constexpr int kAnswerTime = 120'000;  // milliseconds, as long as a bus waits for what it starts
-constexpr unsigned long kPollInterval = 5;  // milliseconds
+constexpr int kBusTime = 250;  // milliseconds that the interface waits for the bus's answer
+// The bus gives up on an application that does not come up, and says so; nobody else may.
+constexpr int kUnlimited = std::numeric_limits<int>::max();
+constexpr std::chrono::milliseconds kOften{5};
+constexpr std::chrono::milliseconds kSeldom{100};
+constexpr std::chrono::seconds kLong{1};  // a wait from which on it is looked seldom
 
 // What is asked of an application.
 struct Request {
@@ -76,21 +81,27 @@ QString objectPathOf(const QString& identifier) {
     return path.replace(QLatin1Char('-'), QLatin1Char('_'));
 }
 
+QDBusMessage busCall(const char* member, const QVariantList& arguments) {
+    QDBusMessage call = QDBusMessage::createMethodCall(kBus, kBusPath, kBus, QLatin1String(member));
+    call.setArguments(arguments);
+    return call;
+}
+
 // What the bus itself answers; none where it does not in time.
-QVariant askBus(const QDBusConnection& bus, const char* member, const QVariantList& arguments) {
-    QDBusMessage question =
-        QDBusMessage::createMethodCall(kBus, kBusPath, kBus, QLatin1String(member));
-    question.setArguments(arguments);
+QVariant askBus(const QDBusConnection& bus, const QDBusMessage& question) {
     const QDBusMessage answer = bus.call(question, QDBus::Block, kBusTime);
     return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0) : QVariant();
 }
 
-bool isRunning(const QDBusConnection& bus, const QString& name) {
-    return askBus(bus, "NameHasOwner", {name}).toBool();
-}
-
-bool isStartable(const QDBusConnection& bus, const QString& name) {
-    return askBus(bus, "ListActivatableNames", {}).toStringList().contains(name);
+// False where the bus says that no such application runs or could be started. A bus that is slow to
+// answer may know it.
+bool mayBeReached(const QDBusConnection& bus, const QString& name) {
+    const QVariant isRunning = askBus(bus, busCall("NameHasOwner", {name}));
+    if (!isRunning.isValid() || isRunning.toBool()) {
+        return true;
+    }
+    const QVariant names = askBus(bus, busCall("ListActivatableNames", {}));
+    return !names.isValid() || names.toStringList().contains(name);
 }
 
 QDBusMessage openCall(const Request& request) {
@@ -116,80 +127,134 @@ bool openWithDesktopEntry(const Request& request) {
     return openWithDesktopEntry(request.identifier.toStdString(), request.urls, request.token);
 }
 
+void logLoss(const Request& request) {
+    Log::write("Workspace no application took a request %@", {request.identifier.toStdString()});
+}
+
 // Whether the answer says that no application has taken the call: none could be started, or the one
-// that runs does not know it. After any other error it may have been followed.
-bool isUntaken(const QDBusError& error) {
+// that runs does not know it. After any other error, and where the one that had it is gone, it may
+// have been followed.
+bool isUntaken(const QDBusMessage& answer) {
+    const QDBusError error(answer);
     switch (error.type()) {
+        case QDBusError::NoError:
+        case QDBusError::NoReply:
+            return false;
         case QDBusError::ServiceUnknown:
         case QDBusError::UnknownObject:
         case QDBusError::UnknownInterface:
         case QDBusError::UnknownMethod:
             return true;
-        default:
-            return error.name().startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."));
+        default:  // of the bus, or of the library for a call that it could not send
+            return answer.service() == kBus || answer.service().isEmpty();
     }
+}
+
+// Whether somebody has answered; the library makes up answers for calls whose connection has ended.
+bool isAnswered(const QDBusPendingCall& call) {
+    return call.isFinished() && !call.reply().service().isEmpty();
 }
 
 }  // namespace
 
 struct Workspace::State final : public QObject {
 public:
-    explicit State(SessionBus& sessionBus) : bus(sessionBus) {}
+    explicit State(SessionBus& sessionBus) : bus_(sessionBus) {
+        bus_.addObserver(this, [this] { settle(); });
+    }
+    ~State() override { bus_.removeObserver(this); }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
 
     // False where the bus is missing or knows no such application.
     bool openOverBus(Request request) {
-        const auto connection = busConnection();
-        if (!connection || !isBusName(request.identifier.toStdString()) ||
-            !(isRunning(*connection, request.identifier) ||
-              isStartable(*connection, request.identifier))) {
+        const QString connection = connectionName();
+        if (connection.isEmpty() || !isBusName(request.identifier.toStdString())) {
             return false;
         }
-        auto* const watcher = new QDBusPendingCallWatcher(
-            connection->asyncCall(openCall(request), kAnswerTime), this);
-        pending_.emplace_back(watcher, std::move(request));
-        connect(watcher, &QDBusPendingCallWatcher::finished, this, [this] { settleAnswered(); });
+        const bool isReachable = mayBeReached(QDBusConnection(connection), request.identifier);
+        if (connectionName() != connection) {
+            return openOverBus(std::move(request));  // an end shows when the bus is spoken to
+        }
+        if (!isReachable) {
+            return false;
+        }
+        pending_.push_back(send(std::move(request), connection));
         return true;
     }
 
     // Whether every request has arrived at its application, or has been answered.
     bool isHandedOver() {
-        settleAnswered();
-        const auto connection = busConnection();
-        return pending_.empty() ||
-               (connection && bus.flush() &&
-                std::all_of(pending_.begin(), pending_.end(), [&](const Pending& pending) {
-                    // The bus gives a name's owner all that waited for it at once.
-                    return isRunning(*connection, pending.second.identifier);
-                }));
-    }
-
-    SessionBus& bus;
-    ActivationTokens tokens;
-
-private:
-    using Pending = std::pair<QDBusPendingCallWatcher*, Request>;
-
-    std::optional<QDBusConnection> busConnection() {
-        const std::string name = bus.connectionName();
-        return name.empty() ? std::nullopt
-                            : std::optional(QDBusConnection(QString::fromStdString(name)));
-    }
-
-    void settleAnswered() {
-        pending_.remove_if([](const Pending& pending) {
-            const auto& [watcher, request] = pending;
-            if (!watcher->isFinished()) {
-                return false;
-            }
-            if (watcher->isError() && isUntaken(watcher->error())) {
-                openWithDesktopEntry(request);
-            }
-            watcher->deleteLater();
-            return true;
+        settle();
+        return std::all_of(pending_.begin(), pending_.end(), [](const Pending& pending) {
+            return isAnswered(pending.receipt);
         });
     }
 
-    std::list<Pending> pending_;  // requests without an answer
+    void logWaiting() const {
+        for (const Pending& pending : pending_) {
+            if (!isAnswered(pending.receipt)) {
+                logLoss(pending.request);
+            }
+        }
+    }
+
+    ActivationTokens tokens;
+
+private:
+    // A request without an answer.
+    struct Pending {
+        Request request;
+        QString connection;  // on which it was sent
+        QDBusPendingCallWatcher* answer;
+        // The bus's answer to a question that was sent after the request. It comes once the request
+        // waits no longer: the application has it, or will never have it.
+        QDBusPendingCall receipt;
+    };
+
+    QString connectionName() { return QString::fromStdString(bus_.connectionName()); }
+
+    Pending send(Request request, const QString& connection) {
+        const QDBusConnection bus(connection);
+        auto* const answer =
+            new QDBusPendingCallWatcher(bus.asyncCall(openCall(request), kUnlimited), this);
+        connect(answer, &QDBusPendingCallWatcher::finished, this, [this] { settle(); });
+        const QDBusPendingCall receipt = bus.asyncCall(
+            busCall("StartServiceByName", {request.identifier, quint32{0}}), kUnlimited);
+        return {std::move(request), connection, answer, receipt};
+    }
+
+    // Deals with what is answered, and sends again what waited in a bus that is gone. What an
+    // application had by then may have been followed.
+    void settle() {
+        const QString connection = connectionName();  // may come back here, so before the loop
+        for (auto next = pending_.begin(); next != pending_.end();) {
+            const auto pending = next++;
+            const bool isLost = pending->connection != connection && !isAnswered(*pending->answer);
+            if (isLost && !isAnswered(pending->receipt)) {
+                if (!connection.isEmpty()) {
+                    pending->answer->deleteLater();
+                    *pending = send(std::move(pending->request), connection);
+                }
+            } else if (isLost || pending->answer->isFinished()) {
+                if (!isLost) {
+                    openElsewhere(*pending);
+                }
+                pending->answer->deleteLater();
+                pending_.erase(pending);
+            }
+        }
+    }
+
+    // Where nobody has taken an answered request.
+    static void openElsewhere(const Pending& pending) {
+        if (isUntaken(pending.answer->reply()) && !openWithDesktopEntry(pending.request)) {
+            logLoss(pending.request);
+        }
+    }
+
+    SessionBus& bus_;
+    std::list<Pending> pending_;
 };
 
 Workspace& Workspace::sharedWorkspace() {
@@ -217,12 +282,14 @@ bool Workspace::openURLs(std::span<const URL> urls,
 }
 
 bool Workspace::flush(std::chrono::milliseconds limit) {
-    const QDeadlineTimer deadline(limit);
+    const auto start = std::chrono::steady_clock::now();
     while (!state_->isHandedOver()) {
-        if (deadline.hasExpired()) {
+        const auto waited = std::chrono::steady_clock::now() - start;
+        if (waited >= limit) {
+            state_->logWaiting();
             return false;
         }
-        QThread::msleep(kPollInterval);
+        std::this_thread::sleep_for(waited < kLong ? kOften : kSeldom);
     }
     return true;
 }

@@ -26,12 +26,13 @@ inline constexpr std::string_view kBackgroundEntry = "x-quillet-background";
 // An application is first sought on the session bus, by the name that is its identifier, running or
 // to be started by the bus, and asked by org.freedesktop.Application.Open. Where the bus does not
 // know the name, or says later that nobody took the call, the command of the installed desktop
-// entry IDENTIFIER.desktop is run. Requests in the foreground carry an activation token, except on
-// Wayland, where the toolkit has none to give.
+// entry IDENTIFIER.desktop is run. A request that waits for its application when the bus goes away
+// is sent again when the bus is back. Requests in the foreground carry an activation token, except
+// on Wayland, where the toolkit has none to give.
 class Workspace {
 public:
     // The one of the program, which should be made when the program starts: an activation token
-    // tells the time of the last input that it saw. Never destroyed.
+    // tells the time of the input that led to it. Never destroyed.
     static Workspace& sharedWorkspace();
 
     // On a connection of the caller's, which outlives the workspace.
@@ -47,8 +48,9 @@ public:
 
     // Before the program ends: waits until the applications have all requests, since the bus
     // forgets a request for one that still starts when the sender leaves. False where some are not
-    // handed over after `limit`.
-    bool flush(std::chrono::milliseconds limit = std::chrono::seconds(15));
+    // handed over after `limit`, which is logged; the default is as long as the bus waits for an
+    // application to start.
+    bool flush(std::chrono::milliseconds limit = std::chrono::minutes(2));
 
 private:
     struct State;

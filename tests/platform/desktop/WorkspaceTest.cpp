@@ -1,6 +1,6 @@
 #include <QProcess>
+#include <QPushButton>
 #include <QTest>
-#include <QWidget>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 #include "platform/desktop/Workspace.h"
 #include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/RecordingApplication.h"
 #include "tests/support/TemporaryFolder.h"
@@ -27,6 +28,9 @@ constexpr auto kForeground = LaunchOptions::AllowingClassicStartup;
 constexpr auto kBackground = LaunchOptions::WithoutActivation;
 const std::string kName = "it.tarno.quillet";
 const std::string kText = "quillet://open?mail=a%40b&messageid=1[2]";
+// What a desktop entry's program writes down: tokens, whether there is a bus, URLs.
+const std::string kTokens = "(quillet[^ ]+_TIME[1-9][0-9]* ){2}";
+const std::string kBackgroundRecord = "none none bus " + kText + "\n";
 
 // A workspace, and desktop entries whose program keeps what it is started with.
 class WorkspaceTest : public testing::Test {
@@ -44,11 +48,11 @@ protected:
         static const TemporaryFolder data;
         static const EnvironmentVariable home("XDG_DATA_HOME", data.path());
         data_ = &data;
-        const std::string script = data.writeFile(
-            "record.sh",
-            "cd " + data.path() +
-                "\necho \"${DESKTOP_STARTUP_ID-none} ${XDG_ACTIVATION_TOKEN-none} $*\" > new\n"
-                "mv new record\n");
+        const std::string script =
+            data.writeFile("record.sh",
+                           "echo \"${DESKTOP_STARTUP_ID-none} ${XDG_ACTIVATION_TOKEN-none} \""
+                           "\"${DBUS_SESSION_BUS_ADDRESS+bus }$*\" >> " +
+                               data.path("record"));
         for (const auto& [identifier, keys, isOpened] : kEntries) {
             std::string text = std::string("[Desktop Entry]\nType=Application\nName=Host\n") + keys;
             const std::size_t place = text.find("record");
@@ -57,15 +61,12 @@ protected:
         }
     }
 
-    // What a desktop entry's program writes down; "" while nothing is.
+    // What the programs of desktop entries have written down; "" for nothing.
     static std::string takeRecord() {
-        const std::string record = data_->path("record");
-        if (!waitUntil([&] { return std::filesystem::exists(record); })) {
-            return "";
-        }
-        const std::string text = contentsOf(record);
-        std::filesystem::remove(record);
-        return text;
+        std::string record;
+        waitUntil([&] { return !(record = contentsOf(data_->path("record"))).empty(); });
+        std::filesystem::remove(data_->path("record"));
+        return record;
     }
 
     struct Entry {
@@ -88,13 +89,16 @@ protected:
 
 const TemporaryFolder* WorkspaceTest::data_ = nullptr;
 
-TEST_F(WorkspaceTest, ARequestCarriesATokenOfTheLastInputOrSaysThatItStaysInTheBackground) {
+TEST_F(WorkspaceTest, ARequestCarriesATokenOfItsInputOrSaysThatItStaysInTheBackground) {
     const RecordingApplication host(QStringLiteral("it.tarno.quillet.beta-8"));
-    QWidget window;
-    window.show();
-    QTest::mousePress(window.windowHandle(), Qt::LeftButton);
+    QPushButton button;
+    QObject::connect(&button, &QPushButton::pressed, &button, [this] {
+        EXPECT_TRUE(open("it.tarno.quillet.beta-8", kForeground));
+    });
+    button.show();
+    QTest::mousePress(button.windowHandle(), Qt::LeftButton);
     const std::string time = "_TIME" + std::to_string(QTest::lastMouseTimestamp);
-    for (const auto options : {kForeground, kForeground, kBackground}) {
+    for (const auto options : {kForeground, kBackground}) {
         EXPECT_TRUE(open("it.tarno.quillet.beta-8", options));
     }
     ASSERT_TRUE(waitUntil([&] { return host.requests().size() == 3; }));
@@ -105,7 +109,8 @@ TEST_F(WorkspaceTest, ARequestCarriesATokenOfTheLastInputOrSaysThatItStaysInTheB
     const QVariant token = data.take(QStringLiteral("activation-token"));
     EXPECT_THAT(token.toString().toStdString(), MatchesRegex("[^ ]+" + time));
     EXPECT_EQ(data, (QVariantMap{{QStringLiteral("desktop-startup-id"), token}}));
-    EXPECT_NE(host.requests()[1].platformData[QStringLiteral("activation-token")], token);
+    const QVariant later = host.requests()[1].platformData[QStringLiteral("activation-token")];
+    EXPECT_FALSE(later.toString().endsWith(QString::fromStdString(time)));  // of no input
     EXPECT_EQ(host.requests()[2].platformData,
               (QVariantMap{{QStringLiteral("x-quillet-background"), true}}));
 }
@@ -137,24 +142,54 @@ TEST_F(WorkspaceTest, DesktopEntriesAreRunWhereTheirProgramIsThere) {
     for (const auto& [identifier, keys, isOpened] : kEntries) {
         SCOPED_TRACE(identifier);
         ASSERT_EQ(open(identifier, kBackground), isOpened);
-        ASSERT_TRUE(!isOpened || takeRecord() == "none none " + kText + "\n");
+        ASSERT_TRUE(!isOpened || takeRecord() == kBackgroundRecord);
         ASSERT_EQ(open(identifier, kForeground), isOpened);
         EXPECT_THAT(isOpened ? takeRecord() : "",
-                    MatchesRegex(isOpened ? "(quillet[^ ]+_TIME[0-9]+ ){2}quillet:[^ ]+\n" : ""));
+                    MatchesRegex(isOpened ? kTokens + "bus quillet:[^ ]+\n" : ""));
     }
 }
 
-// A bus that starts a program which never comes up.
+TEST_F(WorkspaceTest, OnlyWhatTheApplicationDoesNotKnowIsTriedWithItsDesktopEntryToo) {
+    RecordingApplication host(QStringLiteral("it.tarno.Plain"));
+    host.failWith("it.tarno.Error.Failed");
+    EXPECT_TRUE(open("it.tarno.Plain", kForeground));
+    EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
+    host.failWith("org.freedesktop.DBus.Error.UnknownMethod");
+    for (const std::size_t asked : {2, 3}) {  // a record of the first would come before the last
+        EXPECT_TRUE(open("it.tarno.Plain", kBackground));
+        EXPECT_EQ(takeRecord(), kBackgroundRecord);
+        EXPECT_EQ(host.requests().size(), asked);
+    }
+}
+
+TEST_F(WorkspaceTest, NoBusIsStartedWhereTheSessionHasNone) {
+    const TemporaryFolder folder;
+    const std::string starter = folder.writeFile("dbus-launch", "#!/bin/sh\ntouch $0.started\n");
+    std::filesystem::permissions(starter, std::filesystem::perms::owner_all);
+    const EnvironmentVariable path("PATH", folder.path() + ":/usr/bin:/bin");
+    const EnvironmentVariable display("DISPLAY", ":9");
+    const EnvironmentVariable runtimeFolder("XDG_RUNTIME_DIR", std::nullopt);
+    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
+    EXPECT_EQ(QProcess::execute(QStringLiteral(OPEN_URL),
+                                {QStringLiteral("it.tarno.Plain"), QString::fromStdString(kText)}),
+              0);
+    EXPECT_THAT(takeRecord(), MatchesRegex(kTokens + "quillet:[^ ]+\n"));
+    EXPECT_FALSE(std::filesystem::exists(starter + ".started"));
+}
+
+// A bus that starts programs which never come up.
 class WorkspaceStartTest : public WorkspaceTest {
 protected:
-    bool startWithSlowHost() {
+    void addSlowHost(const std::string& identifier) {
         const std::string pid = std::to_string(QCoreApplication::applicationPid());
         daemon_.addService(
-            kName,
+            identifier,
             "/bin/sh " + folder_.writeFile("slow.sh",
                                            "touch " + folder_.path("started") +
                                                "\nexec tail -f --pid=" + pid + " /dev/null"));
-        return daemon_.start();
+    }
+    bool takeStart() {
+        return waitUntil([&] { return std::filesystem::remove(folder_.path("started")); });
     }
 
     TemporaryFolder folder_;
@@ -163,29 +198,89 @@ protected:
 };
 
 TEST_F(WorkspaceStartTest, AProgramEndsOnceTheApplicationThatStartsHasItsRequest) {
-    ASSERT_TRUE(startWithSlowHost());
-    QProcess sender;
-    sender.start(QStringLiteral(OPEN_URL),
-                 {QString::fromStdString(kName), QString::fromStdString(kText)});
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(folder_.path("started")); }));
-    EXPECT_EQ(sender.state(), QProcess::Running);
-    const RecordingApplication host(QString::fromStdString(kName));
-    EXPECT_TRUE(sender.waitForFinished());
-    EXPECT_EQ(sender.exitCode(), 0);
-    EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
+    addSlowHost(kName);
+    addSlowHost("it.tarno.quillet2");
+    ASSERT_TRUE(daemon_.start());
+    QStringList arguments{QString::fromStdString(kName), QString::fromStdString(kText)};
+    for (const char* identifier : {"it.tarno.quillet", "it.tarno.quillet2"}) {
+        SCOPED_TRACE(identifier);
+        arguments[0] = QString::fromUtf8(identifier);
+        QProcess sender;
+        sender.start(QStringLiteral(OPEN_URL), arguments);
+        ASSERT_TRUE(takeStart());
+        sender.terminate();
+        EXPECT_EQ(sender.state(), QProcess::Running);
+        const RecordingApplication host(arguments[0]);
+        EXPECT_TRUE(sender.waitForFinished());
+        EXPECT_EQ(sender.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(sender.exitCode(), 0);
+        EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
+        arguments.append(QStringLiteral("stay"));
+    }
 }
 
 TEST_F(WorkspaceStartTest, WaitingForAnApplicationThatNeverComesUpEnds) {
-    ASSERT_TRUE(startWithSlowHost());
+    addSlowHost(kName);
+    ASSERT_TRUE(daemon_.start());
     EXPECT_TRUE(open(kName));
+    const LogCapture log;
     EXPECT_FALSE(workspace_.flush(std::chrono::milliseconds(50)));
+    EXPECT_EQ(log.lines(), std::vector{"Workspace no application took a request " + kName});
 }
 
 TEST_F(WorkspaceStartTest, ARequestThatNobodyTakesGoesToTheDesktopEntry) {
     daemon_.addService("it.tarno.Plain", "/bin/false");
+    daemon_.setStartTime(50);
+    addSlowHost("it.tarno.OfTheBus");
     ASSERT_TRUE(daemon_.start());
+    for (const char* identifier : {"it.tarno.Plain", "it.tarno.OfTheBus"}) {
+        EXPECT_TRUE(open(identifier, kBackground));
+        EXPECT_EQ(takeRecord(), kBackgroundRecord);
+    }
+}
+
+TEST_F(WorkspaceStartTest, ARequestOutlivesItsBusUntilAnApplicationHasIt) {
+    addSlowHost(kName);
+    ASSERT_TRUE(daemon_.start());
+    EXPECT_TRUE(open(kName));
+    ASSERT_TRUE(takeStart());
+    daemon_.stop();
+    for (const std::size_t waiting : {1, 0}) {
+        SCOPED_TRACE(waiting);
+        ASSERT_TRUE(daemon_.start());
+        const RecordingApplication host(QString::fromStdString(kName));
+        EXPECT_TRUE(open(kName, kBackground));
+        EXPECT_TRUE(waitUntil([&] {
+            return !host.requests().empty() && host.requests().back().platformData.contains(
+                                                   QStringLiteral("x-quillet-background"));
+        }));
+        EXPECT_EQ(host.requests().size(), waiting + 1);
+        EXPECT_TRUE(open(kName));
+        EXPECT_TRUE(workspace_.flush());  // the host has this one, but does not answer
+        daemon_.stop();
+    }
+}
+
+TEST_F(WorkspaceStartTest, ABusThatIsSlowToAnswerStillPassesRequestsOn) {
+    ASSERT_TRUE(daemon_.start());
+    const RecordingApplication host(QString::fromStdString(kName));
+    EXPECT_TRUE(open(kName));
+    daemon_.pause();
+    EXPECT_TRUE(open(kName));
     EXPECT_TRUE(open("it.tarno.Plain", kBackground));
-    EXPECT_EQ(takeRecord(), "none none " + kText + "\n");
+    daemon_.resume();
+    EXPECT_EQ(takeRecord(), kBackgroundRecord);
+    EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 2; }));
+}
+
+TEST_F(WorkspaceStartTest, TheBusIsFoundInARuntimeFolderOfAnyName) {
+    ASSERT_TRUE(daemon_.start());
+    const RecordingApplication host(QString::fromStdString(kName));
+    const std::string link = folder_.path("a b,guid=%41;größe");
+    std::filesystem::create_directory_symlink(daemon_.folder(), link);
+    const EnvironmentVariable runtimeFolder("XDG_RUNTIME_DIR", link);
+    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
+    EXPECT_TRUE(open(kName));
 }
 
 }  // namespace
