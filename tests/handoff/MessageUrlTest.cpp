@@ -83,7 +83,8 @@ TEST(MessageUrl, OnlyWhatADraftHasIsWritten) {
     message->setToString("lost");
     message->setCc(recipients({}));
     message->setBcc(recipients({Text(), "a@x", ""}));
-    message->setTo(std::nullopt);
+    const std::optional<ExtensionMessage::Recipients> none;
+    message->setTo(none);
     EXPECT_EQ(urlOf(message, ""), "quillet://?bcc=%28null%29%3Ba%40x%3B%3B");
 }
 
