@@ -5,6 +5,7 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <limits>
+#include <mutex>
 
 namespace quillet::platform {
 
@@ -28,6 +29,13 @@ bool isWhole(const Bitmap& bitmap) {
            bitmap.pixels.size() == bitmap.width * bitmap.height * Bitmap::kBytesPerPixel;
 }
 
+// Cameras make pictures that are larger than what the toolkit takes by itself (128 MiB).
+void allowLargePictures() {
+    constexpr int kLimit = 1024;  // MiB
+    static std::once_flag once;
+    std::call_once(once, [] { QImageReader::setAllocationLimit(kLimit); });
+}
+
 }  // namespace
 
 Result<std::string> pngOfImageData(std::string_view bytes) {
@@ -36,6 +44,7 @@ Result<std::string> pngOfImageData(std::string_view bytes) {
     QBuffer buffer(&data);
     QImageReader reader(&buffer);
     reader.setAutoTransform(true);
+    allowLargePictures();
     const QImage image = reader.read();
     if (image.isNull()) {
         return Error{"Image", reader.error(), reader.errorString().toStdString()};

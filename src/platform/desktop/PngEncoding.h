@@ -11,7 +11,8 @@ namespace quillet::platform {
 
 // The bytes of a PNG file of the picture in an image file, turned upright as the file says, in any
 // format that the toolkit reads (PNG, JPEG, GIF, BMP …). An error (domain "Image") where there is
-// no whole picture in it, or one that takes more than 256 MiB of memory.
+// no picture in it, or one that takes more than 1 GiB of memory. Of a damaged file of some formats,
+// JPEG for one, what can be read of it.
 Result<std::string> pngOfImageData(std::string_view bytes);
 
 // The bytes of a PNG file of an image object. An error (domain "Image") where it has no pixels, or

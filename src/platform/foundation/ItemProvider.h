@@ -30,7 +30,8 @@ public:
 
     virtual bool hasItemConformingToTypeIdentifier(std::string_view type) const = 0;
     // Hands the item of that type, or why there is none, to `completion`: once, inside this call or
-    // later, on any thread.
+    // later, on any thread. The provider may be let go of while it loads: what a load needs has to
+    // outlive it.
     virtual void loadItem(std::string_view type, Completion completion) = 0;
 
 protected:

@@ -28,7 +28,7 @@ std::string_view escapeOf(char byte) {
 }  // namespace
 
 std::string StyledText::htmlRepresentation() const {
-    if (html) {
+    if (hasHtml()) {
         return *html;
     }
     std::string result;

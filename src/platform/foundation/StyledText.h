@@ -10,7 +10,8 @@ struct StyledText {
     std::string string;               // without markup; may be left out where there is HTML
     std::optional<std::string> html;  // a whole document or a part of one
 
-    bool isEmpty() const noexcept { return html ? html->empty() : string.empty(); }
+    bool hasHtml() const noexcept { return html && !html->empty(); }
+    bool isEmpty() const noexcept { return !hasHtml() && string.empty(); }
 
     // The text as HTML. What has HTML keeps it as it is: whoever shows it treats it like that of a
     // stranger's message. A plain text keeps its characters, lines, blanks and tabulators.
