@@ -119,6 +119,10 @@ bool isWrittenWithoutSpaces(char32_t code) {
     }
 }
 
+bool isSymbol(char32_t code) {
+    return (U_GET_GC_MASK(static_cast<UChar32>(code)) & U_GC_S_MASK) != 0;
+}
+
 bool isAsciiDigit(char character) noexcept {
     return character >= '0' && character <= '9';
 }

@@ -30,6 +30,8 @@ LinkCharacter linkCharacterBefore(std::string_view text, std::size_t end);
 // Whether the character is of a script that sets no space between a word and what belongs to the
 // sentence: what touches an address in other letters may then be the next word.
 bool isWrittenWithoutSpaces(char32_t code);
+// Whether the character is no letter but a sign: arrows, faces, "™", "+".
+bool isSymbol(char32_t code);
 
 bool isAsciiDigit(char character) noexcept;
 bool isAsciiLetter(char character) noexcept;

@@ -28,15 +28,18 @@ bool isHostCharacter(const LinkCharacter& character) {
         const char ascii = static_cast<char>(character.code);
         return isAsciiAlphanumeric(ascii) || ascii == '-' || ascii == '_';
     }
-    return character.role == LinkRole::Plain || character.role == LinkRole::Punctuation;
+    // Of the punctuation only what some languages write inside a word: middle dots and the like.
+    constexpr std::u32string_view kInsideWords = U"\u00B7\u0375\u05F3\u05F4\u30FB";
+    return character.role == LinkRole::Plain ||
+           kInsideWords.find(character.code) != std::u32string_view::npos;
 }
 
 std::string_view lastLabel(std::string_view name) {
     return name.substr(name.rfind('.') + 1);  // all of it where there is no dot
 }
 
-// The name without the words that follow it in a script that sets no spaces: "com" of a top-level
-// domain that goes on in such a script.
+// The name without what touches it and belongs to the sentence: "com" of a top-level domain that
+// goes on with a word of a script that sets no spaces, or with a sign such as an arrow or a face.
 std::string_view withoutTouchingWords(std::string_view name) {
     const std::string_view last = lastLabel(name);
     if (last.empty() || !isAsciiLetter(last.front())) {
@@ -45,7 +48,7 @@ std::string_view withoutTouchingWords(std::string_view name) {
     const std::size_t start = name.size() - last.size();
     for (std::size_t at = 0; at < last.size();) {
         const LinkCharacter character = linkCharacterAt(last, at);
-        if (isWrittenWithoutSpaces(character.code)) {
+        if (isWrittenWithoutSpaces(character.code) || isSymbol(character.code)) {
             return name.substr(0, start + at);
         }
         at += character.length;
