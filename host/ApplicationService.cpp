@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/desktop/ApplicationObject.h"
 #include "platform/desktop/Workspace.h"
 
 namespace quillet::host {
@@ -28,14 +29,6 @@ constexpr Method kMethods[] = {
     {QLatin1String("Open"), QLatin1String("asa{sv}")},
     {QLatin1String("ActivateAction"), QLatin1String("sava{sv}")},
 };
-
-// By the rules of desktop entries.
-QString pathOf(const QString& name) {
-    QString path = QLatin1Char('/') + name;
-    path.replace(QLatin1Char('.'), QLatin1Char('/'));
-    path.replace(QLatin1Char('-'), QLatin1Char('_'));
-    return path;
-}
 
 // Reads the entries that say whether to come to the front; those of other types say nothing.
 void readPlatformData(const QVariant& argument, Call& call) {
@@ -91,7 +84,7 @@ ApplicationService::ApplicationService(QDBusConnection bus,
                                        std::function<void(const Call&)> receive)
     : bus_(std::move(bus)),
       name_(QString::fromStdString(identifier)),
-      path_(pathOf(name_)),
+      path_(QString::fromStdString(platform::applicationObjectPath(identifier))),
       receive_(std::move(receive)) {}
 
 ApplicationService::Claim ApplicationService::claim() {

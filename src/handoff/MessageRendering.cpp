@@ -1,32 +1,22 @@
 #include "handoff/MessageRendering.h"
 
 #include <any>
-#include <optional>
 #include <utility>
 
+#include "handoff/AttachmentPath.h"
 #include "handoff/LinkMarkup.h"
 #include "platform/foundation/LinkDetector.h"
 #include "platform/foundation/TextFormat.h"
-#include "platform/foundation/URL.h"
 
 namespace quillet {
 
 namespace {
 
-// The path of an attachment; none of one that is neither a path nor a file.
-std::optional<std::string> pathOf(const std::any& attachment) {
-    if (const auto* path = std::any_cast<std::string>(&attachment)) {
-        return *path;
-    }
-    const auto* url = std::any_cast<platform::URL>(&attachment);
-    return url != nullptr && url->isFileURL() ? std::optional(url->path()) : std::nullopt;
-}
-
 std::string renderHtmlBody(ExtensionMessage& message, std::string html) {
     for (const std::any& attachment :
          message.attachments().value_or(ExtensionMessage::Attachments())) {
         // Whatever the file holds, it is shown as an image, and its path is inserted as it is.
-        if (const auto path = pathOf(attachment)) {
+        if (const auto path = attachmentPath(attachment)) {
             html += platform::formatText("<img src=\"file://%@\"/><br/>", {*path});
         }
     }

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "handoff/AttachmentPath.h"
 #include "model/ExtensionAddress.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/TextFormat.h"
@@ -35,21 +36,12 @@ Text joinedMails(const std::optional<ExtensionMessage::Recipients>& recipients) 
     return joined;
 }
 
-// The path that an attachment is; none where it is something else.
-Text pathOf(const std::any& attachment) {
-    if (const auto* path = std::any_cast<std::string>(&attachment)) {
-        return *path;
-    }
-    const auto* url = std::any_cast<URL>(&attachment);
-    return url != nullptr && url->isFileURL() ? Text(url->path()) : std::nullopt;
-}
-
 // An attachment that is left out leaves a gap in the numbers.
 void addAttachments(ParameterMap& map, const ExtensionMessage::Attachments& attachments) {
     std::size_t number = 0;
     for (const std::any& attachment : attachments) {
         const std::string key = std::string(kAttachmentKey) + std::to_string(number++);
-        Text path = pathOf(attachment);
+        Text path = attachmentPath(attachment);
         if (path && platform::firstInvalidUtf8(*path)) {
             platform::Log::write("queryUrl %@ is not UTF-8: %@", {key, platform::validUtf8(*path)});
         } else if (path) {

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/desktop/ApplicationObject.h"
+
 namespace quillet::test {
 
 // An application on the session bus that keeps what it is asked to open. It is in the test's own
@@ -24,11 +26,11 @@ public:
     explicit RecordingApplication(const QString& identifier)
         : bus_(QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
                                              identifier)) {
-        QString path = identifier;
-        path.replace(QLatin1Char('.'), QLatin1Char('/'))
-            .replace(QLatin1Char('-'), QLatin1Char('_'));
-        isReachable_ = bus_.registerVirtualObject(QLatin1Char('/') + path, this) &&
-                       bus_.registerService(identifier);
+        isReachable_ =
+            bus_.registerVirtualObject(
+                QString::fromStdString(platform::applicationObjectPath(identifier.toStdString())),
+                this) &&
+            bus_.registerService(identifier);
     }
     ~RecordingApplication() override { QDBusConnection::disconnectFromBus(bus_.name()); }
     RecordingApplication(const RecordingApplication&) = delete;

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "platform/desktop/ActivationTokens.h"
+#include "platform/desktop/ApplicationObject.h"
 #include "platform/desktop/DesktopEntry.h"
 #include "platform/desktop/SessionBus.h"
 #include "platform/foundation/Log.h"
@@ -74,13 +75,6 @@ bool isBusName(std::string_view name) {
     return hasPoint && !isStart && name.size() <= kLongest;
 }
 
-// Where an application of this name has its object, by the rules for desktop entries.
-QString objectPathOf(const QString& identifier) {
-    QString path = QLatin1Char('/') + identifier;
-    path.replace(QLatin1Char('.'), QLatin1Char('/'));
-    return path.replace(QLatin1Char('-'), QLatin1Char('_'));
-}
-
 QDBusMessage busCall(const char* member, const QVariantList& arguments) {
     QDBusMessage call = QDBusMessage::createMethodCall(kBus, kBusPath, kBus, QLatin1String(member));
     call.setArguments(arguments);
@@ -119,7 +113,10 @@ QDBusMessage openCall(const Request& request) {
         platformData.insert(kStartupId, token);
     }
     QDBusMessage call = QDBusMessage::createMethodCall(
-        request.identifier, objectPathOf(request.identifier), kInterface, kMember);
+        request.identifier,
+        QString::fromStdString(applicationObjectPath(request.identifier.toStdString())),
+        kInterface,
+        kMember);
     return call << urls << platformData;
 }
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <any>
+#include <optional>
+#include <string>
+
+namespace quillet {
+
+// The path of an attachment that is a path or a file URL; none of anything else. Any thread.
+std::optional<std::string> attachmentPath(const std::any& attachment);
+
+}  // namespace quillet
