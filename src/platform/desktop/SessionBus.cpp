@@ -1,5 +1,6 @@
 #include "platform/desktop/SessionBus.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
@@ -55,6 +56,13 @@ public:
     ~State() override { QDBusConnection::disconnectFromBus(name_); }
     State(const State&) = delete;
     State& operator=(const State&) = delete;
+
+    // Whoever asks for the connection makes a new one.
+    void disconnectNow() {
+        retry_.stop();
+        connected_ = false;
+        QDBusConnection::disconnectFromBus(name_);
+    }
 
     QString connectionName() {
         noticeLoss();
@@ -114,8 +122,13 @@ private:
 };
 
 SessionBus& SessionBus::shared() {
-    // Never destroyed: services with static lifetime lean on it.
-    static auto* const bus = new SessionBus;
+    // Never destroyed: services with static lifetime lean on it. But its connection ends with the
+    // application: what comes from the bus later would be read by a library that is being taken
+    // down.
+    static auto* const bus = [] {
+        qAddPostRoutine([] { shared().state_->disconnectNow(); });
+        return new SessionBus;
+    }();
     return *bus;
 }
 
