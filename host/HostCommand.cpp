@@ -78,10 +78,27 @@ Outcome find(const MessageKey& message, const std::string& dataFolder) {
     return outcome;
 }
 
+bool isDraftWord(std::string_view word) {
+    return word == Widget::commandCompose || word == Widget::commandMessage ||
+           word == Widget::commandSend;
+}
+
+Outcome receive(const URL& draft, const std::string& dataFolder) {
+    Outcome outcome;
+    try {
+        outcome.draft = std::make_shared<const Draft>(receiveDraft(draft, dataFolder));
+        outcome.kind = Outcome::Kind::Received;
+    } catch (const platform::Exception& exception) {
+        outcome.reason = exception.description();
+    }
+    return outcome;
+}
+
 }  // namespace
 
 bool HostCommand::shows() const {
-    return problem.empty() && (word == Widget::commandOpen || word == Widget::commandReply);
+    return problem.empty() &&
+           (draft || word == Widget::commandOpen || word == Widget::commandReply);
 }
 
 HostCommand readCommand(std::string_view url) {
@@ -96,6 +113,10 @@ HostCommand readCommand(std::string_view url) {
         return command;
     }
     command.word = valid->host();
+    if (isDraftWord(command.word)) {
+        command.draft = valid;
+        return command;
+    }
     std::string rest(url);
     command.message.identifier = takeMessageId(rest);
     try {
@@ -114,6 +135,9 @@ Outcome carryOut(const HostCommand& command, const std::string& dataFolder) {
         Outcome outcome;
         outcome.reason = command.problem;
         return outcome;
+    }
+    if (command.draft) {
+        return receive(*command.draft, dataFolder);
     }
     return command.shows() ? find(command.message, dataFolder)
                            : remove(command.message, dataFolder);

@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QLocale>
 
+#include "host/DraftBody.h"
+#include "platform/foundation/Path.h"
 #include "widget/ExtensionUtilities.h"
 
 namespace quillet::host {
@@ -33,11 +35,54 @@ std::string dateText(const ExtensionMessage& message) {
     return QLocale().toString(date, QLocale::ShortFormat).toStdString();
 }
 
+// "a@x;b@y;" as "a@x, b@y".
+std::string addressList(const std::string& recipients) {
+    const QString list = QString::fromStdString(recipients);
+    return list.split(QLatin1Char(';'), Qt::SkipEmptyParts)
+        .join(QStringLiteral(", "))
+        .toStdString();
+}
+
+QString sizeText(const DraftAttachment& attachment) {
+    switch (attachment.state) {
+        case DraftAttachment::State::Taken:
+            return QLocale().formattedDataSize(static_cast<qint64>(attachment.size), 1);
+        case DraftAttachment::State::Missing:
+            return MessageWindow::tr("missing");
+        case DraftAttachment::State::Unreadable:
+            return MessageWindow::tr("cannot be read");
+        case DraftAttachment::State::Foreign:
+            return MessageWindow::tr("not taken: not in the container");
+    }
+    return {};
+}
+
+// A line for each; line ends in a name would make lines of their own.
+std::string attachmentList(const std::vector<DraftAttachment>& attachments) {
+    QStringList lines;
+    for (const DraftAttachment& attachment : attachments) {
+        const std::string name = platform::Path::lastPathComponent(attachment.path);
+        lines.append(QString::fromStdString(name).simplified() + QStringLiteral(" (") +
+                     sizeText(attachment) + QLatin1Char(')'));
+    }
+    return lines.join(QLatin1Char('\n')).toStdString();
+}
+
+QString titleOf(const HostCommand& command) {
+    if (command.draft) {
+        return MessageWindow::tr("Draft – Quillet sample host");
+    }
+    return command.word == ExtensionUtilities::commandReply
+               ? MessageWindow::tr("Reply – Quillet sample host")
+               : MessageWindow::tr("Message – Quillet sample host");
+}
+
 }  // namespace
 
 MessageWindow::MessageWindow() : lines_(new QFormLayout(this)) {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(tr("Quillet sample host"));
+    lines_->setLabelAlignment(Qt::AlignTop);
     lines_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     setNote(tr("Click a message in the Today panel to open it here."));
     resize(kWidth, sizeHint().height());
@@ -45,13 +90,13 @@ MessageWindow::MessageWindow() : lines_(new QFormLayout(this)) {
 
 void MessageWindow::present(const HostCommand& command, const Outcome& outcome) {
     clear();
-    const bool isReply = command.word == ExtensionUtilities::commandReply;
-    setWindowTitle(isReply ? tr("Reply – Quillet sample host")
-                           : tr("Message – Quillet sample host"));
-    if (!outcome.message) {
+    setWindowTitle(titleOf(command));
+    if (outcome.draft) {
+        addDraft(*outcome.draft);
+    } else if (!outcome.message) {
         setNote(outcome.reason.empty() ? tr("This message is not in the mail store any more.")
                                        : QString::fromStdString(outcome.reason));
-    } else if (isReply) {
+    } else if (command.word == ExtensionUtilities::commandReply) {
         addHeadersOfReply(*outcome.message);
     } else {
         addHeaders(*outcome.message);
@@ -64,9 +109,9 @@ void MessageWindow::present() {
         setWindowState(windowState() & ~Qt::WindowMinimized);
     }
     show();
-    // New labels take part in the layout only once they are shown, which happens later by itself.
-    for (QLabel* label : findChildren<QLabel*>()) {
-        label->show();
+    // New rows take part in the layout only once they are shown, which happens later by itself.
+    for (QWidget* row : findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        row->show();
     }
     layout()->activate();
     resize(width(), layout()->totalHeightForWidth(width()));
@@ -89,6 +134,21 @@ void MessageWindow::addHeadersOfReply(const ExtensionMessage& message) {
     addLine(tr("To"), message.from().value_or(""));
     addLine(tr("Subject"), isReplyAlready ? subject : "Re: " + subject);
     addLine(tr("In reply to"), message.messageId().value_or(""));
+}
+
+void MessageWindow::addDraft(const Draft& draft) {
+    addLine(tr("To"), addressList(draft.to));
+    if (!draft.cc.empty()) {
+        addLine(tr("Cc"), addressList(draft.cc));
+    }
+    if (!draft.bcc.empty()) {
+        addLine(tr("Bcc"), addressList(draft.bcc));
+    }
+    addLine(tr("Subject"), draft.subject);
+    lines_->addRow(new DraftBody(draft));
+    if (!draft.attachments.empty()) {
+        addLine(tr("Attachments"), attachmentList(draft.attachments));
+    }
 }
 
 void MessageWindow::addLine(const QString& name, const std::string& text) {

@@ -9,8 +9,8 @@ class QFormLayout;
 
 namespace quillet::host {
 
-// The sample host's one window: the headers of the message that was opened last, or those of an
-// answer to it. Texts are plain text. Main thread only.
+// The sample host's one window: the headers of the message that was opened last, those of an answer
+// to it, or a draft that came. Texts are plain text, but for a draft's body. Main thread only.
 class MessageWindow final : public QWidget {
 public:
     MessageWindow();
@@ -24,6 +24,7 @@ private:
     void addLine(const QString& name, const std::string& text);
     void addHeaders(const ExtensionMessage& message);
     void addHeadersOfReply(const ExtensionMessage& message);
+    void addDraft(const Draft& draft);
     void setNote(const QString& text);
     void clear();
 

@@ -30,10 +30,33 @@ const char* nameOf(Outcome::Kind kind) {
             return "removed";
         case Outcome::Kind::Found:
             return "found";
+        case Outcome::Kind::Received:
+            return "received";
         case Outcome::Kind::Activated:
             return "activated";
     }
     return "";
+}
+
+// The URL of a draft is left out: it holds the bodies.
+void addCommand(nlohmann::ordered_json& line, const std::string& url, const HostCommand& command) {
+    if (command.draft) {
+        line["command"] = command.word;
+        return;
+    }
+    line["url"] = url;
+    line["command"] = command.word;
+    line["mail"] = command.message.account;
+    line["messageid"] = command.message.identifier;
+    line["folderstandardid"] = command.folderStandardId;
+}
+
+void addDraft(nlohmann::ordered_json& line, const Draft& draft) {
+    line["subject"] = draft.subject;
+    line["to"] = draft.to;
+    line["cc"] = draft.cc;
+    line["bcc"] = draft.bcc;
+    line["attachments"] = draft.attachments.size();
 }
 
 Outcome outcomeOfCall(const Call& call) {
@@ -91,7 +114,8 @@ void SampleHost::startNext() {
 
 SampleHost::Shown SampleHost::show(const Request& request, const Outcome& outcome) {
     const bool isActivation = outcome.kind == Outcome::Kind::Activated;
-    const bool showsMessage = request.command && request.command->shows();
+    const bool showsMessage =
+        request.command && request.command->shows() && outcome.kind != Outcome::Kind::Ignored;
     if (window_ == nullptr || request.call.isInBackground || !(isActivation || showsMessage)) {
         return Shown::No;
     }
@@ -111,11 +135,7 @@ SampleHost::Shown SampleHost::show(const Request& request, const Outcome& outcom
 void SampleHost::writeLine(const Request& request, const Outcome& outcome, Shown shown) {
     nlohmann::ordered_json line{{"time", request.time}, {"call", request.call.name}};
     if (request.command) {
-        line["url"] = request.url;
-        line["command"] = request.command->word;
-        line["mail"] = request.command->message.account;
-        line["messageid"] = request.command->message.identifier;
-        line["folderstandardid"] = request.command->folderStandardId;
+        addCommand(line, request.url, *request.command);
     }
     line["background"] = request.call.isInBackground;
     line["token"] = request.call.activation.isGiven();
@@ -125,6 +145,9 @@ void SampleHost::writeLine(const Request& request, const Outcome& outcome, Shown
     }
     if (outcome.kind == Outcome::Kind::Removed) {
         line["copies"] = outcome.copies;
+    }
+    if (outcome.draft) {
+        addDraft(line, *outcome.draft);
     }
     line["shown"] = shown != Shown::No;
     line["front"] = shown == Shown::InFront;

@@ -14,9 +14,9 @@ namespace quillet::host {
 class MessageWindow;
 
 // What the sample host does with calls: carries out the commands in them, one after the other and
-// off the main thread, since the store's lock may be held for long; shows messages; writes one line
-// of JSON for each command and each call without commands; tells the widget of changes. Main thread
-// only; it outlives the blocks it gives to the queues.
+// off the main thread, since the store's lock may be held for long; shows messages and drafts;
+// writes one line of JSON for each command and each call without commands; tells the widget of
+// changes. Main thread only; it outlives the blocks it gives to the queues.
 class SampleHost {
 public:
     // `window`: null where there is no display. `log` gets the lines.

@@ -38,7 +38,9 @@ TEST(HostCommand, UrlIsReadAsTheWidgetWritesItAndAnythingElseIsRefused) {
          good},
         {"quillet://archive?folderstandardid=1&messageid=1&mail=a", "archive", "a", "", "message"},
         {"quillet://open", "open", "", "", "names no message"},
-        {"quillet://compose?to=a", "compose", "", "", "no command"},
+        {"quillet://compose?to=%ff", "compose", "", "", good},  // a draft, which is read later
+        {"quillet://send?mail=a&messageid=1&folderstandardid=1", "send", "", "", good},
+        {"quillet://Compose?to=a", "Compose", "", "", "no command"},
         {"quillet://?mail=a&messageid=1&folderstandardid=1", "", "a", "1", "no command"},
         {"quillet:open?mail=a&messageid=1&folderstandardid=1", "", "a", "1", "no command"},
         {"mailto:a@b", "", "", "", "another scheme"},

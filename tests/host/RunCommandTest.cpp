@@ -26,6 +26,7 @@ using Json = nlohmann::json;
 const QString kName = QStringLiteral("it.tarno.quillet");
 const QString kOpen = QStringLiteral("quillet://open?mail=a&messageid=1&folderstandardid=1");
 const QString kArchive = QStringLiteral("quillet://archive?mail=a&messageid=1&folderstandardid=1");
+const QString kDraft = QStringLiteral("quillet://compose?subject=S&to=a%3B&attachment_0=%2Fgone");
 const QVariantMap kToken{{QStringLiteral("activation-token"), QStringLiteral("t_TIME1")}};
 const QVariantMap kBackground{{QStringLiteral("x-quillet-background"), true}};
 
@@ -111,6 +112,13 @@ TEST_F(RunCommand, LogTellsWhatCameAndWhatBecameOfIt) {
         {"Open", {QStringList{noUrl}, kToken}, "ignored", false, false},
         {"Open", {QStringList{}, kToken}, "activated", true, true},
         {"Open", {kOpen, 5}, "ignored", false, false},
+        {"Open", {QStringList{kDraft}, kToken}, "received", true, true},
+        {"Open", {QStringList{kDraft}, kBackground}, "received", false, false},
+        {"Open",
+         {QStringList{QStringLiteral("quillet://send?to=%ff")}, kToken},
+         "ignored",
+         false,
+         false},
         {"Activate", {}, "ignored", false, false},
         {"Open",
          {QStringList{kOpen},
@@ -131,6 +139,11 @@ TEST_F(RunCommand, LogTellsWhatCameAndWhatBecameOfIt) {
         EXPECT_EQ(line["outcome"], row.outcome) << line;
         EXPECT_EQ(line["shown"], row.isShown) << line;
         EXPECT_EQ(line["front"], row.isInFront) << line;
+        if (line["outcome"] == "received") {
+            EXPECT_EQ(line["subject"], "S");
+            EXPECT_EQ(line["to"], "a;");
+            EXPECT_EQ(line["attachments"], 1);
+        }
     }
     EXPECT_EQ(call("Quit", {}).type(), QDBusMessage::ErrorMessage);
     EXPECT_TRUE(test::waitUntil([this] { return notifications_ == 1; })) << notifications_;

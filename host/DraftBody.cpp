@@ -1,0 +1,97 @@
+#include "host/DraftBody.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QImageReader>
+#include <QRegularExpression>
+#include <algorithm>
+#include <cmath>
+
+namespace quillet::host {
+
+namespace {
+
+constexpr int kWidth = 420;         // points
+constexpr int kLowest = 60;         // points
+constexpr int kHighest = 400;       // points
+constexpr int kPictureWidth = 390;  // points
+constexpr int kPictureHeight = 300;
+constexpr std::size_t kLongest = std::size_t{64} << 10U;  // bytes of HTML that are shown
+constexpr qsizetype kMostTables = 8;
+constexpr qsizetype kMostTags = 1000;
+
+// In place of a picture that is not shown. The toolkit would look for a null one on the disk.
+QImage nothing() {
+    QImage image(1, 1, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    return image;
+}
+
+QImage read(QByteArray bytes) {
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
+    reader.setAutoTransform(true);
+    QImage image = reader.read();
+    if (image.width() <= kPictureWidth && image.height() <= kPictureHeight) {
+        return image;
+    }
+    return image.scaled(
+        kPictureWidth, kPictureHeight, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+// The toolkit's work for nested tables doubles with each level.
+QString withoutTables(QString html) {
+    static const QRegularExpression tag(
+        QStringLiteral("<(/?)(table|thead|tbody|tfoot|caption|tr|td|th)\\b"),
+        QRegularExpression::CaseInsensitiveOption);
+    return html.replace(tag, QStringLiteral("<\\1div"));
+}
+
+// Whether laying out the markup could keep the toolkit busy for minutes: deep nesting, cells that
+// reach over very many others.
+bool isHeavy(const QString& html) {
+    static const QRegularExpression wideCell(QStringLiteral("(col|row)span[^>\\d]*\\d{3}"),
+                                             QRegularExpression::CaseInsensitiveOption);
+    return html.count(QLatin1Char('<')) > kMostTags || html.contains(wideCell);
+}
+
+}  // namespace
+
+DraftBody::DraftBody(const Draft& draft) {
+    for (const DraftAttachment& attachment : draft.attachments) {
+        if (!attachment.picture.empty()) {
+            const std::string address = "file://" + attachment.path;
+            pictures_.insert(QUrl::fromEncoded(QByteArray::fromStdString(address)),
+                             QByteArray::fromStdString(attachment.picture));
+        }
+    }
+    setOpenLinks(false);
+    document()->setTextWidth(kWidth);
+    showBody(QString::fromStdString(draft.body.substr(0, kLongest)));
+    setMinimumHeight(kLowest);
+}
+
+void DraftBody::showBody(const QString& html) {
+    if (isHeavy(html)) {
+        setPlainText(html);
+    } else if (html.count(QLatin1String("<table"), Qt::CaseInsensitive) > kMostTables) {
+        setHtml(withoutTables(html));
+    } else {
+        setHtml(html);
+    }
+}
+
+QSize DraftBody::sizeHint() const {
+    const double height = std::ceil(document()->size().height()) + 2 * frameWidth();
+    return {kWidth, static_cast<int>(std::clamp<double>(height, kLowest, kHighest))};
+}
+
+QVariant DraftBody::loadResource(int type, const QUrl& name) {
+    if (type != QTextDocument::ImageResource) {
+        return {};
+    }
+    const QImage picture = read(pictures_.value(name));
+    return picture.isNull() ? nothing() : picture;
+}
+
+}  // namespace quillet::host

@@ -1,0 +1,58 @@
+#include <QImage>
+#include <gtest/gtest.h>
+
+#include "host/DraftBody.h"
+#include "platform/desktop/PngEncoding.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace quillet::host {
+namespace {
+
+TEST(DraftBody, OnlyPicturesThatCameWithTheDraftAreShown) {
+    const test::TemporaryFolder folder;
+    const std::string png = platform::pngOfBitmap({2, 1, {1, 1, 1, 1, 1, 1, 1, 1}}).value();
+    const std::string secret = "file://" + folder.writeFile("secret.png", png);
+    Draft draft;
+    for (const char* path : {"/d/a b#1%20.png", "/d/é.png", "/d/broken.png"}) {
+        draft.attachments.push_back({path, DraftAttachment::State::Taken, 1, png});
+        draft.body += "<img src=\"file://" + std::string(path) + "\"/>";
+    }
+    draft.attachments.back().picture = png.substr(0, 20);
+    DraftBody body(draft);
+    const struct {
+        std::string address;
+        int width;
+    } rows[] = {
+        {"file:///d/a b#1%20.png", 2},
+        {"file:///d/é.png", 2},
+        {"file:///d/broken.png", 1},
+        {secret, 1},
+        {secret.substr(7), 1},
+        {"http://127.0.0.1:9/a.png", 1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.address);
+        const QUrl name = QUrl::fromEncoded(QByteArray::fromStdString(row.address));
+        const auto picture =
+            body.document()->resource(QTextDocument::ImageResource, name).value<QImage>();
+        EXPECT_EQ(picture.width(), row.width);
+    }
+}
+
+TEST(DraftBody, ABodyThatTakesTheToolkitVeryLongStaysAsItIsWritten) {
+    const auto nested = [](const std::string& tag, std::size_t depth) {
+        Draft draft;
+        for (std::size_t level = 0; level < depth; ++level) {
+            draft.body += tag;
+        }
+        draft.body += "x";
+        return DraftBody(draft).toPlainText().trimmed();
+    };
+    EXPECT_EQ(nested("<b>", 900), QStringLiteral("x"));
+    EXPECT_EQ(nested("<table><tr><td>", 100), QStringLiteral("x"));
+    EXPECT_TRUE(nested("<table><tr><td>", 60'000).startsWith(QLatin1String("<table><tr>")));
+    EXPECT_EQ(nested("<td colspan='1000'>", 1), QStringLiteral("<td colspan='1000'>x"));
+}
+
+}  // namespace
+}  // namespace quillet::host
