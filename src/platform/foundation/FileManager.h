@@ -55,9 +55,9 @@ std::optional<Error> removeItem(const std::string& path);
 // exist.
 std::optional<std::string> containerPathForGroup(std::string_view group);
 
-// A folder for the user's temporary files: "quillet-<uid>" below $TMPDIR, or below /tmp where TMPDIR
-// is unset or relative. It is made with mode 0700 and refused unless it is a private folder (the
-// user owns it, nobody else has permissions) and no symbolic link.
+// A folder for the user's temporary files: "quillet-<uid>" below $TMPDIR, or below /tmp where
+// TMPDIR is unset or relative. It is made with mode 0700 and refused unless it is a private folder
+// (the user owns it, nobody else has permissions) and no symbolic link.
 Result<std::string> temporaryFolder();
 
 // A folder for per-user runtime files. It is $XDG_RUNTIME_DIR where that is an absolute path of a
