@@ -104,7 +104,11 @@ struct LeafEncoder {
         return out;
     }
 
-    std::string operator()(Null /*null*/) const { return std::string(1, '\0'); }
+    std::string operator()(Null /*null*/) const {
+        std::string out;
+        appendByte(out, 0);
+        return out;
+    }
 
     std::string operator()(bool truth) const {
         std::string out;
