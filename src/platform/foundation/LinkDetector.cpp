@@ -129,8 +129,8 @@ private:
         }
         std::size_t end = hostStart + host->length;
         url += host->name;
-        // The dot of the root domain belongs to the host where a path follows.
-        if (text_.substr(end).starts_with("./")) {
+        // The dot of the root domain belongs to a host's name where a path follows.
+        if (host->labels > 0 && text_.substr(end).starts_with("./")) {
             url += '.';
             ++end;
         }
