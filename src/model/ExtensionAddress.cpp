@@ -36,8 +36,10 @@ void ExtensionAddress::fill(const PropertyListValue& dictionary) {
 }
 
 std::string ExtensionAddress::fullName() const {
+    const Text first = firstName();
+    const Text last = lastName();
     const std::string names = platform::formatText(
-        "%@ %@", {firstName().value_or(std::string()), lastName().value_or(std::string())});
+        "%@ %@", {first ? *first : platform::kAbsentText, last ? *last : platform::kAbsentText});
     return std::string(trimmingWhitespaceAndNewlines(names));
 }
 

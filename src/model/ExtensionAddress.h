@@ -37,7 +37,8 @@ public:
     std::int64_t rank() const noexcept { return rank_; }
     void setRank(std::int64_t rank) noexcept { rank_ = rank; }
 
-    // First and last name, one blank between them, as far as there are any.
+    // First and last name, one blank between them, without white space at the ends. An absent name
+    // (in a new record, or one that was not read to its end) is written "(null)".
     std::string fullName() const;
     // "Anna Berg <anna@example.org>": the full name or else the company, and the mail address, as
     // far as there are any.

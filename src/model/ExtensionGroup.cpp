@@ -27,7 +27,7 @@ void ExtensionGroup::fill(const platform::PropertyListValue& dictionary) {
 }
 
 std::string ExtensionGroup::prettyprint() const {
-    const auto text = name();
+    const Text text = name();
     const std::string_view shown = text ? *text : platform::kAbsentText;
     const auto members = addresses();
     if (members == nullptr || members->empty()) {
@@ -37,7 +37,7 @@ std::string ExtensionGroup::prettyprint() const {
 }
 
 std::string ExtensionGroup::description() const {
-    const auto text = name();
+    const Text text = name();
     return platform::formatText("ExtensionGroup %@", {text ? *text : platform::kAbsentText});
 }
 

