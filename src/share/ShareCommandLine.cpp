@@ -3,7 +3,7 @@
 #include <getopt.h>
 #include <iterator>
 
-#include "platform/foundation/URL.h"
+#include "handoff/MessageUrl.h"
 
 namespace quillet {
 
@@ -119,7 +119,7 @@ std::variant<ShareCommandLine, ShareEarlyExit> readShareCommandLine(
     if (isHtml && isText) {
         return wrongUsage("choose one of --html and --text");
     }
-    if (!platform::URL::URLWithString("quillet://" + line.command + "?")) {
+    if (line.command.empty() || !queryUrl(*ExtensionMessage::init(), line.command)) {
         return wrongUsage("--command takes a plain word, not \"" + line.command + "\"");
     }
     return line;

@@ -13,6 +13,8 @@ TEST(ShareCommandLine, WrongUsageNamesTheWordThatIsWrong) {
         {{"--html=1"}, "\"--html=1\""},
         {{"--html", "--text"}, "one of --html and --text"},
         {{"--command", "two words"}, "\"two words\""},
+        {{"--command", "a/b"}, "\"a/b\""},
+        {{"--command="}, "not \"\""},
     };
     for (auto [words, reason] : cases) {
         SCOPED_TRACE(reason);
