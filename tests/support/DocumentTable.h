@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/support/DocumentExample.h"
@@ -18,6 +20,18 @@ inline std::vector<std::string> tableCells(const std::string& line) {
         cells.push_back(first == std::string::npos ? "" : cell.substr(first, last - first + 1));
     }
     return cells;
+}
+
+// What a cell lists, each in back-ticks of its own with a blank between them.
+inline std::vector<std::string> itemsOfCell(const std::string& cell) {
+    constexpr std::string_view kBetween = "` `";
+    std::vector<std::string> items;
+    for (std::size_t start = 0; start < cell.size();) {
+        const std::size_t end = std::min(cell.find(kBetween, start), cell.size());
+        items.push_back(cell.substr(start, end - start));
+        start = end + kBetween.size();
+    }
+    return items;
 }
 
 // The rows of the table of a page in docs/ whose first column has this heading; empty where there
