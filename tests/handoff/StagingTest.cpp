@@ -7,6 +7,7 @@
 #include "tests/handoff/ContainerFixture.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/WaitUntil.h"
 
 namespace quillet::test {
@@ -80,6 +81,8 @@ TEST_F(StagingTest, WhatCannotBeStagedIsLoggedAndLeavesTheRest) {
                                    std::string(),
                                    std::string("/"),
                                    good + std::string(1, '\0'),
+                                   // Tells a page and holds less, like a file that shrinks.
+                                   std::string("/sys/devices/system/cpu/online"),
                                    files.writeFile("large", large)}) {
         SCOPED_TRACE(bad);
         const std::size_t before = log.lines().size();
@@ -92,6 +95,32 @@ TEST_F(StagingTest, WhatCannotBeStagedIsLoggedAndLeavesTheRest) {
     EXPECT_THAT(ShareDatas("share", {large, "3"}), ElementsAre(staged("image.png")));
     EXPECT_THAT(log.lines().back(), StartsWith("Error writing file shareDatas "));
     EXPECT_THAT(stagedNames(), ElementsAre("image.png"));
+}
+
+TEST_F(StagingTest, WhatPermissionsForbidIsLoggedAndTheRestIsStaged) {
+    ShareInit("share");
+    const std::string good = files.writeFile("good", "1");
+    const std::string secret = files.writeFile("secret", "2");
+    ASSERT_EQ(::chmod(secret.c_str(), 0), 0);
+    const std::string dataFolder = container.path("SharedData");
+    const OrdinaryPermissions asUser;
+    EXPECT_THAT(ShareFiles("share", {secret, good}), ElementsAre(staged("good")));
+    ASSERT_EQ(::chmod(staged("").c_str(), 0500), 0);
+    EXPECT_THAT(ShareFiles("share", {good}), IsEmpty());
+    EXPECT_THAT(ShareDatas("share", {"3"}), IsEmpty());
+    ShareInit("share");
+    EXPECT_THAT(stagedNames(), ElementsAre("good"));
+    ASSERT_EQ(::chmod(dataFolder.c_str(), 0500), 0);
+    ShareInit("other");
+    EXPECT_THAT(linesSince(1),
+                ElementsAre(StartsWith("Error writing file shareFiles " + secret + ": Perm"),
+                            StartsWith("Error writing file shareFiles "),
+                            StartsWith("Error writing file shareDatas "),
+                            StartsWith("shareInit delete "),
+                            StartsWith("shareInit delete "),
+                            StartsWith("shareInit create ")));
+    ASSERT_EQ(::chmod(dataFolder.c_str(), 0700), 0);
+    ASSERT_EQ(::chmod(staged("").c_str(), 0700), 0);
 }
 
 TEST_F(StagingTest, AWordThatNamesNoStagingFolderTouchesNothing) {

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <linux/capability.h>
+#include <stdexcept>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace quillet::test {
+
+// Makes the permissions of files count for the calling thread during the scope, also where the
+// tests run as root, who may read and write everything otherwise.
+class OrdinaryPermissions {
+public:
+    OrdinaryPermissions() {
+        call(SYS_capget, before_);
+        auto without = before_;
+        without[0].effective &= ~(CAP_TO_MASK(CAP_DAC_OVERRIDE) | CAP_TO_MASK(CAP_DAC_READ_SEARCH));
+        call(SYS_capset, without);
+    }
+    ~OrdinaryPermissions() {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        ::syscall(SYS_capset, &header, before_.data());
+    }
+    OrdinaryPermissions(const OrdinaryPermissions&) = delete;
+    OrdinaryPermissions& operator=(const OrdinaryPermissions&) = delete;
+
+private:
+    using Capabilities = std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3>;
+
+    static void call(long number, Capabilities& capabilities) {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        if (::syscall(number, &header, capabilities.data()) != 0) {
+            throw std::runtime_error("the capabilities of the thread cannot be changed");
+        }
+    }
+
+    Capabilities before_{};
+};
+
+}  // namespace quillet::test
