@@ -90,6 +90,16 @@ std::vector<DraftAttachment> takeAttachments(const ExtensionMessage::Attachments
     return attachments;
 }
 
+ExtensionMessage::Attachments pathsOfPictures(const std::vector<DraftAttachment>& attachments) {
+    ExtensionMessage::Attachments paths;
+    for (const DraftAttachment& attachment : attachments) {
+        if (!attachment.picture.empty()) {
+            paths.emplace_back(attachment.path);
+        }
+    }
+    return paths;
+}
+
 }  // namespace
 
 Draft receiveDraft(const platform::URL& url, const std::string& dataFolder) {
@@ -99,9 +109,11 @@ Draft receiveDraft(const platform::URL& url, const std::string& dataFolder) {
     draft.cc = message->ccString().value_or("");
     draft.bcc = message->bccString().value_or("");
     draft.subject = message->subject().value_or("");
-    draft.body = renderHtml(*message);
     draft.attachments = takeAttachments(
         message->attachments().value_or(ExtensionMessage::Attachments()), dataFolder);
+    // In the body stand the pictures that can be shown, and no gaps for the other files.
+    message->setAttachments(pathsOfPictures(draft.attachments));
+    draft.body = renderHtml(*message);
     return draft;
 }
 

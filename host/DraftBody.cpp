@@ -4,8 +4,10 @@
 #include <QImage>
 #include <QImageReader>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 namespace quillet::host {
 
@@ -18,7 +20,7 @@ constexpr int kPictureWidth = 390;  // points
 constexpr int kPictureHeight = 300;
 constexpr std::size_t kLongest = std::size_t{64} << 10U;  // bytes of HTML that are shown
 constexpr qsizetype kMostTables = 8;
-constexpr qsizetype kMostTags = 1000;
+constexpr std::size_t kMostTags = 1000;
 
 // In place of a picture that is not shown. The toolkit would look for a null one on the disk.
 QImage nothing() {
@@ -47,12 +49,21 @@ QString withoutTables(QString html) {
     return html.replace(tag, QStringLiteral("<\\1div"));
 }
 
-// Whether laying out the markup could keep the toolkit busy for minutes: deep nesting, cells that
-// reach over very many others.
-bool isHeavy(const QString& html) {
+// The beginning of a body that the toolkit lays out in a moment, however deep its tags are nested.
+std::string_view beginningOf(std::string_view html) {
+    html = html.substr(0, kLongest);
+    std::size_t end = html.find('<');
+    for (std::size_t tags = 0; tags < kMostTags && end != std::string_view::npos; ++tags) {
+        end = html.find('<', end + 1);
+    }
+    return html.substr(0, end);
+}
+
+// Whether a cell reaches over so many others that the toolkit would be busy for minutes.
+bool hasWideCell(const QString& html) {
     static const QRegularExpression wideCell(QStringLiteral("(col|row)span[^>\\d]*\\d{3}"),
                                              QRegularExpression::CaseInsensitiveOption);
-    return html.count(QLatin1Char('<')) > kMostTags || html.contains(wideCell);
+    return html.contains(wideCell);
 }
 
 }  // namespace
@@ -67,12 +78,14 @@ DraftBody::DraftBody(const Draft& draft) {
     }
     setOpenLinks(false);
     document()->setTextWidth(kWidth);
-    showBody(QString::fromStdString(draft.body.substr(0, kLongest)));
+    const std::string_view shown = beginningOf(draft.body);
+    isCut_ = shown.size() < draft.body.size();
+    showBody(QString::fromUtf8(shown.data(), static_cast<qsizetype>(shown.size())));
     setMinimumHeight(kLowest);
 }
 
 void DraftBody::showBody(const QString& html) {
-    if (isHeavy(html)) {
+    if (hasWideCell(html)) {
         setPlainText(html);
     } else if (html.count(QLatin1String("<table"), Qt::CaseInsensitive) > kMostTables) {
         setHtml(withoutTables(html));
@@ -84,6 +97,12 @@ void DraftBody::showBody(const QString& html) {
 QSize DraftBody::sizeHint() const {
     const double height = std::ceil(document()->size().height()) + 2 * frameWidth();
     return {kWidth, static_cast<int>(std::clamp<double>(height, kLowest, kHighest))};
+}
+
+void DraftBody::showEvent(QShowEvent* event) {
+    QTextBrowser::showEvent(event);
+    // It scrolls to its invisible cursor, which stands below a picture in the first line.
+    verticalScrollBar()->setValue(0);
 }
 
 QVariant DraftBody::loadResource(int type, const QUrl& name) {

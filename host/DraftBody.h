@@ -14,13 +14,19 @@ class DraftBody final : public QTextBrowser {
 public:
     explicit DraftBody(const Draft& draft);
 
+    // Whether the body goes on behind what is shown of it.
+    bool isCut() const noexcept { return isCut_; }
     // As high as the body, within bounds.
     QSize sizeHint() const override;
     QVariant loadResource(int type, const QUrl& name) override;
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void showBody(const QString& html);
 
+    bool isCut_;
     QHash<QUrl, QByteArray> pictures_;  // by the address that the body names
 };
 

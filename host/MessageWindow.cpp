@@ -4,6 +4,9 @@
 #include <QFormLayout>
 #include <QLabel>
 #include <QLocale>
+#include <QScreen>
+#include <algorithm>
+#include <utility>
 
 #include "host/DraftBody.h"
 #include "platform/foundation/Path.h"
@@ -13,14 +16,46 @@ namespace quillet::host {
 
 namespace {
 
-constexpr int kWidth = 460;           // points
-constexpr qsizetype kLongest = 1000;  // characters of a header that are shown
+constexpr int kWidth = 460;               // points
+constexpr int kTitleBar = 40;             // points that a window may have around it
+constexpr qsizetype kLongest = 1000;      // characters of a header that are shown
+constexpr qsizetype kLongestEntry = 120;  // characters of an address or a file name
+constexpr qsizetype kMostEntries = 100;
+
+// Without its middle where it is longer: file names end in what tells their kind.
+QString shortened(const QString& text, qsizetype longest) {
+    return text.size() <= longest
+               ? text
+               : text.left(longest * 2 / 3) + QChar(0x2026) + text.right(longest / 3);
+}
+
+// An address or a file name. It runs from left to right and stays apart from what stands beside it,
+// whatever script it is of. The mark is for the toolkit, which looks into the isolated text to tell
+// which way the line runs.
+QString entryText(const QString& text) {
+    constexpr QChar kLeftToRightMark(0x200E);
+    constexpr QChar kIsolate(0x2066);
+    constexpr QChar kEndOfIsolate(0x2069);
+    return QString(kLeftToRightMark) + kIsolate + shortened(text.simplified(), kLongestEntry) +
+           kEndOfIsolate;
+}
+
+// The entries that are shown, and how many more there are.
+QString listText(QStringList entries, const QString& separator) {
+    const qsizetype more = entries.size() - kMostEntries;
+    if (more > 0) {
+        entries.erase(entries.begin() + kMostEntries, entries.end());
+        entries.append(MessageWindow::tr("and %1 more").arg(more));
+    }
+    return entries.join(separator);
+}
 
 QLabel* makeLabel(const QString& text) {
     auto* label = new QLabel;
     label->setTextFormat(Qt::PlainText);
-    label->setText(text.size() > kLongest ? text.left(kLongest) + QChar(0x2026) : text);
+    label->setText(text);
     label->setWordWrap(true);
+    label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     return label;
 }
@@ -36,11 +71,11 @@ std::string dateText(const ExtensionMessage& message) {
 }
 
 // "a@x;b@y;" as "a@x, b@y".
-std::string addressList(const std::string& recipients) {
-    const QString list = QString::fromStdString(recipients);
-    return list.split(QLatin1Char(';'), Qt::SkipEmptyParts)
-        .join(QStringLiteral(", "))
-        .toStdString();
+QString addressList(const std::string& recipients) {
+    QStringList entries =
+        QString::fromStdString(recipients).split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    std::transform(entries.begin(), entries.end(), entries.begin(), entryText);
+    return listText(std::move(entries), QStringLiteral(", "));
 }
 
 QString sizeText(const DraftAttachment& attachment) {
@@ -57,15 +92,21 @@ QString sizeText(const DraftAttachment& attachment) {
     return {};
 }
 
-// A line for each; line ends in a name would make lines of their own.
-std::string attachmentList(const std::vector<DraftAttachment>& attachments) {
+// A line for each.
+QString attachmentList(const std::vector<DraftAttachment>& attachments) {
     QStringList lines;
     for (const DraftAttachment& attachment : attachments) {
         const std::string name = platform::Path::lastPathComponent(attachment.path);
-        lines.append(QString::fromStdString(name).simplified() + QStringLiteral(" (") +
+        lines.append(entryText(QString::fromStdString(name)) + QStringLiteral(" (") +
                      sizeText(attachment) + QLatin1Char(')'));
     }
-    return lines.join(QLatin1Char('\n')).toStdString();
+    return listText(std::move(lines), QStringLiteral("\n"));
+}
+
+// Lines that are all empty have no height that depends on the width.
+int heightOf(const QLayout& lines, int width) {
+    return lines.hasHeightForWidth() ? lines.totalHeightForWidth(width)
+                                     : lines.totalSizeHint().height();
 }
 
 QString titleOf(const HostCommand& command) {
@@ -79,13 +120,18 @@ QString titleOf(const HostCommand& command) {
 
 }  // namespace
 
-MessageWindow::MessageWindow() : lines_(new QFormLayout(this)) {
+MessageWindow::MessageWindow() {
+    auto* content = new QWidget;
+    lines_ = new QFormLayout(content);
+    setWidget(content);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(tr("Quillet sample host"));
     lines_->setLabelAlignment(Qt::AlignTop);
     lines_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    setNote(tr("Click a message in the Today panel to open it here."));
-    resize(kWidth, sizeHint().height());
+    addNote(tr("Click a message in the Today panel to open it here."));
+    resize(kWidth, heightOf(*lines_, kWidth));
 }
 
 void MessageWindow::present(const HostCommand& command, const Outcome& outcome) {
@@ -94,7 +140,7 @@ void MessageWindow::present(const HostCommand& command, const Outcome& outcome) 
     if (outcome.draft) {
         addDraft(*outcome.draft);
     } else if (!outcome.message) {
-        setNote(outcome.reason.empty() ? tr("This message is not in the mail store any more.")
+        addNote(outcome.reason.empty() ? tr("This message is not in the mail store any more.")
                                        : QString::fromStdString(outcome.reason));
     } else if (command.word == ExtensionUtilities::commandReply) {
         addHeadersOfReply(*outcome.message);
@@ -110,11 +156,12 @@ void MessageWindow::present() {
     }
     show();
     // New rows take part in the layout only once they are shown, which happens later by itself.
-    for (QWidget* row : findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+    for (QWidget* row : widget()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
         row->show();
     }
-    layout()->activate();
-    resize(width(), layout()->totalHeightForWidth(width()));
+    lines_->activate();
+    const int highest = screen()->availableGeometry().height() - kTitleBar;
+    resize(width(), std::min(heightOf(*lines_, width()), highest));
 }
 
 void MessageWindow::addHeaders(const ExtensionMessage& message) {
@@ -137,25 +184,35 @@ void MessageWindow::addHeadersOfReply(const ExtensionMessage& message) {
 }
 
 void MessageWindow::addDraft(const Draft& draft) {
-    addLine(tr("To"), addressList(draft.to));
+    addList(tr("To"), addressList(draft.to));
     if (!draft.cc.empty()) {
-        addLine(tr("Cc"), addressList(draft.cc));
+        addList(tr("Cc"), addressList(draft.cc));
     }
     if (!draft.bcc.empty()) {
-        addLine(tr("Bcc"), addressList(draft.bcc));
+        addList(tr("Bcc"), addressList(draft.bcc));
     }
     addLine(tr("Subject"), draft.subject);
-    lines_->addRow(new DraftBody(draft));
+    auto* body = new DraftBody(draft);
+    lines_->addRow(body);
+    if (body->isCut()) {
+        addNote(tr("Only the beginning of the text is shown."));
+    }
     if (!draft.attachments.empty()) {
-        addLine(tr("Attachments"), attachmentList(draft.attachments));
+        addList(tr("Attachments"), attachmentList(draft.attachments));
     }
 }
 
 void MessageWindow::addLine(const QString& name, const std::string& text) {
-    lines_->addRow(name, makeLabel(QString::fromStdString(text)));
+    addList(name, shortened(QString::fromStdString(text), kLongest));
 }
 
-void MessageWindow::setNote(const QString& text) {
+void MessageWindow::addList(const QString& name, const QString& text) {
+    auto* label = new QLabel(name);
+    label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    lines_->addRow(label, makeLabel(text));
+}
+
+void MessageWindow::addNote(const QString& text) {
     lines_->addRow(makeLabel(text));
 }
 

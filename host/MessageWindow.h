@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QWidget>
+#include <QScrollArea>
 #include <string>
 
 #include "host/HostCommand.h"
@@ -10,8 +10,9 @@ class QFormLayout;
 namespace quillet::host {
 
 // The sample host's one window: the headers of the message that was opened last, those of an answer
-// to it, or a draft that came. Texts are plain text, but for a draft's body. Main thread only.
-class MessageWindow final : public QWidget {
+// to it, or a draft that came. Texts are plain text, but for a draft's body. What is longer than
+// the screen scrolls. Main thread only.
+class MessageWindow final : public QScrollArea {
 public:
     MessageWindow();
 
@@ -22,13 +23,14 @@ public:
 
 private:
     void addLine(const QString& name, const std::string& text);
+    void addList(const QString& name, const QString& text);
     void addHeaders(const ExtensionMessage& message);
     void addHeadersOfReply(const ExtensionMessage& message);
     void addDraft(const Draft& draft);
-    void setNote(const QString& text);
+    void addNote(const QString& text);
     void clear();
 
-    QFormLayout* lines_;  // owned by the window
+    QFormLayout* lines_;  // owned by what scrolls
 };
 
 }  // namespace quillet::host

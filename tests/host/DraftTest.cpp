@@ -53,6 +53,9 @@ TEST(Draft, OnlyRegularFilesInsideTheDataFolderAreTaken) {
     message->setAttachments(paths);
     const Draft draft = receiveDraft(queryUrl(*message, "compose").value(), folder.path("Data"));
     ASSERT_EQ(draft.attachments.size(), std::size(rows));
+    EXPECT_EQ(draft.body,
+              "<img src=\"file://" + picture + "\"/><br/><img src=\"file://" +
+                  folder.path("Data/Share/in.png") + "\"/><br/>");
     for (std::size_t index = 0; index < std::size(rows); ++index) {
         SCOPED_TRACE(rows[index].path);
         EXPECT_EQ(draft.attachments[index].state, rows[index].state);
