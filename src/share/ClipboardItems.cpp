@@ -18,6 +18,8 @@ using platform::Result;
 
 namespace {
 
+constexpr const char* kSource = "the clipboard";
+
 using Items = std::vector<Result<ExtensionItem>>;
 
 // One URL a line; lines that begin with "#" are remarks.
@@ -64,11 +66,11 @@ Items itemsOfClipboard(TextKind kind) {
         }
     }
     if (kind != TextKind::Plain && data->hasHtml()) {
-        return {itemOfBytes(data->html().toStdString(), TextKind::Html)};
+        return {itemOfBytes(data->html().toStdString(), TextKind::Html, kSource)};
     }
     if (data->hasText()) {
-        return {itemOfBytes(data->text().toStdString(),
-                            kind == TextKind::Html ? kind : TextKind::Plain)};
+        return {itemOfBytes(
+            data->text().toStdString(), kind == TextKind::Html ? kind : TextKind::Plain, kSource)};
     }
     return {};
 }

@@ -2,11 +2,13 @@
 
 #include <QEventLoop>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <unistd.h>
 
 #include "share/SharedItems.h"
@@ -17,8 +19,10 @@
 #include "handoff/MessageUrl.h"
 #include "model/ExtensionUtilities.h"
 #include "platform/desktop/Queues.h"
+#include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
 #include "platform/foundation/Bundle.h"
+#include "platform/foundation/FileManager.h"
 #include "platform/foundation/Path.h"
 #include "platform/foundation/Uninterrupted.h"
 #include "widget/ExtensionUtilities.h"
@@ -51,27 +55,22 @@ Result<std::string> standardInput() {
         const ssize_t count = platform::uninterrupted(
             [&] { return ::read(STDIN_FILENO, bytes.data() + used, kStep); });
         if (count < 0) {
-            return platform::posixError(errno, "it cannot be read");
+            return platform::posixError(errno, "standard input cannot be read");
         }
         bytes.resize(used + static_cast<std::size_t>(count));
         if (count == 0) {
             return bytes;
         }
         if (bytes.size() > kLimit) {
-            return platform::posixError(EFBIG, "it is larger than 256 MiB; share it as a file");
+            return platform::posixError(
+                EFBIG, "standard input is larger than 256 MiB; share it as a file");
         }
     }
 }
 
 Result<ExtensionItem> itemOfStandardInput(TextKind kind) {
     const Result<std::string> bytes = standardInput();
-    Result<ExtensionItem> item = bytes ? itemOfBytes(bytes.value(), kind) : bytes.error();
-    if (!item) {
-        platform::Error error = item.error();
-        error.text.insert(0, "standard input cannot be shared: ");
-        return error;
-    }
-    return item;
+    return bytes ? itemOfBytes(bytes.value(), kind, "standard input") : bytes.error();
 }
 
 // What the command line names, as far as it can be shared; the rest is told.
@@ -79,6 +78,25 @@ struct Input {
     ExtensionContext context;
     bool isComplete = true;
 };
+
+bool isLink(const Result<Item>& loaded) {
+    const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
+    return url != nullptr && !url->isFileURL();
+}
+
+// Ends the line behind a link: what follows it in the body would touch it. The attachments are
+// copied, since the items move when one is added.
+void endLinkLine(std::vector<ExtensionItem>& items) {
+    const std::vector<std::shared_ptr<platform::ItemProvider>> attachments =
+        items.back().attachments;
+    for (const auto& attachment : attachments) {
+        attachment->loadItem(platform::kUTTypeURL, [&items](const Result<Item>& loaded) {
+            if (isLink(loaded)) {
+                items.push_back({{}, StyledText{{}, " "}, {}});
+            }
+        });
+    }
+}
 
 Input readInput(const ShareCommandLine& line) {
     std::vector<Result<ExtensionItem>> found;
@@ -95,6 +113,7 @@ Input readInput(const ShareCommandLine& line) {
     for (Result<ExtensionItem>& item : found) {
         if (item) {
             input.context.inputItems.push_back(std::move(item.value()));
+            endLinkLine(input.context.inputItems);
         } else {
             failure(item.error().text);
             input.isComplete = false;
@@ -111,11 +130,11 @@ struct Load {
 
 // Adds an attachment: a link is not staged; a picture is, and nothing is known of its size.
 void addTo(Load& load, const Result<Item>& loaded) {
-    const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
-    if (url != nullptr && !url->isFileURL()) {
+    if (isLink(loaded)) {
         return;
     }
     ++load.files;
+    const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
     std::error_code unknown;
     const std::uintmax_t size =
         url != nullptr ? std::filesystem::file_size(url->path(), unknown) : 0;
@@ -133,22 +152,66 @@ Load loadOf(const ExtensionContext& context) {
     return load;
 }
 
+// Where the files are staged.
+struct Staging {
+    std::string service;  // "" where nothing is
+    bool isOwn = false;   // the folder was made for this share
+
+    std::string folder() const {
+        return platform::Path::appendingPathComponent(
+            ExtensionUtilities::GroupDataPath().value_or(std::string()), service);
+    }
+};
+
+Staging beginStaging(const ShareCommandLine& line, const Load& load) {
+    Staging staging{line.service.value_or(std::string()), !line.service && load.files > 0};
+    if (staging.isOwn) {
+        staging.service = newStagingWord(std::chrono::system_clock::now());
+    }
+    if (line.service || staging.isOwn) {
+        ExtensionUtilities::ShareInit(staging.service);
+    }
+    return staging;
+}
+
+// Removes what is staged so far, in a folder that nobody else knows of yet. A copy may go on under
+// the folder's lock, which is not waited for, and add a file meanwhile.
+void removeStaged(const Staging& staging) {
+    constexpr int kMostTries = 10;
+    const std::string folder = staging.isOwn ? staging.folder() : std::string();
+    for (int tries = 0; tries < kMostTries && platform::FileManager::folderExists(folder);
+         ++tries) {
+        (void)platform::FileManager::removeItem(folder);
+    }
+}
+
+// The draft of what is shared. A signal that asks the program to end meanwhile ends it.
 std::shared_ptr<ExtensionMessage> gather(const ExtensionContext& context,
-                                         const std::string& service,
+                                         const Staging& staging,
                                          std::uintmax_t bytes) {
     std::shared_ptr<ExtensionMessage> draft;
     QEventLoop loop;
+    std::optional<platform::StopSignals> stopSignals(std::in_place);
+    stopSignals->connect([&loop] { loop.quit(); });
     ExtensionUtilities::GetItemForExtension(
-        context, service, [&](const std::shared_ptr<ExtensionMessage>& message, int /*error*/) {
+        context,
+        staging.service,
+        [&](const std::shared_ptr<ExtensionMessage>& message, int /*error*/) {
             platform::mainQueue().async([&draft, &loop, message] {
                 draft = message;
                 loop.quit();
             });
         });
-    const std::string folder = platform::Path::appendingPathComponent(
-        ExtensionUtilities::GroupDataPath().value_or(std::string()), service);
-    const StagingProgress progress(folder, bytes);
-    loop.exec();
+    {
+        const StagingProgress progress(staging.folder(), bytes);
+        loop.exec();
+    }
+    const int signal = stopSignals->received();
+    stopSignals.reset();
+    if (signal != 0) {
+        removeStaged(staging);
+        std::raise(signal);
+    }
     return draft;
 }
 
@@ -196,14 +259,7 @@ int runShare(const ShareCommandLine& line) {
             line.title ? std::optional(StyledText{*line.title, {}}) : std::nullopt;
     }
     const Load load = loadOf(input.context);
-    std::string service = line.service.value_or(std::string());
-    if (!line.service && load.files > 0) {
-        service = newStagingWord(std::chrono::system_clock::now());
-    }
-    if (line.service || load.files > 0) {
-        ExtensionUtilities::ShareInit(service);
-    }
-    const auto draft = gather(input.context, service, load.bytes);
+    const auto draft = gather(input.context, beginStaging(line, load), load.bytes);
     address(*draft, line);
     const std::size_t staged = draft->attachments()->size();
     if (staged == 0 && draft->htmlBody()->empty()) {

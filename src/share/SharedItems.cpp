@@ -82,6 +82,12 @@ bool isText(const std::string& text) {
     return text.find('\0') == std::string::npos && !platform::firstInvalidUtf8(text);
 }
 
+// A tag further on may be one that a plain text talks about.
+bool beginsWithTag(std::string_view text) {
+    return platform::trimmingWhitespaceAndNewlines(text).starts_with('<') &&
+           Qt::mightBeRichText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+}
+
 }  // namespace
 
 Result<ExtensionItem> itemOfWord(const std::string& word) {
@@ -97,7 +103,9 @@ Result<ExtensionItem> itemOfWord(const std::string& word) {
     return unusable(ENOENT, "\"" + word + "\" is neither a file nor a web link");
 }
 
-Result<ExtensionItem> itemOfBytes(const std::string& bytes, TextKind kind) {
+Result<ExtensionItem> itemOfBytes(const std::string& bytes,
+                                  TextKind kind,
+                                  const std::string& source) {
     const bool isPlain = isText(bytes);
     if (!isPlain && kind == TextKind::ByContent && isPicture(bytes)) {
         return attachment(bytes);
@@ -108,18 +116,17 @@ Result<ExtensionItem> itemOfBytes(const std::string& bytes, TextKind kind) {
         text.erase(0, kMark.size());
     }
     if (!isText(text)) {
-        return unusable(EINVAL, "it is neither a text nor a picture");
+        return unusable(EINVAL, source + " is neither a text nor a picture");
     }
     if (platform::trimmingWhitespaceAndNewlines(text).empty()) {
-        return unusable(ENODATA, "it is empty");
+        return unusable(ENODATA, source + " is empty");
     }
     // Programs end their last line, which is no empty line.
     if (text.ends_with('\n')) {
         text.pop_back();
     }
     const bool isHtml =
-        kind == TextKind::Html ||
-        (kind == TextKind::ByContent && Qt::mightBeRichText(QString::fromStdString(text)));
+        kind == TextKind::Html || (kind == TextKind::ByContent && beginsWithTag(text));
     return ExtensionItem{
         {}, isHtml ? StyledText{{}, std::move(text)} : StyledText{std::move(text), {}}, {}};
 }

@@ -16,8 +16,10 @@ namespace quillet {
 platform::Result<platform::ExtensionItem> itemOfWord(const std::string& word);
 
 // A text, HTML or a picture by its content. Text is UTF-8, or UTF-16 with a byte-order mark, else
-// taken as Latin-1.
-platform::Result<platform::ExtensionItem> itemOfBytes(const std::string& bytes, TextKind kind);
+// taken as Latin-1. `source` is what errors call the place where the bytes come from.
+platform::Result<platform::ExtensionItem> itemOfBytes(const std::string& bytes,
+                                                      TextKind kind,
+                                                      const std::string& source);
 
 // What the clipboard holds: files and links, else a picture, else HTML, else text; of these only
 // the text that is asked for, where one is. Needs a display and the main thread.

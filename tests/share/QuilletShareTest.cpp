@@ -74,7 +74,7 @@ TEST_F(QuilletShareTest, WhatIsSharedReachesTheHostInTheForeground) {
     EXPECT_EQ(parameter(url, "subject"), "T & t");
     EXPECT_EQ(parameter(url, "to"), "a@x;b@x;");
     EXPECT_EQ(parameter(url, "htmlBody"),
-              "<a href=\"https://x.example\">https://x.example</a>Zo\u00EB<br/>");
+              "<a href=\"https://x.example\">https://x.example</a> <br/>Zo\u00EB<br/>");
     EXPECT_EQ(contents(parameter(url, "attachment_0")), "text");
 }
 
@@ -97,7 +97,7 @@ TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
     } cases[] = {
         {{"--print", "/no/such", file}, "", "\"/no/such\" is neither", true},
         {{"--print", "--service=Today", file}, "", "Error shareFiles", false},
-        {{"--print", "-"}, "", "it is empty", false},
+        {{"--print", "-"}, "", "standard input is empty", false},
         {{"--print", "-"}, std::string("\x89PNG\r\n\x1A\n\0", 9), "GetItemForExtension", false},
         {{file}, "", "there is no mail application it.tarno.quillet", false},
     };

@@ -72,7 +72,9 @@ TEST(SharedItems, BytesAreTakenByTheirContentOrAsTold) {
         std::string expected;
     } cases[] = {
         {"a < b\n", TextKind::ByContent, "text a < b"},
-        {"<p>a</p>", TextKind::ByContent, "html <p>a</p>"},
+        {" <p>a</p>", TextKind::ByContent, "html  <p>a</p>"},
+        {"press <b>\nthen c", TextKind::ByContent, "text press <b>\nthen c"},
+        {"<anna@x.example>", TextKind::ByContent, "text <anna@x.example>"},
         {"<!DOCTYPE html>\n<html>", TextKind::ByContent, "html <!DOCTYPE html>\n<html>"},
         {"<p>a</p>", TextKind::Plain, "text <p>a</p>"},
         {"a", TextKind::Html, "html a"},
@@ -81,13 +83,15 @@ TEST(SharedItems, BytesAreTakenByTheirContentOrAsTold) {
         {"Zo\xEB", TextKind::ByContent, "text Zo\u00EB"},
         {"P1 is broken", TextKind::ByContent, "text P1 is broken"},
         {gif, TextKind::ByContent, "image data"},
-        {gif, TextKind::Plain, "error it is neither a text nor a picture"},
-        {std::string("a\0b", 3), TextKind::ByContent, "error it is neither a text nor a picture"},
-        {" \n", TextKind::ByContent, "error it is empty"},
-        {"", TextKind::Html, "error it is empty"},
+        {gif, TextKind::Plain, "error the input is neither a text nor a picture"},
+        {std::string("a\0b", 3),
+         TextKind::ByContent,
+         "error the input is neither a text nor a picture"},
+        {" \n", TextKind::ByContent, "error the input is empty"},
+        {"", TextKind::Html, "error the input is empty"},
     };
     for (const auto& row : cases) {
-        EXPECT_EQ(textOf(itemOfBytes(row.bytes, row.kind)), row.expected);
+        EXPECT_EQ(textOf(itemOfBytes(row.bytes, row.kind, "the input")), row.expected);
     }
 }
 

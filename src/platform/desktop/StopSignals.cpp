@@ -18,10 +18,12 @@ namespace {
 constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
 
 std::atomic<int> counter = -1;  // the event counter that a signal raises
+std::atomic<int> last = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "used by a signal handler");
 
-void raiseCounter(int /*signal*/) {
+void raiseCounter(int signal) {
     const int before = errno;
+    last = signal;
     ::eventfd_write(counter, 1);
     errno = before;
 }
@@ -37,6 +39,7 @@ struct StopSignals::State {
 
 StopSignals::StopSignals() : state_(std::make_unique<State>()) {
     counter = state_->events.get();
+    last = 0;
     struct sigaction action {};
     action.sa_handler = raiseCounter;
     action.sa_flags = SA_RESTART;
@@ -54,6 +57,10 @@ StopSignals::~StopSignals() {
         ::sigaction(kSignals[index], &state_->before[index], nullptr);
     }
     counter = -1;
+}
+
+int StopSignals::received() const noexcept {
+    return last;
 }
 
 void StopSignals::connect(std::function<void()> stop) {

@@ -19,6 +19,8 @@ public:
 
     // Calls `stop` when signals come, those that came before included. With an application object.
     void connect(std::function<void()> stop);
+    // The signal that came last; 0 for none.
+    int received() const noexcept;
 
 private:
     struct State;
