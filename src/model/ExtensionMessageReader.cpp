@@ -45,11 +45,13 @@ RecordText ExtensionMessageReader::SharedTexts::in(RecordBlock& block, std::stri
     return text.sharedInBlock();
 }
 
-ExtensionMessageReader::ExtensionMessageReader()
+ExtensionMessageReader::ExtensionMessageReader() : ExtensionMessageReader(ExtensionDate::now()) {}
+
+ExtensionMessageReader::ExtensionMessageReader(double now)
     : keys_(kKeys),
       noSubject_(platform::Bundle::main().localizedString("No subject")),
       block_(RecordBlock::make()),
-      dates_(ExtensionDate::now(), *block_) {
+      dates_(now, *block_) {
     static_assert(std::size(kKeys) == kKeyCount);
 }
 

@@ -18,6 +18,8 @@ namespace quillet {
 class ExtensionMessageReader {
 public:
     ExtensionMessageReader();
+    // Tells the dates as seen at `now`, in seconds since 1970.
+    explicit ExtensionMessageReader(double now);
 
     // Appends a record for each element of `data` to records(), in order. An element that is no
     // message dictionary is logged and gives an empty record. Raises platform::Exception when

@@ -21,21 +21,4 @@ void RecordBlock::reserve(std::size_t count) {
     room_ = count;
 }
 
-ExtensionMessage& RecordBlock::append() {
-    if (room_ == 0) {
-        throw std::length_error("RecordBlock: more records than there is room for");
-    }
-    Row& row = rows_.back();
-    auto* record = new (row.records + row.count) ExtensionMessage();
-    ++row.count;
-    ++count_;
-    --room_;
-    return *record;
-}
-
-RecordText RecordBlock::store(std::string_view text) {
-    void* storage = memory_.allocate(RecordText::storageSize(text.size()), RecordText::kAlignment);
-    return RecordText::placedAt(storage, text);
-}
-
 }  // namespace quillet

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -12,9 +13,9 @@
 
 namespace quillet {
 
-// The memory of the records of one read: the records of a file side by side, their texts packed
-// behind each other. Handles to the records keep the block alive, so a list costs one reference
-// count. Filled by one thread, before the records are handed on.
+// The memory of the records that one thread reads: the records of a file side by side, their texts
+// packed behind each other. Handles to the records keep their block alive, so a list costs one
+// reference count. Filled by one thread, before the records are handed on.
 class RecordBlock {
 public:
     static std::shared_ptr<RecordBlock> make();
@@ -25,14 +26,29 @@ public:
     // Makes room for `count` further records.
     void reserve(std::size_t count);
     // A new record of the block with every field zero or none, in the room reserved last.
-    ExtensionMessage& append();
-    // A handle to a record of the block, which it keeps alive.
-    static std::shared_ptr<ExtensionMessage> handle(std::shared_ptr<RecordBlock> block,
+    ExtensionMessage& append() {
+        if (room_ == 0) {
+            throw std::length_error("RecordBlock: more records than there is room for");
+        }
+        Row& row = rows_.back();
+        auto* record = new (row.records + row.count) ExtensionMessage();
+        ++row.count;
+        ++count_;
+        --room_;
+        return *record;
+    }
+    // A handle to a record of a block, which `owner` keeps alive.
+    template <typename Owner>
+    static std::shared_ptr<ExtensionMessage> handle(std::shared_ptr<Owner> owner,
                                                     ExtensionMessage& record) {
-        return {std::move(block), &record};
+        return {std::move(owner), &record};
     }
     // Copies a text into the block; the result is for records of this block alone.
-    RecordText store(std::string_view text);
+    RecordText store(std::string_view text) {
+        void* storage =
+            memory_.allocate(RecordText::storageSize(text.size()), RecordText::kAlignment);
+        return RecordText::placedAt(storage, text);
+    }
 
     std::size_t count() const noexcept { return count_; }
     // Calls `visit` with every record, in the order of appending.
@@ -56,5 +72,8 @@ private:
     std::size_t count_ = 0;
     std::size_t room_ = 0;  // records that the last row can still take
 };
+
+// The records of one read in their order, block by block.
+using RecordBlocks = std::vector<std::shared_ptr<RecordBlock>>;
 
 }  // namespace quillet

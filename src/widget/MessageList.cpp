@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "util/Tarno.h"
+#include "widget/Parts.h"
 
 namespace quillet::MessageList {
 
@@ -23,6 +24,12 @@ struct Place {
     ExtensionMessage* record;
 };
 
+using Places = std::vector<Place>;
+
+bool isNewer(const Place& left, const Place& right) {
+    return left.key < right.key;
+}
+
 std::uint64_t sortKey(const ExtensionMessage& message) {
     constexpr double kOldest = -std::numeric_limits<double>::infinity();
     constexpr std::uint64_t kSign = std::uint64_t{1} << 63U;
@@ -34,10 +41,10 @@ std::uint64_t sortKey(const ExtensionMessage& message) {
 // Sorts by digits of the key from the last to the first, keeping the order of equal ones.
 // `different` are the bits in which keys differ. Dates of a mail store differ in few, which makes
 // this several times faster than comparing.
-void sortByKey(std::vector<Place>& places, std::uint64_t different) {
+void sortByKey(Places& places, std::uint64_t different) {
     constexpr unsigned kBits = 11;
     constexpr std::size_t kDigits = std::size_t{1} << kBits;
-    std::vector<Place> sorted(different != 0 ? places.size() : 0);
+    Places sorted(different != 0 ? places.size() : 0);
     while (different != 0) {
         const auto shift = static_cast<unsigned>(std::countr_zero(different));
         const auto digitOf = [shift](std::uint64_t key) {
@@ -54,6 +61,27 @@ void sortByKey(std::vector<Place>& places, std::uint64_t different) {
         places.swap(sorted);
         different &= ~(std::uint64_t{kDigits - 1} << shift);
     }
+}
+
+Places sortedPlaces(const RecordBlock& block) {
+    Places places;
+    places.reserve(block.count());
+    std::uint64_t different = 0;
+    block.forEach([&](ExtensionMessage& record) {
+        const std::uint64_t key = sortKey(record);
+        different |= key ^ (places.empty() ? key : places.front().key);
+        places.push_back({key, &record});
+    });
+    sortByKey(places, different);
+    return places;
+}
+
+// Equal ones of the first come before those of the second.
+Places merged(Places first, const Places& second) {
+    const auto middle = static_cast<std::ptrdiff_t>(first.size());
+    first.insert(first.end(), second.begin(), second.end());
+    std::inplace_merge(first.begin(), first.begin() + middle, first.end(), isNewer);
+    return first;
 }
 
 // The first messages of a standard folder, at most kMostRows: later ones would be cut anyway.
@@ -78,20 +106,17 @@ Messages firstOf(const Messages& messages) {
 
 }  // namespace
 
-Messages sortedNewestFirst(const std::shared_ptr<RecordBlock>& block) {
-    std::vector<Place> places;
-    places.reserve(block->count());
-    std::uint64_t different = 0;
-    block->forEach([&](ExtensionMessage& record) {
-        const std::uint64_t key = sortKey(record);
-        different |= key ^ (places.empty() ? key : places.front().key);
-        places.push_back({key, &record});
-    });
-    sortByKey(places, different);
+Messages sortedNewestFirst(const std::shared_ptr<const RecordBlocks>& blocks) {
+    Places places;
+    for (auto& part : startParts(blocks->size(), [&blocks](std::size_t part) {
+             return sortedPlaces(*(*blocks)[part]);
+         })) {
+        places = places.empty() ? part.get() : merged(std::move(places), part.get());
+    }
     Messages sorted;
     sorted.reserve(places.size());
     for (const Place& place : places) {
-        sorted.push_back(RecordBlock::handle(block, *place.record));
+        sorted.push_back(RecordBlock::handle(blocks, *place.record));
     }
     return sorted;
 }

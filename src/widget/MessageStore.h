@@ -3,16 +3,14 @@
 #include <memory>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
-#include "model/ExtensionMessageReader.h"
 #include "model/RecordBlock.h"
-#include "platform/foundation/PropertyList.h"
 
 namespace quillet {
 
-// One read of the message store: the files of the enabled accounts' folders. What cannot be read
-// is skipped, with a log line where it is a file that holds something else than it should.
-// One thread, under coordination of the folder that is read.
+// One read of the message store: the files of the enabled accounts' folders, in parts of a large
+// store side by side. Called on one thread, under coordination of the folder that is read.
 class MessageStore {
 public:
     using EnabledAccounts = std::unordered_set<std::string>;  // by mail address
@@ -23,16 +21,17 @@ public:
     // of the store is left unread; what was gathered stays.
     void read(const std::string& todayFolder);
 
-    // What was gathered, in the order of reading.
-    const std::shared_ptr<RecordBlock>& records() const noexcept { return reader_.records(); }
+    // What was gathered, in the order of the files.
+    std::shared_ptr<const RecordBlocks> records() const noexcept { return records_; }
 
 private:
-    void readFolders(const std::string& todayFolder);
-    void readFile(const std::string& path);
+    using Paths = std::vector<std::string>;
+
+    Paths messageFiles(const std::string& todayFolder) const;
+    void readFiles(const Paths& files);
 
     EnabledAccounts enabled_;
-    platform::PropertyListDocument document_;  // one for all files: its storage is reused
-    ExtensionMessageReader reader_;
+    std::shared_ptr<RecordBlocks> records_ = std::make_shared<RecordBlocks>();
 };
 
 }  // namespace quillet

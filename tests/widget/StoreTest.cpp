@@ -27,6 +27,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
+const std::string kDataThatIsNoCollection = xmlPropertyList(
+    "<dict><key>folder</key><true/><key>account</key><true/>"
+    "<key>data</key><integer>1</integer></dict>");
+
 // The inode of the file `name` somewhere below `folder`, 0 where there is none.
 ino_t inodeBelow(const std::string& folder, const std::string& name) {
     struct stat status {};
@@ -94,16 +98,36 @@ TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
 
 TEST_F(StoreTest, DataThatIsNoCollectionStopsTheReadButKeepsWhatWasGathered) {
     writeFile("a@x", "1.plist", fileXml(messageXml("gathered", 1)));
-    writeFile("b@x",
-              "1.plist",
-              xmlPropertyList("<dict><key>folder</key><true/><key>account</key><true/>"
-                              "<key>data</key><integer>1</integer></dict>"));
+    writeFile("b@x", "1.plist", kDataThatIsNoCollection);
     const auto found = read();
     EXPECT_THAT(log.lines(), ElementsAre(StartsWith("updateData exception ")));
     // Whichever folder the system lists first, nothing but the first file's message is there.
     EXPECT_LE(found.size(), 1U);
     fs::remove(container.path("SharedData/Today/b@x/1.plist"));
     EXPECT_THAT(read(), ElementsAre("gathered"));
+}
+
+TEST_F(StoreTest, ALargeStoreReadInPartsKeepsTheOrderOfItsFilesAndEndsWhereAValueRaises) {
+    constexpr std::size_t kFiles = 200;
+    for (std::size_t file = 0; file < kFiles; ++file) {
+        const std::string name = std::to_string(file);
+        writeFile("a@x", name, fileXml(messageXml(name + "a", 1) + messageXml(name + "b", 1)));
+    }
+    const auto files =
+        *TodayViewController::directoryContent(container.path("SharedData/Today/a@x"));
+    std::vector<std::string> expected;
+    for (const std::string& file : files) {
+        const std::string name = fs::path(file).filename();
+        expected.insert(expected.end(), {name + "a", name + "b"});
+    }
+    EXPECT_EQ(read(), expected);
+    for (const std::size_t broken : {kFiles - 1, kFiles / 2 + 1, std::size_t{3}}) {
+        const LogCapture lines;
+        std::ofstream(files[broken]) << kDataThatIsNoCollection;
+        expected.resize(2 * broken);
+        EXPECT_EQ(read(), expected) << broken;
+        EXPECT_THAT(lines.lines(), ElementsAre(StartsWith("updateData exception "))) << broken;
+    }
 }
 
 TEST_F(StoreTest, HiddenFilesAndFoldersAreNeverOpened) {
