@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include "app/PanelController.h"
-#include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
 #include "tests/support/WaitUntil.h"
 #include "tests/widget/StoreFixture.h"
@@ -58,21 +57,6 @@ TEST_F(PanelControllerTest, PanelThatEndsWhileItAppearsIsNotTouchedAgain) {
     QCoreApplication::processEvents();
     panel.reset();
     QCoreApplication::sendPostedEvents();
-}
-
-TEST_F(PanelControllerTest, HostsNotificationLeadsToARead) {
-    const std::string path = writeFile("a@x", "1.plist", fileXml(messageXml("m", 1)));
-    PanelController panel(platform::Look::Dark);
-    panel.show();
-    ASSERT_TRUE(waitUntil([&] { return panel.isShown() && !rows(panel).empty(); }));
-    EXPECT_TRUE(panel.widget().legacyDarkBackground());
-
-    // A store that nothing tells of but the notification.
-    const EnvironmentVariable elsewhere("QUILLET_CONTAINER", container.makeFolder("other"));
-    platform::DistributedNotificationCenter host;
-    ASSERT_TRUE(host.postNotification("k_today_widget_key", "another object"));
-    ASSERT_TRUE(host.postNotification("k_today_widget_key", "k_today_widget_object"));
-    EXPECT_TRUE(waitUntil([&] { return rows(panel).empty(); }));
 }
 
 TEST_F(PanelControllerTest, WithoutAContainerThePanelStillAppears) {

@@ -1,27 +1,22 @@
-// Clicks in the real panel, and a host in a process of its own that follows them, over a bus that
-// starts the host where it may.
+// Clicks in the panel's window, and a host that follows them: each is the real program in a process
+// of its own, and the bus between them starts the host where it may.
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QDBusReply>
-#include <QTest>
-#include <QWindow>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <list>
 #include <nlohmann/json.hpp>
 
-#include "app/PanelController.h"
-#include "platform/desktop/DistributedNotificationCenter.h"
-#include "platform/desktop/Queues.h"
-#include "platform/desktop/SessionBus.h"
-#include "platform/ui/ImageButton.h"
+#include "platform/foundation/FileCoordinator.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/system/TodayProcess.h"
 #include "tests/widget/StoreFixture.h"
-#include "views/TodayTableView.h"
-#include "views/TodayTableViewCell.h"
 
 namespace quillet::test {
 namespace {
@@ -30,24 +25,9 @@ using Json = nlohmann::json;
 using Texts = std::vector<std::string>;
 using ::testing::ElementsAre;
 
-using Control = platform::ImageButton* (TodayTableViewCell::*)() const;
-constexpr Control kRow = nullptr;  // beside the buttons
-constexpr Control kReply = &TodayTableViewCell::replyButton;
-constexpr Control kArchive = &TodayTableViewCell::archiveButton;
-constexpr Control kTrash = &TodayTableViewCell::trashButton;
-
-constexpr int kLimit = 30'000;  // milliseconds
+constexpr int kLimit = 30'000;                                 // milliseconds
+constexpr const char* kRead = "updateData error deserialize";  // once a read, of a broken file
 const std::string kHost = "it.tarno.quillet";
-
-constexpr const char* kThousandNotifications = R"py(
-from gi.repository import Gio, GLib
-bus = Gio.bus_get_sync(Gio.BusType.SESSION)
-for _ in range(1000):
-    bus.emit_signal(None, "/it/tarno/quillet/DistributedNotifications",
-                    "it.tarno.quillet.DistributedNotifications", "Posted",
-                    GLib.Variant("(ss)", ("k_today_widget_key", "k_today_widget_object")))
-bus.flush_sync()
-)py";
 
 template <typename Condition>
 bool eventually(Condition condition) {
@@ -58,12 +38,7 @@ class CommandTest : public StoreFixture {
 protected:
     CommandTest() {
         writeStore({"1", "2", "3", "4", "5"});
-        writeFile("a@x", "broken", "every read logs a line about this file");
-    }
-    ~CommandTest() override {
-        panel_.reset();
-        platform::drainBackgroundQueue();
-        QCoreApplication::sendPostedEvents();
+        writeFile("a@x", "broken", "no property list");
     }
 
     // The messages, the first one newest.
@@ -79,51 +54,53 @@ protected:
     // A bus that starts the sample host for whoever calls one of these names.
     void startBus(const Texts& hosts = {kHost}) {
         for (const std::string& name : hosts) {
-            daemon_.addService(
-                name,
-                "/bin/sh " + container.writeFile(name + ".sh",
-                                                 "echo $$ > " + container.path("process") +
-                                                     "\nexec " QUILLET_BIN
-                                                     "/quillet-sample-host run --identifier " +
-                                                     name + " >> " + container.path(name) + "\n"));
+            daemon_.addService(name,
+                               "/bin/sh -c 'exec " QUILLET_BIN
+                               "/quillet-sample-host run --identifier " +
+                                   name + " >> " + container.path(name) + "'");
         }
         ASSERT_TRUE(daemon_.start());
     }
+    // Does something with a connection of the test's own to the bus.
+    template <typename Action>
+    void onBus(Action action) {
+        const QString name = QStringLiteral("test");
+        action(QDBusConnection::connectToBus(QString::fromStdString(daemon_.address()), name));
+        QDBusConnection::disconnectFromBus(name);
+    }
     // Starts the host before anybody calls it; its process.
     pid_t startHost() {
-        auto bus = QDBusConnection::connectToBus(QString::fromStdString(daemon_.address()),
-                                                 QStringLiteral("starter"));
-        EXPECT_TRUE(bus.interface()->startService(QString::fromStdString(kHost)).isValid());
-        QDBusConnection::disconnectFromBus(QStringLiteral("starter"));
         pid_t process = 0;
-        std::ifstream(container.path("process")) >> process;
+        onBus([&process](const QDBusConnection& bus) {
+            const QString name = QString::fromStdString(kHost);
+            EXPECT_TRUE(bus.interface()->startService(name).isValid());
+            process = static_cast<pid_t>(bus.interface()->servicePid(name).value());
+        });
         return process;
+    }
+    // Says, as a host does, that the store has changed.
+    void notify(int times = 1) {
+        onBus([times](const QDBusConnection& bus) {
+            auto signal = QDBusMessage::createSignal(
+                QStringLiteral("/it/tarno/quillet/DistributedNotifications"),
+                QStringLiteral("it.tarno.quillet.DistributedNotifications"),
+                QStringLiteral("Posted"));
+            signal << QStringLiteral("k_today_widget_key")
+                   << QStringLiteral("k_today_widget_object");
+            for (int i = 0; i < times; ++i) {
+                EXPECT_TRUE(bus.send(signal));
+            }
+            EXPECT_TRUE(bus.interface()->registeredServiceNames().isValid());  // it has them all
+        });
     }
 
     void showPanel() {
-        panel_.emplace(platform::Look::Light);
-        // One read as the panel appears, another one once it is up.
-        const std::size_t reads = log.lines().size() + 2;
-        panel_->show();
-        ASSERT_TRUE(eventually([&] { return log.lines().size() >= reads; }));
-        for (const char* turn : {"the list", "its height"}) {
-            bool isOver = false;
-            platform::mainQueue().async([&] { isOver = true; });
-            ASSERT_TRUE(eventually([&] { return isOver; })) << turn;
-        }
-    }
-
-    void click(std::size_t row, Control control) {
-        auto* const cell = static_cast<TodayTableViewCell*>(table().cellAtRow(row));
-        const QWidget* target = cell->fromField();
-        if (control != kRow) {
-            target = (cell->*control)();
-        }
-        QTest::mouseClick(panel_->panel().windowHandle(),
-                          Qt::LeftButton,
-                          {},
-                          target->mapTo(&panel_->panel(), target->rect().center()));
-        QCoreApplication::processEvents();
+        panel_ = &panels_.emplace_back();
+        // One read as the panel appears, another one once it is up; list and height follow it each
+        // a turn later, and every answer takes a turn.
+        ASSERT_TRUE(eventually([&] { return panel_->logged(kRead) == 2; }));
+        ASSERT_TRUE(shows(read()));
+        EXPECT_EQ(panel_->height(), 60 * panel_->rows().size());
     }
 
     // The commands that the host has followed so far: word, message, what became of it.
@@ -143,96 +120,102 @@ protected:
         return eventually([&] { return followed().size() >= commands; });
     }
     bool shows(const Texts& identifiers) {
-        return eventually([&] { return shownRows() == identifiers; });
-    }
-    double height() { return panel_->widget().viewHeightContraint()->constant(); }
-
-    Texts shownRows() { return identifiersOf(panel_->widget().dataToShow()); }
-    TodayTableView& table() {
-        return static_cast<TodayTableView&>(*panel_->widget().myTableView());
+        return eventually([&] { return panel_->rows() == identifiers; });
     }
 
     PrivateBus daemon_;
     EnvironmentVariable address_{"DBUS_SESSION_BUS_ADDRESS", daemon_.address()};
     TemporaryFolder config_;
     EnvironmentVariable configVariable_{"XDG_CONFIG_HOME", config_.path()};
-    std::optional<PanelController> panel_;
+    std::list<TodayProcess> panels_;
+    TodayProcess* panel_ = nullptr;  // the last one
 };
 
 TEST_F(CommandTest, EveryControlReachesAHostThatIsStartedForItAndThePanelFollows) {
     startBus();
     showPanel();
-    click(2, kArchive);
-    EXPECT_EQ(shownRows(), (Texts{"1", "2", "4", "5"}));
+    panel_->ask("click 2 Archive");
+    EXPECT_TRUE(shows({"1", "2", "4", "5"}));
     ASSERT_TRUE(follows(1));
-    click(0, kReply);
+    panel_->ask("click 0 Reply");
     ASSERT_TRUE(follows(2));
-    click(1, kRow);
+    panel_->ask("click 1");
     ASSERT_TRUE(follows(3));
-    click(3, kTrash);
+    panel_->ask("click 3 Delete");
     ASSERT_TRUE(follows(4));
     EXPECT_THAT(followed(),
                 ElementsAre("archive 3 removed in the background",
                             "reply 1 found with a token",
                             "open 2 found with a token",
                             "delete 5 removed in the background"));
-    EXPECT_TRUE(eventually([&] { return height() == 3 * 60; }));
-    EXPECT_EQ(shownRows(), (Texts{"1", "2", "4"}));
-    EXPECT_EQ(read(), (Texts{"1", "2", "4"}));
+    EXPECT_TRUE(eventually([&] { return panel_->height() == 3 * 60; }));
+    EXPECT_THAT(panel_->rows(), ElementsAre("1", "2", "4"));
+    EXPECT_THAT(read(), ElementsAre("1", "2", "4"));
 }
 
 TEST_F(CommandTest, WithoutAHostTheRowLeavesUntilAReadFindsItsMessageAgain) {
     startBus({});
     showPanel();
-    click(2, kArchive);
-    EXPECT_EQ(shownRows(), (Texts{"1", "2", "4", "5"}));
-    EXPECT_EQ(table().numberOfRows(), 4U);
-    EXPECT_EQ(height(), 5 * 60);
-    click(0, kReply);
-    EXPECT_EQ(shownRows(), (Texts{"1", "2", "4", "5"}));
-    platform::DistributedNotificationCenter::defaultCenter().postNotification(
-        "k_today_widget_key", "k_today_widget_object");
+    panel_->ask("click 2 Archive");
+    EXPECT_TRUE(shows({"1", "2", "4", "5"}));
+    panel_->ask("click 0 Reply");
+    EXPECT_THAT(panel_->rows(), ElementsAre("1", "2", "4", "5"));
+    EXPECT_EQ(panel_->height(), 5 * 60) << "until the next rebuild";
+    notify();
     EXPECT_TRUE(shows({"1", "2", "3", "4", "5"}));
 }
 
 TEST_F(CommandTest, AHostThatHangsGetsEverythingLaterAndOnlyWhatIsAUrl) {
-    writeStore({"1", "no url", "3", "4", "5"});
+    writeStore({"1", "no url", "3", "4"});
     startBus();
     const pid_t host = startHost();
     showPanel();
     ASSERT_EQ(kill(host, SIGSTOP), 0);
-    click(1, kArchive);
-    EXPECT_EQ(table().numberOfRows(), 5U);
-    click(4, kArchive);
-    EXPECT_EQ(table().numberOfRows(), 4U);
-    // A rebuild has taken the message off the list meanwhile.
-    auto rest = std::make_shared<std::vector<std::shared_ptr<ExtensionMessage>>>(
-        *panel_->widget().dataToShow());
-    rest->erase(rest->begin() + 2);
-    panel_->widget().setDataToShow(rest);
-    click(2, kTrash);
-    EXPECT_EQ(table().numberOfRows(), 4U);
-    EXPECT_TRUE(followed().empty());
+    panel_->ask("click 1 Archive");
+    panel_->ask("click 3 Archive");
+    EXPECT_TRUE(shows({"1", "no url", "3"}));
+    panel_->ask("click 0 Reply");
     ASSERT_EQ(kill(host, SIGCONT), 0);
     ASSERT_TRUE(follows(2));
-    EXPECT_THAT(
-        followed(),
-        ElementsAre("archive 5 removed in the background", "delete 3 removed in the background"));
-    EXPECT_TRUE(shows({"1", "no url", "4"}));
+    EXPECT_THAT(followed(),
+                ElementsAre("archive 4 removed in the background", "reply 1 found with a token"));
+    EXPECT_THAT(panel_->rows(), ElementsAre("1", "no url", "3"));
+}
+
+TEST_F(CommandTest, AButtonWhoseMessageLeavesUnderThePointerSendsNothing) {
+    startBus();
+    showPanel();
+    for (const int row : {2, 3}) {  // another message comes to its place; none does
+        panel_->ask("press " + std::to_string(row) + " Delete");
+        Texts rest = panel_->rows();
+        rest.erase(rest.begin() + row);
+        writeStore(rest);
+        notify();
+        EXPECT_TRUE(shows(rest));
+        panel_->ask("release");
+    }
+    panel_->ask("click 0 Archive");
+    ASSERT_TRUE(follows(1));
+    EXPECT_THAT(followed(), ElementsAre("archive 1 removed in the background"));
+    EXPECT_TRUE(shows({"2", "4"}));
 }
 
 TEST_F(CommandTest, AThousandNotificationsMakeFewReadsAndTheRightEnd) {
     startBus({});
     showPanel();
-    const std::size_t before = log.lines().size();
-    writeStore({"6", "5"});
-    QProcess host;
-    host.start(QStringLiteral("/usr/bin/python3"),
-               {QStringLiteral("-c"), QString::fromLatin1(kThousandNotifications)});
-    ASSERT_TRUE(host.waitForFinished(kLimit));  // the panel is busy meanwhile
-    ASSERT_EQ(host.exitCode(), 0) << host.readAllStandardError().toStdString();
+    const std::size_t before = panel_->logged(kRead);
+    // The panel's first read of these waits until the host lets go of its store.
+    const auto write = [this](const std::string&) {
+        writeStore({"6", "5"});
+        notify(1000);
+    };
+    const std::string folder = container.path("SharedData");
+    EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(folder + "/Today", write));
     EXPECT_TRUE(shows({"6", "5"}));
-    EXPECT_LE(log.lines().size(), before + 10);
+    writeStore({"7"});
+    notify();
+    EXPECT_TRUE(shows({"7"})) << "what came before it has been dealt with by now";
+    EXPECT_LE(panel_->logged(kRead), before + 10);
 }
 
 TEST_F(CommandTest, PanelsOfEachLineReachTheirHost) {
@@ -241,7 +224,7 @@ TEST_F(CommandTest, PanelsOfEachLineReachTheirHost) {
     for (const auto& [line, host] : {std::pair("beta8", kHost + ".beta8"), {"beta9", kHost}}) {
         const EnvironmentVariable own("QUILLET_BUNDLE_IDENTIFIER", kHost + "." + line + ".today");
         showPanel();
-        click(0, kRow);
+        panel_->ask("click 0");
         EXPECT_TRUE(eventually([&] { return followed(host).size() == 1; })) << line;
     }
 }
@@ -251,16 +234,17 @@ TEST_F(CommandTest, ARestartedBusBringsHostAndPanelTogetherAgain) {
     startHost();
     showPanel();
     daemon_.stop();
-    click(0, kReply);
-    bool isBack = false;
-    platform::SessionBus::shared().addObserver(&isBack, [&] { isBack = true; });
+    panel_->ask("click 0 Reply");
     ASSERT_TRUE(daemon_.start());
-    ASSERT_TRUE(eventually([&] { return isBack; }));
-    platform::SessionBus::shared().removeObserver(&isBack);
-    click(2, kTrash);
+    EXPECT_TRUE(eventually([&] {  // nothing but a notification makes the panel read again
+        notify();
+        return panel_->logged(kRead) > 2;
+    }));
+    panel_->ask("click 2 Delete");
     ASSERT_TRUE(follows(1));
     EXPECT_THAT(followed(), ElementsAre("delete 3 removed in the background"));
-    EXPECT_TRUE(eventually([&] { return height() == 4 * 60; }));
+    EXPECT_TRUE(shows({"1", "2", "4", "5"}));
+    EXPECT_TRUE(eventually([&] { return panel_->height() == 4 * 60; }));
 }
 
 }  // namespace

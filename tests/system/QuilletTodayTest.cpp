@@ -2,6 +2,8 @@
 
 #include <QImage>
 #include <QProcess>
+#include <algorithm>
+#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -123,26 +125,21 @@ TEST_F(QuilletTodayTest, FailuresAndWrongUsageHaveTheirStatusAndSayWhatToDo) {
 TEST_F(QuilletTodayTest, OfSeveralStartsOnePanelStays) {
     writeDemo();
     environment_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    const auto first = start("quillet-today", {});
-    ASSERT_TRUE(first->waitForStarted());
-    const auto second = start("quillet-today", {});
-    const auto third = start("quillet-today", {});
-    ASSERT_TRUE(waitUntil([&] {
-        return (first->state() == QProcess::Running) + (second->state() == QProcess::Running) +
-                   (third->state() == QProcess::Running) ==
-               1;
-    }));
-    for (const auto* process : {first.get(), second.get(), third.get()}) {
-        if (process->state() == QProcess::NotRunning) {
-            EXPECT_EQ(process->exitCode(), 0);
+    const std::array panels{
+        start("quillet-today", {}), start("quillet-today", {}), start("quillet-today", {})};
+    const auto isRunning = [](const auto& panel) { return panel->state() == QProcess::Running; };
+    for (const auto& panel : panels) {
+        ASSERT_TRUE(panel->waitForStarted());
+    }
+    ASSERT_TRUE(waitUntil([&] { return std::ranges::count_if(panels, isRunning) == 1; }, kLimit));
+    for (const auto& panel : panels) {
+        if (isRunning(panel)) {
+            panel->terminate();
+            panel->waitForFinished(kLimit);
+        } else {
+            EXPECT_EQ(panel->exitCode(), 0);
         }
     }
-    first->terminate();
-    second->terminate();
-    third->terminate();
-    first->waitForFinished(kLimit);
-    second->waitForFinished(kLimit);
-    third->waitForFinished(kLimit);
 }
 
 }  // namespace quillet::test

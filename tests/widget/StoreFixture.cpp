@@ -6,6 +6,7 @@ namespace quillet::test {
 
 std::string messageXml(std::string_view messageId, std::int64_t date, std::int64_t folder) {
     return "<dict><key>messageId</key><string>" + std::string(messageId) +
+           "</string><key>from</key><string>" + std::string(messageId) +
            "</string><key>account</key><string>a@x</string><key>date</key><integer>" +
            std::to_string(date) + "</integer><key>folderStid</key><integer>" +
            std::to_string(folder) + "</integer></dict>";

@@ -16,7 +16,7 @@
 
 namespace quillet::test {
 
-// A message dictionary in XML.
+// A message dictionary in XML; the sender is named like the message.
 std::string messageXml(std::string_view messageId, std::int64_t date, std::int64_t folder = 1);
 // A message file in XML with the given message dictionaries.
 std::string fileXml(std::string_view messages);

@@ -170,16 +170,5 @@ TEST(TableView, AScreenReaderSeesAListOfRowsWithTheirButtons) {
         ElementsAre("selected 0", "first of Ann, Lunch, 10:42", "second of Ann, Lunch, 10:42"));
 }
 
-TEST(TableView, AButtonHeldDownDuringAReloadPressesNothing) {
-    RecordingTable data({"a", "b"});
-    const QPoint place =
-        data.cell(0)->first->mapTo(data.table, data.cell(0)->first->rect().center());
-    data.press(place);
-    data.rows = {"new", "a", "b"};
-    data.table->reloadData();
-    data.release(place);
-    EXPECT_THAT(data.takeEvents(), testing::IsEmpty());
-}
-
 }  // namespace
 }  // namespace quillet::test

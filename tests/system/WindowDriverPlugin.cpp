@@ -1,0 +1,97 @@
+// An eye and a mouse for an unchanged program that runs without a display; the toolkit loads it as
+// an input device. Each line of standard input is one command, answered by one line of JSON:
+//   state                 tells the rows that the window shows and the height of their table
+//   click ROW [BUTTON]    clicks on the button of that name in the row, or on the row, then tells
+//   press ROW [BUTTON]    the same without the release
+//   release               releases where the last press was
+// The program ends with its standard input.
+
+#include <QAccessible>
+#include <QGenericPlugin>
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSocketNotifier>
+#include <QTest>
+#include <QWindow>
+#include <iostream>
+#include <string>
+#include <unistd.h>
+
+namespace quillet::test {
+
+// The first of a view and those in it, as screen readers know them, that is meant; null for none.
+template <typename Condition>
+QAccessibleInterface* firstIn(QAccessibleInterface* view, Condition isMeant) {
+    if (view == nullptr || isMeant(*view)) {
+        return view;
+    }
+    QAccessibleInterface* found = nullptr;
+    for (int i = 0; found == nullptr && i < view->childCount(); ++i) {
+        found = firstIn(view->child(i), isMeant);
+    }
+    return found;
+}
+
+class WindowDriverPlugin final : public QGenericPlugin {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "WindowDriver.json")
+
+public:
+    QObject* create(const QString& /*key*/, const QString& /*specification*/) override {
+        auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read);
+        connect(input, &QSocketNotifier::activated, this, [this, input] {
+            if (std::string line; std::getline(std::cin, line)) {
+                const QJsonDocument answer(answerTo(QString::fromStdString(line).split(' ')));
+                std::cout << answer.toJson(QJsonDocument::Compact).constData() << std::endl;
+            } else {
+                input->setEnabled(false);
+                QCoreApplication::quit();
+            }
+        });
+        return input;
+    }
+
+private:
+    QJsonObject answerTo(const QStringList& words) {
+        for (QWindow* window : QGuiApplication::topLevelWindows()) {
+            auto* list = firstIn(window->isVisible() ? window->accessibleRoot() : nullptr,
+                                 [](auto& view) { return view.role() == QAccessible::List; });
+            if (list != nullptr) {
+                return answerIn(*window, *list, words);
+            }
+        }
+        return {};
+    }
+
+    // Finds the place and clicks in one go, since rows move.
+    QJsonObject answerIn(QWindow& window, QAccessibleInterface& list, const QStringList& words) {
+        if (words.size() > 1) {
+            auto* target = firstIn(list.child(words[1].toInt()), [&words](auto& view) {
+                return words.size() == 2 || view.text(QAccessible::Name) == words[2];
+            });
+            if (target == nullptr) {
+                return {{"error", "nothing there"}};
+            }
+            place_ = window.mapFromGlobal(target->rect().center());
+        }
+        static const QMap<QString, QTest::MouseAction> actions{{"click", QTest::MouseClick},
+                                                               {"press", QTest::MousePress},
+                                                               {"release", QTest::MouseRelease}};
+        if (actions.contains(words[0])) {
+            QTest::mouseEvent(actions[words[0]], &window, Qt::LeftButton, {}, place_);
+        }
+        QJsonArray rows;
+        for (int row = 0; row < list.childCount(); ++row) {
+            rows.append(list.child(row)->text(QAccessible::Name));
+        }
+        return {{"rows", rows}, {"height", list.rect().height()}};
+    }
+
+    QPoint place_;  // of the last press, in the window
+};
+
+}  // namespace quillet::test
+
+#include "WindowDriverPlugin.moc"
