@@ -2,6 +2,7 @@
 # Builds the fuzzers and runs each of them for its share of SECONDS (default: 60), from the inputs
 # in fuzz/corpus and those that earlier runs found, which are kept in build/fuzz/corpus.
 # Usage: tools/run_fuzz.sh [SECONDS] [FUZZER]…    (fuzz_query, fuzz_links …; default: all)
+# FUZZ_SEED=N takes the same inputs in every run, as many as there is time for; else chance chooses.
 # A finding ends the run; its input is in build/fuzz/findings and replayed by
 # build/fuzz/bin/FUZZER FILE.
 set -euo pipefail
@@ -27,6 +28,7 @@ for fuzzer in "${fuzzers[@]}"; do
     report=build/fuzz/$fuzzer.log
     mkdir -p "$found"
     if ! "build/fuzz/bin/$fuzzer" -max_total_time=$((seconds / ${#fuzzers[@]})) -timeout=10 \
+         -seed="${FUZZ_SEED:-0}" \
          -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="build/fuzz/findings/$fuzzer-" \
          "$found" "$seeds" >"$report" 2>&1; then
         tail -n 60 "$report" >&2
