@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <span>
 #include <utility>
 
 #include "util/Tarno.h"
@@ -25,10 +26,6 @@ struct Place {
 };
 
 using Places = std::vector<Place>;
-
-bool isNewer(const Place& left, const Place& right) {
-    return left.key < right.key;
-}
 
 std::uint64_t sortKey(const ExtensionMessage& message) {
     constexpr double kOldest = -std::numeric_limits<double>::infinity();
@@ -76,14 +73,6 @@ Places sortedPlaces(const RecordBlock& block) {
     return places;
 }
 
-// Equal ones of the first come before those of the second.
-Places merged(Places first, const Places& second) {
-    const auto middle = static_cast<std::ptrdiff_t>(first.size());
-    first.insert(first.end(), second.begin(), second.end());
-    std::inplace_merge(first.begin(), first.begin() + middle, first.end(), isNewer);
-    return first;
-}
-
 // The first messages of a standard folder, at most kMostRows: later ones would be cut anyway.
 Messages firstOfFolder(const Messages& messages, std::int64_t folder) {
     const platform::Number wanted(folder);
@@ -107,16 +96,25 @@ Messages firstOf(const Messages& messages) {
 }  // namespace
 
 Messages sortedNewestFirst(const std::shared_ptr<const RecordBlocks>& blocks) {
-    Places places;
-    for (auto& part : startParts(blocks->size(), [&blocks](std::size_t part) {
-             return sortedPlaces(*(*blocks)[part]);
-         })) {
-        places = places.empty() ? part.get() : merged(std::move(places), part.get());
+    const auto sortPart = [&blocks](std::size_t part) { return sortedPlaces(*(*blocks)[part]); };
+    std::vector<Places> parts;
+    std::size_t count = 0;
+    for (auto& part : startParts(blocks->size(), sortPart)) {
+        count += parts.emplace_back(part.get()).size();
     }
     Messages sorted;
-    sorted.reserve(places.size());
-    for (const Place& place : places) {
-        sorted.push_back(RecordBlock::handle(blocks, *place.record));
+    sorted.reserve(count);
+    std::vector<std::span<const Place>> rest(parts.begin(), parts.end());
+    std::erase_if(rest, [](const auto& part) { return part.empty(); });
+    while (!rest.empty()) {
+        // Of equal keys that of the first part comes first.
+        const auto next =
+            std::ranges::min_element(rest, {}, [](const auto& part) { return part.front().key; });
+        sorted.push_back(RecordBlock::handle(blocks, *next->front().record));
+        *next = next->subspan(1);
+        if (next->empty()) {
+            rest.erase(next);
+        }
     }
     return sorted;
 }
