@@ -148,6 +148,8 @@ TEST(LocalDays, ADayIsWhatTheDayNumberSaysInEveryZone) {
         {"Pacific/Apia", 1325239200},       // 2011-12-30 is left out
         {"Asia/Manila", -3944621160},       // a day less, in 1844
         {"Africa/Monrovia", 63593070},      // by 44 minutes and 30 seconds
+        {"CET-1CEST,M3.5.0,M10.5.0/3", 1774746000},
+        {"CET-1CEST", 1793512800},  // 2026-11-01
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.zone);

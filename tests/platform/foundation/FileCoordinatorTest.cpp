@@ -1,11 +1,9 @@
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 #include "platform/foundation/FileCoordinator.h"
 #include "platform/foundation/FileManager.h"
@@ -99,22 +97,6 @@ TEST_F(FileCoordinatorTest, AnItemWhoseAccessorThrewIsFree) {
                  std::runtime_error);
     const CoordinatingProcess other(data_, data_ + "/Today", Access::Write);
     EXPECT_TRUE(waitFor([&] { return other.isInside(); }));
-}
-
-TEST_F(FileCoordinatorTest, ThreadsOfOneProcessWaitForEachOther) {
-    const FileCoordinator coordinator(data_);
-    std::atomic<int> result{0};  // the sanitizer does not know of file locks
-    std::thread other;
-    EXPECT_FALSE(coordinator.coordinateWriting(data_ + "/Today", [&](const std::string&) {
-        other = std::thread([&] {
-            coordinator.coordinateReading(data_ + "/Today",
-                                          [&](const std::string&) { result = result * 2; });
-        });
-        EXPECT_TRUE(waitFor([] { return waitsForLock(::getpid()); }));
-        result = 21;
-    }));
-    other.join();
-    EXPECT_EQ(result, 42);
 }
 
 TEST_F(FileCoordinatorTest, TheAccessorGetsThePathAsItIsSpelledAndTheContainerIsNotWrittenTo) {

@@ -6,6 +6,7 @@
 
 #include "platform/foundation/LinkDetector.h"
 #include "platform/foundation/URL.h"
+#include "platform/foundation/Utf8.h"
 #include "tests/support/DocumentTable.h"
 
 namespace quillet::test {
@@ -42,34 +43,15 @@ TEST(LinkDetector, LinksAreWhatTheDocumentTells) {
 }
 
 TEST(LinkDetector, ALinkEndsBeforeEveryCharacterThatStopsIt) {
-    for (const char* stop : {" ",
-                             "\n",
-                             "\t",
-                             "\x7F",
-                             "`",
-                             "|",
-                             "^",
-                             "\\",
-                             "\xC2\xA0" /* no-break */,
-                             "\xE2\x80\x8B" /* zero width */,
-                             "\xE2\x80\xA8" /* line separator */,
-                             "\xE2\x80\xAE" /* right to left */,
-                             "„",
-                             "‚",
-                             "’",
-                             "‹",
-                             "｝",
-                             "〉",
-                             "：",
-                             "！",
-                             "～",
-                             "．",
-                             "\xEF\xBF\xBD" /* replacement */,
-                             "\xEE\x80\x80" /* private */,
-                             "\xFF",
-                             "\xC3",
-                             "\xED\xA0\x80" /* lone surrogate */,
-                             "\xF4\x90\x80\x80" /* too large */}) {
+    // No UTF-8: bytes of nothing, a lone surrogate, a code that is too large.
+    std::vector<std::string> stops{"\xFF", "\xC3", "\xED\xA0\x80", "\xF4\x90\x80\x80"};
+    // Blanks of no break and no width, separator, override, replacement and private characters too.
+    for (const char32_t stop : std::u32string_view(
+             U" \n\t\x7F`|^\\\u00A0\u200B\u2028\u202E„‚’‹｝〉：！～．\uFFFD\uE000")) {
+        char bytes[4];
+        stops.emplace_back(bytes, platform::writeUtf8(stop, bytes));
+    }
+    for (const std::string& stop : stops) {
         for (const std::string link : {"http://example.com/a", "ftp://example.com"}) {
             EXPECT_THAT(urlsIn("(" + link + stop + "b"), ElementsAre(link)) << stop;
         }

@@ -45,24 +45,10 @@ TEST(PosixTimeZone, ClocksGoAsThoseOfTheLibrary) {
     ::tzset();
 }
 
-TEST(PosixTimeZone, DaysOnWhichTheClocksArePutAreShorterAndLonger) {
-    const struct {
-        const char* zone;
-        double noon;
-        double hours;
-    } cases[] = {
-        {"CET-1CEST,M3.5.0,M10.5.0/3", 1774785600, 23},  // 2026-03-29
-        {"CET-1CEST,M3.5.0,M10.5.0/3", 1792929600, 25},  // 2026-10-25
-        {"CET-1CEST", 1772971200, 23},                   // 2026-03-08
-        {"CET-1CEST", 1793534400, 25},                   // 2026-11-01
-        {"CET-1CEST,M3.5.0,M10", 1774785600, 24},        // 2026-03-29
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.noon);
-        const EnvironmentVariable zone("TZ", row.zone);
-        const auto day = platform::LocalDays().dayOf(row.noon);
-        EXPECT_EQ((day.end - day.start) / 3600, row.hours);
-    }
+TEST(PosixTimeZone, ARuleThatIsCutOffMeansNoSummerTime) {
+    const EnvironmentVariable zone("TZ", "CET-1CEST,M3.5.0,M10");
+    const auto day = platform::LocalDays().dayOf(1774785600);  // 2026-03-29
+    EXPECT_EQ((day.end - day.start) / 3600, 24);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 #include <random>
+#include <sstream>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/PropertyList.h"
-#include "platform/foundation/Utf8.h"
 #include "tests/platform/foundation/PropertyListTestSupport.h"
 
 namespace quillet::test {
@@ -47,9 +47,8 @@ bool readsWhole(PropertyListDocument& document, const std::string& file) {
         EXPECT_LE(error->offset, file.size());
         return false;
     }
-    std::string text;
     std::size_t visits = 0;
-    dump(document.root(), text, visits);
+    dump(document.root(), &visits);
     EXPECT_LE(visits, PropertyListDocument::kVisitsBase + file.size());
     return true;
 }
@@ -88,21 +87,12 @@ TEST(PropertyListHostile, FlippedBitsNeverLeadAstray) {
 TEST(PropertyListHostile, MarkupAtAnyPlaceNeverLeadsAstray) {
     constexpr int kRounds = 20000;
     constexpr std::size_t kMostPieces = 6;
-    static const char* const kPieces[] = {"<!--",
-                                          "-->",
-                                          "<!-->",
-                                          "<![CDATA[",
-                                          "]]>",
-                                          "<?",
-                                          "?>",
-                                          "<?>",
-                                          "&",
-                                          "&lt;",
-                                          "\r",
-                                          "</string>",
-                                          "<dict>",
-                                          "</dict>",
-                                          "\xC3"};
+    std::istringstream markups(
+        "<!--|-->|<!-->|<![CDATA[|]]>|<?|?>|<?>|&|&lt;|\r|</string>|<dict>|</dict>|\xC3");
+    std::vector<std::string> pieces;
+    for (std::string piece; std::getline(markups, piece, '|');) {
+        pieces.push_back(piece);
+    }
     const std::string file =
         "<array><dict><key>a b</key><string>one two</string><key>c</key><true/></dict>"
         "<dict><key>a b</key><string>three</string><key>c</key><string>x</string></dict></array>";
@@ -111,26 +101,14 @@ TEST(PropertyListHostile, MarkupAtAnyPlaceNeverLeadsAstray) {
     int good = 0;
     for (int round = 0; round < kRounds; ++round) {
         std::string markup;
-        for (std::size_t pieces = random() % kMostPieces + 1; pieces > 0; --pieces) {
-            markup += kPieces[random() % std::size(kPieces)];
+        for (std::size_t left = random() % kMostPieces + 1; left > 0; --left) {
+            markup += pieces[random() % pieces.size()];
         }
         std::string changed = file;
         changed.insert(random() % changed.size(), markup);
         good += readsWhole(document, changed) ? 1 : 0;
     }
     EXPECT_GT(good, kRounds / 100);
-}
-
-TEST(PropertyListHostile, EveryTrailerByteMayBeAnything) {
-    const std::string file = kBinaryFile;
-    PropertyListDocument document;
-    for (std::size_t fromEnd = 1; fromEnd <= 32; ++fromEnd) {
-        for (unsigned value = 0; value < 256; ++value) {
-            std::string changed = file;
-            changed[file.size() - fromEnd] = static_cast<char>(value);
-            readsWhole(document, changed);
-        }
-    }
 }
 
 TEST(PropertyListValue, ConversionsThatAValueDoesNotHaveRaise) {

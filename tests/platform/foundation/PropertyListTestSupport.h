@@ -12,78 +12,43 @@
 namespace quillet::test {
 
 // Everything in a value as one text: "abc" for strings, 5 for integers, 1.5r for reals, true,
-// 10d for dates, <6162> for data, uid3, (null), [..] and {"key":value,..}. `visits` counts the
+// 10d for dates, <ab> for data, uid3, (null), [..] and {"key":value,..}. `visits` counts the
 // values.
-inline void dump(const platform::PropertyListValue& value, std::string& text, std::size_t& visits);
-
-inline std::string dump(const platform::PropertyListValue& value) {
-    std::string text;
-    std::size_t visits = 0;
-    dump(value, text, visits);
-    return text;
-}
-
-inline void dumpContainer(const platform::PropertyListValue& value,
-                          std::string& text,
-                          std::size_t& visits) {
-    const bool dictionary = value.type() == platform::PropertyListType::Dictionary;
-    text += dictionary ? '{' : '[';
-    const std::size_t start = text.size();
-    for (const auto element : value) {
-        text += text.size() > start ? "," : "";
-        dump(element, text, visits);
-        if (dictionary) {
-            text += ':';
-            dump(value.valueForKey(element.stringValue()), text, visits);
-        }
-    }
-    text += dictionary ? '}' : ']';
-}
-
-inline std::string hexadecimal(std::string_view bytes) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    for (const char character : bytes) {
-        const auto byte = static_cast<unsigned char>(character);
-        text += kDigits[byte >> 4U];
-        text += kDigits[byte & 0xFU];
-    }
-    return text;
-}
-
-inline void dump(const platform::PropertyListValue& value, std::string& text, std::size_t& visits) {
+inline std::string dump(const platform::PropertyListValue& value, std::size_t* visits = nullptr) {
     using Type = platform::PropertyListType;
-    ++visits;
+    if (visits != nullptr) {
+        ++*visits;
+    }
     switch (value.type()) {
         case Type::Absent:
-            text += "(null)";
-            break;
+            return "(null)";
         case Type::String:
-            text += '"' + value.stringValue() + '"';
-            break;
+            return '"' + value.stringValue() + '"';
         case Type::Integer:
-            text += value.numberValue().text();
-            break;
+            return value.numberValue().text();
         case Type::Real:
-            text += value.numberValue().text() + 'r';
-            break;
+            return value.numberValue().text() + 'r';
         case Type::Boolean:
-            text += value.boolValue() ? "true" : "false";
-            break;
+            return value.boolValue() ? "true" : "false";
         case Type::Date:
-            text += platform::Number(value.dateValue()).text() + 'd';
-            break;
+            return platform::Number(value.dateValue()).text() + 'd';
         case Type::Data:
-            text += '<' + hexadecimal(value.dataValue()) + '>';
-            break;
+            return '<' + std::string(value.dataValue()) + '>';
         case Type::Uid:
-            text += "uid" + std::to_string(value.uidValue());
-            break;
+            return "uid" + std::to_string(value.uidValue());
         case Type::Array:
         case Type::Dictionary:
-            dumpContainer(value, text, visits);
             break;
     }
+    const bool isDictionary = value.type() == Type::Dictionary;
+    std::string text;
+    for (const auto element : value) {
+        text += (text.empty() ? "" : ",") + dump(element, visits);
+        if (isDictionary) {
+            text += ':' + dump(value.valueForKey(element.stringValue()), visits);
+        }
+    }
+    return isDictionary ? '{' + text + '}' : '[' + text + ']';
 }
 
 // What the file holds, or the description of its error.
