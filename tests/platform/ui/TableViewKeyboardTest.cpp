@@ -109,32 +109,23 @@ TEST_F(TableViewKeyboard, TheFocusSurvivesAReloadAndARemoval) {
     EXPECT_THAT(places(Qt::Key_Tab, 1), ElementsAre("behind")) << "an empty table is no stop";
 }
 
-TEST_F(TableViewKeyboard, TheFocusFollowsItsRowThroughAReload) {
+TEST_F(TableViewKeyboard, TheFocusFollowsItsRowThroughAReloadAndNoOtherRowsButtonGetsIt) {
+    const auto reload = [this](std::vector<std::string> rows, std::ptrdiff_t moved) {
+        data_.rows = std::move(rows);
+        data_.table->reloadData(
+            [moved](std::size_t row) { return static_cast<std::ptrdiff_t>(row) + moved; });
+    };
     data_.table->setFocus(Qt::TabFocusReason);
     places(Qt::Key_Down, 1);
-    data_.rows = {"new", "a", "b", "c"};
-    data_.table->reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row) + 1; });
+    reload({"new", "a", "b", "c"}, 1);
     EXPECT_EQ(place(), "row 2");
     places(Qt::Key_Tab, 2);
-    data_.rows = {"b", "c"};
-    data_.table->reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row) - 2; });
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_THAT(data_.takeEvents(), ElementsAre("second of b"));
-}
-
-TEST_F(TableViewKeyboard, TheFocusOfARowThatIsGoneGoesToNoOtherRowsButton) {
-    data_.table->setFocus(Qt::TabFocusReason);
-    places(Qt::Key_Tab, 2);
-    data_.rows = {"b", "c"};
-    data_.table->reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row) - 1; });
+    reload({"b", "c"}, -2);
+    EXPECT_EQ(place(), "Second of row 0");
+    reload({"c"}, -1);
     EXPECT_EQ(place(), "row 0");
-}
-
-TEST_F(TableViewKeyboard, AReloadDoesNotCallTheFocusBackIntoTheTable) {
-    data_.table->setFocus(Qt::TabFocusReason);
-    places(Qt::Key_Tab, 2);
     data_.before->setFocus();
-    data_.table->reloadData();
+    reload({"new", "c"}, 1);
     EXPECT_EQ(place(), "before");
 }
 

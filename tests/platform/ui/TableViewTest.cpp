@@ -38,9 +38,11 @@ TEST(TableView, OnlyAWholeClickOnAnotherRowSelects) {
     QTest::mouseClick(data.window.windowHandle(), Qt::RightButton, {}, {100, 40});
     data.press({262, 40});  // a button, taken back
     data.release({100, 40});
-    data.press({100, 20});
-    data.table->reloadData();  // the row is another one now
-    data.release({100, 20});
+    for (const QPoint place : {QPoint(100, 20), QPoint(262, 40)}) {
+        data.press(place);
+        data.table->reloadData();  // the row, or the button's, is another one now
+        data.release(place);
+    }
     EXPECT_THAT(data.takeEvents(), IsEmpty());
     data.click({262, 40});
     data.click({100, 75});  // on the text
@@ -67,22 +69,18 @@ TEST(TableView, TheSelectionStaysWithItsRow) {
 }
 
 TEST(TableView, ARemovedRowSlidesOutWhileTheRowsBelowMoveUp) {
-    for (const auto& [how, direction] :
-         {std::pair{RowAnimation::SlideLeft, -1}, {RowAnimation::SlideRight, 1}}) {
-        SCOPED_TRACE(direction);
-        RecordingTable data({"a", "b", "c", "d"});
-        data.removeRow(1, how);
-        EXPECT_THAT(data.shown(), ElementsAre("a", "c", "d"));
-        EXPECT_EQ(data.rowTop(1), 120) << "where it was";
-        data.animation()->setCurrentTime(125);
-        EXPECT_NEAR(data.rowTop(1), 90, 1);
-        auto* leaving = data.table->findChild<platform::SlidingRow*>();
-        EXPECT_NEAR(leaving->x(), direction * 160, 2);
-        data.animation()->setCurrentTime(250);
-        EXPECT_FALSE(data.table->isAnimating());
-        EXPECT_EQ(data.rowTop(1), 60);
-        EXPECT_FALSE(leaving->isVisible());
-    }
+    RecordingTable data({"a", "b", "c", "d"});
+    data.removeRow(1, RowAnimation::SlideRight);
+    EXPECT_THAT(data.shown(), ElementsAre("a", "c", "d"));
+    EXPECT_EQ(data.rowTop(1), 120) << "where it was";
+    data.animation()->setCurrentTime(125);
+    EXPECT_NEAR(data.rowTop(1), 90, 1);
+    auto* leaving = data.table->findChild<platform::SlidingRow*>();
+    EXPECT_NEAR(leaving->x(), 160, 2);
+    data.animation()->setCurrentTime(250);
+    EXPECT_FALSE(data.table->isAnimating());
+    EXPECT_EQ(data.rowTop(1), 60);
+    EXPECT_FALSE(leaving->isVisible());
 }
 
 TEST(TableView, ClicksDuringARemovalMeanTheRowsThatStay) {
