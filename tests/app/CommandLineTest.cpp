@@ -25,11 +25,7 @@ std::variant<CommandLine, EarlyExit> readWords(std::vector<std::string> words) {
 }  // namespace
 
 TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
-    struct Case {
-        std::vector<std::string> words;
-        const char* complaint;
-    };
-    const Case cases[] = {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"show"}, "there is no command \"show\""},
         {{"list", "more"}, "\"more\" is one argument too many"},
         {{"snapshot"}, "needs the name of the file"},
@@ -46,13 +42,12 @@ TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
         {{"list", "--scale", "2"}, "--scale goes with snapshot"},
         {{"--segment", "1"}, "--segment goes with"},
     };
-    for (const Case& testCase : cases) {
-        const auto result = readWords(testCase.words);
-        ASSERT_TRUE(std::holds_alternative<EarlyExit>(result)) << testCase.complaint;
-        const EarlyExit& exit = std::get<EarlyExit>(result);
+    for (const auto& [words, complaint] : cases) {
+        SCOPED_TRACE(complaint);
+        const auto exit = std::get<EarlyExit>(readWords(words));
         EXPECT_EQ(exit.status, 2);
         EXPECT_THAT(exit.text, StartsWith("quillet-today: "));
-        EXPECT_THAT(exit.text, HasSubstr(testCase.complaint));
+        EXPECT_THAT(exit.text, HasSubstr(complaint));
         EXPECT_THAT(exit.text, HasSubstr("--help"));
     }
 }
@@ -60,22 +55,27 @@ TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
 TEST(CommandLine, HelpAndVersionEndWell) {
     for (const auto& [word, text] : {std::pair("--help", "Usage: quillet-today [options]"),
                                      std::pair("--version", "quillet-today 0.")}) {
-        const auto result = readWords({word});
-        ASSERT_TRUE(std::holds_alternative<EarlyExit>(result));
-        EXPECT_EQ(std::get<EarlyExit>(result).status, 0);
-        EXPECT_THAT(std::get<EarlyExit>(result).text, HasSubstr(text));
+        const auto exit = std::get<EarlyExit>(readWords({word}));
+        EXPECT_EQ(exit.status, 0);
+        EXPECT_THAT(exit.text, HasSubstr(text));
     }
 }
 
-TEST(CommandLine, OptionsMayStandOnEitherSideOfTheCommand) {
-    const auto result = readWords({"--container", "box", "list", "--json", "--segment", "-3"});
-    ASSERT_TRUE(std::holds_alternative<CommandLine>(result));
-    const auto& line = std::get<CommandLine>(result);
-    EXPECT_EQ(line.command, CommandLine::Command::List);
-    EXPECT_TRUE(line.json);
-    EXPECT_EQ(line.segment, -3);
-    EXPECT_EQ(line.container, (std::filesystem::current_path() / "box").string());
-    EXPECT_EQ(line.look, std::nullopt);
+TEST(CommandLine, OptionsMayStandOnEitherSideOfTheCommandAndPathsKeepEveryByte) {
+    const auto list =
+        std::get<CommandLine>(readWords({"--container", "box", "list", "--json", "--segment=-3"}));
+    EXPECT_EQ(list.command, CommandLine::Command::List);
+    EXPECT_TRUE(list.json);
+    EXPECT_EQ(list.segment, -3);
+    EXPECT_EQ(list.container, (std::filesystem::current_path() / "box").string());
+    EXPECT_EQ(list.look, std::nullopt);
+    const std::string bytes = "/tmp/\xFF\xC3\xA9";
+    const auto picture =
+        std::get<CommandLine>(readWords({"--container", bytes, "snapshot", bytes, "--dark"}));
+    EXPECT_EQ(picture.container, bytes);
+    EXPECT_EQ(picture.picture, bytes);
+    EXPECT_EQ(picture.look, platform::Look::Dark);
+    EXPECT_EQ(std::get<CommandLine>(readWords({"--container", ""})).container, "");
 }
 
 TEST(CommandLine, RelativeContainerNeedsAWorkingFolder) {
@@ -86,17 +86,6 @@ TEST(CommandLine, RelativeContainerNeedsAWorkingFolder) {
     }
     EXPECT_TRUE(std::holds_alternative<EarlyExit>(readWords({"list", "--container", "box"})));
     std::filesystem::current_path(before);
-}
-
-TEST(CommandLine, PathsKeepEveryByte) {
-    const std::string bytes = "/tmp/\xFF\xC3\xA9";
-    const auto result = readWords({"--container", bytes, "snapshot", bytes, "--dark"});
-    ASSERT_TRUE(std::holds_alternative<CommandLine>(result));
-    const auto& line = std::get<CommandLine>(result);
-    EXPECT_EQ(line.container, bytes);
-    EXPECT_EQ(line.picture, bytes);
-    EXPECT_EQ(line.look, platform::Look::Dark);
-    EXPECT_EQ(std::get<CommandLine>(readWords({"--container", ""})).container, "");
 }
 
 }  // namespace quillet::test

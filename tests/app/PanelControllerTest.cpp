@@ -26,12 +26,13 @@ protected:
 
 TEST_F(PanelControllerTest, AppearsWithItsRowsAndFollowsTheStore) {
     writeFile("a@x", "1.plist", fileXml(messageXml("m", 1)));
-    PanelController panel(platform::Look::Light);
+    PanelController panel(platform::Look::Dark);
     EXPECT_FALSE(panel.isShown());
     panel.show();
     ASSERT_TRUE(waitUntil([&] { return panel.isShown(); }));
     EXPECT_THAT(rows(panel), ElementsAre("m"));
     EXPECT_EQ(panel.widget().viewHeightContraint()->presentedConstant(), 60);
+    EXPECT_TRUE(panel.widget().legacyDarkBackground());
 
     writeFile("a@x", "2.plist", fileXml(messageXml("n", 1000)));
     EXPECT_TRUE(waitUntil([&] { return rows(panel).size() == 2; })) << "no reread on a change";

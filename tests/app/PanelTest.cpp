@@ -42,16 +42,9 @@ TEST(Panel, DocksAtTheRightEdgeAndFollowsItsContents) {
     contents.setHeight(340);
     EXPECT_TRUE(waitUntil([&] { return panel.height() == 340 + frame; }));
     EXPECT_EQ(contents.size(), QSize(320, 340));
-    panel.takeContents();
-}
-
-TEST(Panel, ContentsHigherThanTheScreenScroll) {
-    Contents contents(5000);
-    Panel panel;
-    panel.setContents(&contents, kInsets, platform::Look::Dark);
-    panel.present();
-    EXPECT_LE(panel.height(), panel.screen()->availableGeometry().height());
-    EXPECT_EQ(contents.size(), QSize(320, 5000));
+    contents.setHeight(5000);
+    EXPECT_TRUE(waitUntil([&] { return contents.height() == 5000; }));
+    EXPECT_LE(panel.height(), screen.height()) << "what is higher scrolls";
     panel.takeContents();
 }
 

@@ -11,18 +11,16 @@
 
 #include "host/StoreWriter.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
-#include "platform/foundation/PropertyList.h"
 #include "tests/support/DocumentExample.h"
-#include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/OwnContainer.h"
 #include "tests/support/WaitUntil.h"
 
 namespace quillet::host {
 namespace {
 
-using test::EnvironmentVariable;
-using test::TemporaryFolder;
-using ::testing::ElementsAre;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 const std::string kFile = "Today/anna+x@example.com/INBOX.plist";
 
@@ -30,22 +28,9 @@ Value message(const char* messageId) {
     return Dictionary{{"messageId", messageId}, {"subject", "Hello"}};
 }
 
-std::vector<std::string> identifiersIn(const std::string& path) {
-    platform::PropertyListDocument document;
-    std::vector<std::string> identifiers;
-    if (!document.parse(test::contentsOf(path))) {
-        for (const auto entry : document.root().valueForKey("data")) {
-            const auto identifier = entry.valueForKey("messageId");
-            identifiers.push_back(identifier ? identifier.stringValue() : "");
-        }
-    }
-    return identifiers;
-}
+class CommandsDocument : public testing::Test, protected test::OwnContainer {};
 
-TEST(CommandsDocument, CompleteHostTakesADeletedMessageOutAndTellsTheWidget) {
-    const TemporaryFolder folder;
-    const TemporaryFolder runtime;
-    const EnvironmentVariable runtimeVariable{"XDG_RUNTIME_DIR", runtime.path()};
+TEST_F(CommandsDocument, CompleteHostTakesADeletedMessageOutAndTellsTheWidget) {
     const std::vector<StoreFile> files{{kFile,
                                         Dictionary{{"account", "anna+x@example.com"},
                                                    {"folder", "INBOX"},
@@ -55,7 +40,7 @@ TEST(CommandsDocument, CompleteHostTakesADeletedMessageOutAndTellsTheWidget) {
                                                           message("2%41@x"),
                                                           message("3@x")}}},
                                         PropertyListFormat::Xml}};
-    ASSERT_FALSE(writeStore(folder.path(), files));
+    ASSERT_FALSE(writeStore(container.path(), files));
     int notifications = 0;
     auto& center = platform::DistributedNotificationCenter::defaultCenter();
     center.addObserver(&notifications,
@@ -67,8 +52,8 @@ TEST(CommandsDocument, CompleteHostTakesADeletedMessageOutAndTellsTheWidget) {
     QProcess host;
     host.setProcessChannelMode(QProcess::MergedChannels);
     host.start(QStringLiteral("/usr/bin/python3"),
-               {QString::fromStdString(folder.writeFile("host.py", example)),
-                QString::fromStdString(folder.path())});
+               {QString::fromStdString(container.writeFile("host.py", example)),
+                QString::fromStdString(container.path())});
     const QString name = QStringLiteral("it.tarno.quillet");
     QDBusConnection bus = QDBusConnection::sessionBus();
     ASSERT_TRUE(test::waitUntil([&] { return bus.interface()->isServiceRegistered(name); }))
@@ -87,7 +72,11 @@ TEST(CommandsDocument, CompleteHostTakesADeletedMessageOutAndTellsTheWidget) {
          << QVariantMap{{QStringLiteral("x-quillet-background"), true}};
     EXPECT_EQ(bus.call(open).type(), QDBusMessage::ReplyMessage) << host.readAll().toStdString();
     EXPECT_TRUE(test::waitUntil([&] { return notifications > 0; }));
-    EXPECT_THAT(identifiersIn(folder.path(kFile)), ElementsAre("", "3@x"));
+    EXPECT_THAT(test::contentsOf(container.path(kFile)),
+                AllOf(HasSubstr("Without"),
+                      HasSubstr("3@x"),
+                      Not(HasSubstr("1+1@x")),
+                      Not(HasSubstr("2%41@x"))));
     host.kill();
     host.waitForFinished();
     center.removeObserver(&notifications);

@@ -1,7 +1,6 @@
 // Runs the example of docs/container.md, which host authors paste into their programs.
 
 #include <chrono>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -28,17 +27,6 @@ using test::documentExample;
 using test::EnvironmentVariable;
 using test::TemporaryFolder;
 
-// Whether a process waits for the item "Today", in a runtime folder that is the test's own.
-bool somebodyWaitsForToday(const std::string& runtimeFolder) {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(runtimeFolder)) {
-        struct stat status {};
-        if (entry.path().filename() == "Today.lock" && ::stat(entry.path().c_str(), &status) == 0) {
-            return test::somebodyWaitsForLock(":" + std::to_string(status.st_ino) + " ");
-        }
-    }
-    return false;
-}
-
 // Whether the folder of the session can be used for locks.
 class ContainerDocument : public testing::TestWithParam<bool> {};
 
@@ -61,10 +49,11 @@ TEST_P(ContainerDocument, ExampleWritesAFileAfterTheReaderIsDone) {
     const auto error = coordinator.coordinateReading(dataFolder + "/Today", [&](const auto&) {
         host = std::make_unique<Command>("exec python3 " + script + " " + dataFolder);
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!somebodyWaitsForToday(runtime.path()) && std::chrono::steady_clock::now() < limit) {
+        while (!test::somebodyWaitsForToday(runtime.path()) &&
+               std::chrono::steady_clock::now() < limit) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        EXPECT_TRUE(somebodyWaitsForToday(runtime.path()))
+        EXPECT_TRUE(test::somebodyWaitsForToday(runtime.path()))
             << "the example takes another lock, or none";
         EXPECT_FALSE(platform::FileManager::fileExists(written));
     });

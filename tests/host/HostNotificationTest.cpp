@@ -18,39 +18,26 @@ using test::Command;
 using test::EnvironmentVariable;
 using test::TemporaryFolder;
 
-class HostNotification : public testing::Test {
-protected:
-    HostNotification() {
-        center_.addObserver(
-            this, "k_today_widget_key", "k_today_widget_object", [this](const auto&, const auto&) {
-                ++received_;
-            });
-    }
-    ~HostNotification() override { center_.removeObserver(this); }
-
-    void expectNotificationFrom(const std::string& line) {
+TEST(HostNotification, SampleHostAndCommandOfTheDocumentReachTheWidget) {
+    const TemporaryFolder folder;
+    const EnvironmentVariable runtime{"XDG_RUNTIME_DIR", folder.path()};
+    const std::string example = test::documentExample("container.md", "sh");
+    ASSERT_NE(example, "");
+    int received = 0;
+    auto& center = platform::DistributedNotificationCenter::defaultCenter();
+    center.addObserver(
+        &received, "k_today_widget_key", "k_today_widget_object", [&](const auto&, const auto&) {
+            ++received;
+        });
+    for (const std::string& line : {QUILLET_SAMPLE_HOST " write " + folder.path("container"),
+                                    "sh " + folder.writeFile("example.sh", example)}) {
+        SCOPED_TRACE(line);
+        received = 0;
         Command command(line);
         EXPECT_EQ(command.finish(), 0) << command.output();
-        EXPECT_TRUE(test::waitUntil([this] { return received_ > 0; })) << command.output();
+        EXPECT_TRUE(test::waitUntil([&] { return received > 0; })) << command.output();
     }
-
-    platform::DistributedNotificationCenter& center_ =
-        platform::DistributedNotificationCenter::defaultCenter();
-    int received_ = 0;
-};
-
-TEST_F(HostNotification, SampleHostTellsTheWidgetOfItsFiles) {
-    const TemporaryFolder container;
-    const TemporaryFolder runtime;
-    const EnvironmentVariable runtimeVariable{"XDG_RUNTIME_DIR", runtime.path()};
-    expectNotificationFrom(QUILLET_SAMPLE_HOST " write " + container.path());
-}
-
-TEST_F(HostNotification, CommandOfTheDocumentReachesTheWidget) {
-    const std::string command = test::documentExample("container.md", "sh");
-    ASSERT_NE(command, "");
-    const TemporaryFolder folder;
-    expectNotificationFrom("sh " + folder.writeFile("example.sh", command));
+    center.removeObserver(&received);
 }
 
 }  // namespace

@@ -6,36 +6,30 @@
 #include <sys/stat.h>
 
 #include "tests/host/Command.h"
-#include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/OwnContainer.h"
 
 namespace quillet::host {
 namespace {
 
 using test::Command;
-using test::EnvironmentVariable;
-using test::TemporaryFolder;
 
-class SampleHostProgram : public testing::Test {
+class SampleHostProgram : public testing::Test, protected test::OwnContainer {
 protected:
-    TemporaryFolder folder_;
-    TemporaryFolder runtime_;
-    EnvironmentVariable runtimeVariable_{"XDG_RUNTIME_DIR", runtime_.path()};
-    EnvironmentVariable busVariable_{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"};
+    test::EnvironmentVariable busVariable_{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"};
 };
 
 TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
-    const std::string file = folder_.writeFile("file", "");
+    const std::string file = container.writeFile("file", "");
     const std::string usage = "Usage: quillet-sample-host write DIR";
     const struct {
         std::string arguments;
         int status;
         std::string output;
     } cases[] = {
-        {"write --verbose " + folder_.path("new/container"),
+        {"write --verbose " + container.path("new/container"),
          0,
          "container/SharedData/Accounts.plist"},
-        {"write --verbose " + folder_.path(), 0, "no session bus"},
+        {"write --verbose " + container.path(), 0, "no session bus"},
         {"write " + file, 1, "Name a folder that you may write into."},
         {"write", 2, usage},
         {"write a b", 2, usage},
@@ -43,7 +37,8 @@ TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
         {"write a --bundle-identifier", 2, usage},
         {"write a --container b", 2, usage},
         {"run --verbose", 2, usage},
-        {"run --container " + folder_.path(), 1, "no session bus"},
+        {"run --container=", 1, "container"},
+        {"run --container " + container.path(), 1, "no session bus"},
         {"--help", 0, usage},
     };
     for (const auto& row : cases) {
@@ -54,15 +49,15 @@ TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
     }
     for (const char* made : {"new/container", "new/container/SharedData"}) {
         struct stat status {};
-        EXPECT_EQ(::stat(folder_.path(made).c_str(), &status), 0);
+        EXPECT_EQ(::stat(container.path(made).c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & ALLPERMS, 0700U) << "others can read the mail in " << made;
     }
     const std::string noFolder = "XDG_RUNTIME_DIR=" + file + " TMPDIR=" + file + " ";
-    Command lockless(noFolder + QUILLET_SAMPLE_HOST " write " + folder_.path());
+    Command lockless(noFolder + QUILLET_SAMPLE_HOST " write " + container.path());
     EXPECT_EQ(lockless.finish(), 1);
     EXPECT_THAT(lockless.output(), testing::HasSubstr("XDG_RUNTIME_DIR"));
     EXPECT_THAT(lockless.output(), testing::Not(testing::HasSubstr("Name a folder")));
-    Command quiet(QUILLET_SAMPLE_HOST " write " + folder_.path());
+    Command quiet(QUILLET_SAMPLE_HOST " write " + container.path());
     quiet.finish();
     EXPECT_EQ(quiet.output(), "");
 }

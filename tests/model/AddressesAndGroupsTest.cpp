@@ -3,10 +3,9 @@
 
 #include "model/ExtensionUtilities.h"
 #include "platform/foundation/FileManager.h"
-#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/OwnContainer.h"
 #include "tests/support/PropertyLists.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
 
@@ -14,16 +13,12 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-class AddressesAndGroupsTest : public ::testing::Test {
+class AddressesAndGroupsTest : public ::testing::Test, protected OwnContainer {
 protected:
     static std::string entry(const std::string& key, const std::string& text) {
         return "<key>" + key + "</key><string>" + text + "</string>";
     }
 
-    TemporaryFolder container;
-    TemporaryFolder runtime;
-    EnvironmentVariable containerVariable{"QUILLET_CONTAINER", container.path()};
-    EnvironmentVariable runtimeVariable{"XDG_RUNTIME_DIR", runtime.path()};
     EnvironmentVariable language{"LC_ALL", "C"};
     LogCapture log;
 };

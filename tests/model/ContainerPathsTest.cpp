@@ -14,9 +14,7 @@ TEST(ContainerPaths, DataFolderFollowsTheBundleIdentifier) {
     const Case cases[] = {
         {std::nullopt, "SharedData"},
         {"", "SharedData"},
-        {"it.tarno.quillet", "SharedData"},
         {"it.tarno.quillet2", "SharedData"},
-        {"it.tarno.quillet.beta", "SharedDataBeta"},
         {"it.tarno.quillet.beta11", "SharedDataBeta"},
         {"it.tarno.quillet.beta8.today", "SharedDataBeta"},
         {"IT.TARNO.QUILLET.BETA", "SharedData"},

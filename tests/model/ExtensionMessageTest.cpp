@@ -33,12 +33,6 @@ std::shared_ptr<ExtensionMessage> identified(const ExtensionMessage::Text& messa
     return message;
 }
 
-std::vector<ExtensionMessage*> messagesOf(const RecordBlock& block) {
-    std::vector<ExtensionMessage*> messages;
-    block.forEach([&messages](ExtensionMessage& record) { messages.push_back(&record); });
-    return messages;
-}
-
 }  // namespace
 
 class ExtensionMessageTest : public ::testing::Test {
@@ -73,18 +67,21 @@ TEST_F(ExtensionMessageTest, EveryKeyLandsInItsField) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(ExtensionMessageTest, MissingKeysGetTheirDefaults) {
-    const auto message =
-        messageOf("<key>messageId</key><string>1</string><key>account</key><string>a@x</string>");
+TEST_F(ExtensionMessageTest, MissingKeysGetTheirDefaultsAndADraftHasItsOwn) {
+    const auto message = messageOf("");
     EXPECT_EQ(message->subject(), "No subject");
     EXPECT_EQ(message->from(), "");
-    EXPECT_EQ(message->folderPath(), "");
     EXPECT_EQ(message->folderStandardId(), Number());
     EXPECT_EQ(message->unread(), Number());
     EXPECT_EQ(message->date(), 0.0);
-    EXPECT_NE(message->dateString().value_or(""), "");
     EXPECT_EQ(message->plainBody(), std::nullopt);
     EXPECT_FALSE(message->to());
+
+    const auto draft = ExtensionMessage::init();
+    EXPECT_EQ(draft->plainBody(), "");
+    EXPECT_TRUE(draft->to() && draft->cc() && draft->bcc() && draft->attachments());
+    EXPECT_EQ(draft->toString(), std::nullopt);
+    EXPECT_EQ(draft->date(), std::nullopt);
 }
 
 TEST_F(ExtensionMessageTest, DatesAreNarrowedToSinglePrecisionAndHeldFinite) {
@@ -93,8 +90,6 @@ TEST_F(ExtensionMessageTest, DatesAreNarrowedToSinglePrecisionAndHeldFinite) {
         double date;
     };
     const Case cases[] = {
-        {"<real>0.0</real>", 0.0},
-        {"<integer>1700000000</integer>", 1700000000.0},
         {"<real>1700000050</real>", 1700000000.0},
         {"<string> 1700000050 or so</string>", 1700000000.0},
         {"<true/>", 1.0},
@@ -120,7 +115,6 @@ TEST_F(ExtensionMessageTest, ValueOfAWrongTypeStopsTheReadingWhereItStands) {
         bool dateRead;
     };
     const Case cases[] = {
-        {"idx", "<array/>", false, false, false},
         {"idx", "<string>7</string>", false, false, false},
         {"flip", "<data></data>", false, false, false},
         {"messageId", "<integer>1</integer>", true, false, false},
@@ -140,43 +134,32 @@ TEST_F(ExtensionMessageTest, ValueOfAWrongTypeStopsTheReadingWhereItStands) {
     }
 }
 
-TEST_F(ExtensionMessageTest, ElementsThatAreNoDictionariesJoinTheListAsEmptyRecords) {
-    ExtensionMessageReader reader;
-    const auto document = documentOf(
-        "<array><string>x</string><dict><key>subject</key><string>S</string></dict></array>");
-    reader.readAll(document.root());
-    const auto messages = messagesOf(*reader.records());
-    ASSERT_EQ(messages.size(), 2U);
-    EXPECT_EQ(messages[0]->subject(), std::nullopt);
-    EXPECT_EQ(messages[1]->subject(), "S");
-    EXPECT_EQ(log.lines().size(), 1U);
-
-    const auto number = documentOf("<integer>1</integer>");
-    EXPECT_THROW(reader.readAll(number.root()), platform::Exception);
-    EXPECT_EQ(reader.records()->count(), 2U);
-}
-
 // One reader keeps what dictionaries have in common; a record must not inherit from the one before.
-TEST_F(ExtensionMessageTest, RecordsOfOneReaderDoNotLeakIntoEachOther) {
+TEST_F(ExtensionMessageTest, EveryElementIsARecordOfItsOwnThatOutlivesTheReader) {
     std::optional<ExtensionMessageReader> reader(std::in_place);
     const auto document = documentOf(
         "<array>"
         "<dict><key>from</key><string>A</string><key>account</key><string>a@x</string>"
         "<key>subject</key><string>one</string></dict>"
         "<dict><key>subject</key><string>two</string></dict>"
+        "<string>x</string>"
         "<dict><key>account</key><string>a@x</string><key>subject</key><string>three</string>"
         "<key>from</key><string>C</string></dict>"
         "</array>");
     reader->readAll(document.root());
-    const auto messages = messagesOf(*reader->records());
-    ASSERT_EQ(messages.size(), 3U);
+    const auto number = documentOf("<integer>1</integer>");
+    EXPECT_THROW(reader->readAll(number.root()), platform::Exception);
+    std::vector<ExtensionMessage*> messages;
+    reader->records()->forEach([&](ExtensionMessage& record) { messages.push_back(&record); });
+    ASSERT_EQ(messages.size(), 4U);
     EXPECT_EQ(messages[1]->from(), "");
     EXPECT_EQ(messages[1]->account(), "");
     EXPECT_EQ(messages[1]->subject(), "two");
-    EXPECT_EQ(messages[2]->from(), "C");
-    EXPECT_EQ(messages[2]->account(), "a@x");
+    EXPECT_EQ(messages[2]->subject(), std::nullopt);
+    EXPECT_EQ(messages[3]->from(), "C");
+    EXPECT_EQ(messages[3]->account(), "a@x");
+    EXPECT_EQ(log.lines().size(), 1U);
 
-    // The texts live as long as any record of the file.
     const auto last = RecordBlock::handle(reader->records(), *messages.back());
     reader.reset();
     EXPECT_EQ(last->subject(), "three");
@@ -190,10 +173,8 @@ TEST_F(ExtensionMessageTest, IdentityIsMessageIdAndAccountAlone) {
         bool equal;
     };
     const auto none = identified(std::nullopt, "a");
-    auto other = identified("1", "a");
-    other->setSubject("elsewhere");
     const Case cases[] = {
-        {"same fields", identified("1", "a"), other, true},
+        {"same fields", identified("1", "a"), identified("1", "a"), true},
         {"other account", identified("1", "a"), identified("1", "b"), false},
         {"other identifier", identified("1", "a"), identified("2", "a"), false},
         {"no identifier", none, identified(std::nullopt, "a"), false},
@@ -206,17 +187,6 @@ TEST_F(ExtensionMessageTest, IdentityIsMessageIdAndAccountAlone) {
         EXPECT_EQ(testCase.right->isEqual(testCase.left.get()), testCase.equal);
     }
     EXPECT_FALSE(none->isEqual(nullptr));
-}
-
-TEST_F(ExtensionMessageTest, NewDraftHasEmptyBodiesAndLists) {
-    const auto draft = ExtensionMessage::init();
-    EXPECT_EQ(draft->plainBody(), "");
-    EXPECT_EQ(draft->htmlBody(), "");
-    EXPECT_TRUE(draft->to() && draft->cc() && draft->bcc() && draft->attachments());
-    EXPECT_EQ(draft->toString(), std::nullopt);
-    EXPECT_EQ(draft->subject(), std::nullopt);
-    EXPECT_EQ(draft->date(), std::nullopt);
-    EXPECT_EQ(draft->unread(), std::nullopt);
 }
 
 TEST_F(ExtensionMessageTest, FieldsMayBeSetAndReadOnSeveralThreads) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <fstream>
 #include <string>
+#include <sys/stat.h>
 
 namespace quillet::test {
 
@@ -12,6 +14,17 @@ inline bool somebodyWaitsForLock(const std::string& mark) {
     for (std::string line; std::getline(locks, line);) {
         if (line.find("->") != std::string::npos && line.find(mark) != std::string::npos) {
             return true;
+        }
+    }
+    return false;
+}
+
+// Whether somebody waits for the item "Today", in a runtime folder that is the test's own.
+inline bool somebodyWaitsForToday(const std::string& runtimeFolder) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(runtimeFolder)) {
+        struct stat status {};
+        if (entry.path().filename() == "Today.lock" && ::stat(entry.path().c_str(), &status) == 0) {
+            return somebodyWaitsForLock(":" + std::to_string(status.st_ino) + " ");
         }
     }
     return false;

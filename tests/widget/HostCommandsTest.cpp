@@ -100,15 +100,5 @@ TEST_F(HostCommandsTest, EveryLineOfWidgetsHasItsDocumentedHost) {
     }
 }
 
-TEST_F(HostCommandsTest, AWidgetOfAnotherLineAsksItsOwnHost) {
-    RecordingApplication beta{QStringLiteral("it.tarno.quillet.beta8")};
-    ASSERT_TRUE(beta.isReachable());
-    const EnvironmentVariable identifier("QUILLET_BUNDLE_IDENTIFIER", "it.tarno.quillet.beta8.x");
-    EXPECT_TRUE(
-        ExtensionUtilities::LaunchCommandForMessages({makeMessage("a@x", "1")}, "open", false));
-    EXPECT_TRUE(waitUntil([&] { return beta.requests().size() == 1; }));
-    EXPECT_THAT(host_.requests(), IsEmpty());
-}
-
 }  // namespace
 }  // namespace quillet::test

@@ -9,9 +9,8 @@
 
 #include "app/PendingBlocks.h"
 #include "platform/desktop/UserDefaults.h"
-#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/OwnContainer.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet::test {
@@ -23,7 +22,7 @@ std::string fileXml(std::string_view messages);
 
 // A container of its own with the enabled accounts "a@x" and "b@x" and the disabled "off@x", and a
 // controller over it whose queues run only when told to.
-class StoreFixture : public ::testing::Test {
+class StoreFixture : public ::testing::Test, protected OwnContainer {
 protected:
     StoreFixture();
 
@@ -38,11 +37,6 @@ protected:
     std::vector<std::string> shown() const { return identifiersOf(controller->dataToShow()); }
     NCUpdateResult update();
 
-    TemporaryFolder container;
-    TemporaryFolder runtime;
-    EnvironmentVariable containerVariable{"QUILLET_CONTAINER", container.path()};
-    EnvironmentVariable identifierVariable{"QUILLET_BUNDLE_IDENTIFIER", std::nullopt};
-    EnvironmentVariable runtimeVariable{"XDG_RUNTIME_DIR", runtime.path()};
     LogCapture log;
     PendingBlocks mainQueue;
     PendingBlocks backgroundQueue;

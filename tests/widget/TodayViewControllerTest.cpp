@@ -53,7 +53,7 @@ TEST_F(TodayViewControllerTest, FirstReadThatFindsNothingLeavesTheTableAtItsFirs
     EXPECT_EQ(controller->viewHeightContraint()->constant(), 0);
 }
 
-TEST_F(TodayViewControllerTest, TableAndHeightFollowTheShownList) {
+TEST_F(TodayViewControllerTest, SegmentChangeFiltersAtOnceAndRereadsInTheBackground) {
     writeFile("a@x",
               "1.plist",
               fileXml(messageXml("i", 3000) + messageXml("t", 2000, 11) + messageXml("j", 1000)));
@@ -64,20 +64,11 @@ TEST_F(TodayViewControllerTest, TableAndHeightFollowTheShownList) {
     EXPECT_EQ(controller->myTableView()->numberOfRows(), 3U);
     EXPECT_EQ(controller->viewHeightContraint()->constant(), 180);
     defaults.setInteger(2, "segmented");
+    writeFile("a@x", "2.plist", fileXml(messageXml("u", 4000, 11)));
     controller->selectedSegment(nullptr);
     mainQueue.runAll();
     EXPECT_EQ(controller->myTableView()->numberOfRows(), 1U);
     EXPECT_EQ(controller->viewHeightContraint()->constant(), 60);
-}
-
-TEST_F(TodayViewControllerTest, SegmentChangeFiltersAtOnceAndRereadsInTheBackground) {
-    writeFile("a@x", "1.plist", fileXml(messageXml("i", 1) + messageXml("t", 2, 11)));
-    controller->Reload();
-    defaults.setInteger(2, "segmented");
-    writeFile("a@x", "2.plist", fileXml(messageXml("u", 300, 11)));
-    controller->selectedSegment(nullptr);
-    mainQueue.runAll();
-    EXPECT_THAT(shown(), ElementsAre("t"));
     backgroundQueue.runAll();
     EXPECT_THAT(shown(), ElementsAre("t"));
     mainQueue.runAll();
