@@ -41,14 +41,6 @@ TEST_F(ListCommandTest, JsonHoldsEveryFieldWithItsKind) {
     EXPECT_EQ(object, expected);
 }
 
-TEST_F(ListCommandTest, SegmentStandsInForTheStoredOne) {
-    writeFile("a@x", "1.plist", fileXml(messageXml("i", 1) + messageXml("t", 200, 11)));
-    EXPECT_EQ(json(2)["messages"].size(), 1U);
-    EXPECT_EQ(json(2)["read"], 2);
-    EXPECT_EQ(json(0)["messages"].size(), 2U);
-    EXPECT_EQ(json(9)["messages"].size(), 0U);
-}
-
 TEST_F(ListCommandTest, WithoutAContainerThereIsNoData) {
     const EnvironmentVariable none("QUILLET_CONTAINER", "");
     const Json object = json(0);

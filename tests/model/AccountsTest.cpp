@@ -33,15 +33,6 @@ TEST_F(AccountsTest, WithoutAListThereAreNoAccountsAndNoLogLine) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(AccountsTest, CoordinationThatFailsIsLoggedAndGivesNoAccounts) {
-    write("<array><dict/></array>");
-    const std::string file = container.writeFile("no-folder", "");
-    const EnvironmentVariable noSession("XDG_RUNTIME_DIR", file);
-    const EnvironmentVariable noTemporary("TMPDIR", file);
-    EXPECT_THAT(ExtensionUtilities::Accounts(), IsEmpty());
-    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("NSFileCoordinator Accounts ")));
-}
-
 TEST_F(AccountsTest, FieldsAreReadWithTheirDefaultsAndAWrongTypeStopsItsRecordAlone) {
     write(
         "<array>"

@@ -97,22 +97,23 @@ TEST(TodayTableViewCell, ButtonsSendTheirCommandForTheMessageShown) {
     const TodayTableViewCell& cell = widget.cell(1);
     TodayTableViewCell empty(QRect(0, 0, 320, 60), widget.controller);
     empty.prepare(widget.controller);
-    struct Case {
-        platform::ImageButton* button;
-        platform::ImageButton* withoutMessage;
+    using Control = platform::ImageButton* (TodayTableViewCell::*)() const;
+    const struct {
+        Control button;
         const char* name;
-        const char* command;
+        const char* sent;
+    } cases[] = {
+        {&TodayTableViewCell::replyButton, "Reply", "reply GraceCompiler"},
+        {&TodayTableViewCell::archiveButton, "Archive", "archive GraceCompiler"},
+        {&TodayTableViewCell::trashButton, "Delete", "delete GraceCompiler"},
     };
-    for (const Case& action :
-         {Case{cell.replyButton(), empty.replyButton(), "Reply", "reply"},
-          Case{cell.archiveButton(), empty.archiveButton(), "Archive", "archive"},
-          Case{cell.trashButton(), empty.trashButton(), "Delete", "delete"}}) {
-        SCOPED_TRACE(action.name);
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
         const CalledActions actions;
-        widget.click(*action.button);
-        action.withoutMessage->click();
-        EXPECT_EQ(actions.names(), std::vector{std::string(action.command) + " GraceCompiler"});
-        EXPECT_EQ(action.button->accessibleName(), QLatin1String(action.name));
+        widget.click(*(cell.*row.button)());
+        (empty.*row.button)()->click();
+        EXPECT_EQ(actions.names(), std::vector<std::string>{row.sent});
+        EXPECT_EQ((cell.*row.button)()->accessibleName(), QLatin1String(row.name));
     }
     EXPECT_EQ(widget.table().selectedRow(), platform::Table::kNoRow);
 }

@@ -1,9 +1,7 @@
 #include <QVariantAnimation>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/ui/SlidingRow.h"
-#include "tests/support/CalledActions.h"
 #include "tests/views/WidgetWindow.h"
 #include "views/TodayTableView.h"
 
@@ -14,17 +12,6 @@ Messages threeMessages() {
     return {makeMessage("Ada", "Engine", "09:41"),
             makeMessage("Grace", "Compiler", "09:40"),
             makeMessage("Edsger", "Paths", "09:39")};
-}
-
-TEST(TodayTableView, ClickOnARowOpensItsMessageOnceAndLeavesItSelected) {
-    WidgetWindow widget;
-    widget.show(threeMessages());
-    const CalledActions actions;
-    widget.click(widget.cell(1), QPoint(20, 55));
-    widget.click(*widget.cell(1).subjectField());
-    EXPECT_THAT(actions.names(), testing::ElementsAre("open GraceCompiler"));
-    EXPECT_EQ(widget.table().selectedRow(), 1);
-    EXPECT_EQ(widget.table().swipeOnRowIndex(), -1);
 }
 
 TEST(TodayTableView, ArchivedRowSlidesOutToTheLeftAndADeletedOneToTheRight) {

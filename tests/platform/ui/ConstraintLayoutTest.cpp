@@ -1,5 +1,6 @@
 #include <QCoreApplication>
 #include <QWidget>
+#include <functional>
 #include <gmock/gmock.h>
 
 #include "platform/foundation/Exception.h"
@@ -11,6 +12,16 @@ namespace quillet::test {
 namespace {
 
 using platform::ConstraintLayout;
+
+// The description of the exception that the action raises.
+std::string raisedBy(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const platform::Exception& exception) {
+        return exception.description();
+    }
+    return "nothing";
+}
 
 class Box : public QWidget {
 public:
@@ -95,23 +106,16 @@ TEST(ConstraintLayout, OfTwoViewsInALineTheRightOneGivesWay) {
 TEST(ConstraintLayout, AStringThatCannotHoldIsNamedAndChangesNothing) {
     Line line;
     Box stranger;
+    const platform::ViewsByName views{
+        {"from", line.from}, {"date", line.date}, {"stranger", &stranger}, {"none", nullptr}};
     for (const char* text : {"H:[from]-(0)-[date]",
                              "V:[stranger]-(0)-[date(30)]",
                              "H:[date]-(0)-[nobody]",
                              "H:[none]",
                              "H:[date"}) {
         SCOPED_TRACE(text);
-        try {
-            line.layout->addConstraints(text,
-                                        {{"from", line.from},
-                                         {"date", line.date},
-                                         {"stranger", &stranger},
-                                         {"none", nullptr}});
-            ADD_FAILURE() << "was taken";
-        } catch (const platform::Exception& exception) {
-            EXPECT_THAT(exception.description(),
-                        testing::HasSubstr("\"" + std::string(text) + "\""));
-        }
+        EXPECT_THAT(raisedBy([&] { line.layout->addConstraints(text, views); }),
+                    testing::HasSubstr("\"" + std::string(text) + "\""));
         EXPECT_EQ(stranger.parentWidget(), nullptr);
         line.place();
         EXPECT_EQ(line.date->geometry(), QRect(260, 10, 40, 20));
@@ -155,13 +159,8 @@ TEST(VisualFormat, NamesThePlaceOfWhatCannotBeRead) {
                                                  {"[a(2000000)]", 3}};
     for (const auto& [text, offset] : cases) {
         SCOPED_TRACE(text);
-        try {
-            platform::parseVisualFormat(text);
-            ADD_FAILURE() << "was read";
-        } catch (const platform::Exception& exception) {
-            EXPECT_THAT(exception.description(),
-                        testing::HasSubstr("offset " + std::to_string(offset) + ": expected "));
-        }
+        EXPECT_THAT(raisedBy([&text = text] { platform::parseVisualFormat(text); }),
+                    testing::HasSubstr("offset " + std::to_string(offset) + ": expected "));
     }
 }
 

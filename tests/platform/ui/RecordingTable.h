@@ -21,11 +21,12 @@ public:
         setIdentifier("cell");
         second->setAccessibleName(QStringLiteral("Second"));
         first->setAccessibleName(QStringLiteral("First"));
-        layout->addConstraints("H:|-(35)-[text]-(3)-[first(20)]-(8)-[second(20)]-(20)-|",
-                               {{"text", text}, {"first", first}, {"second", second}});
-        for (const char* line :
-             {"V:|-(10)-[text(20)]", "V:|-(30)-[first(20)]", "V:|-(30)-[second(20)]"}) {
-            layout->addConstraints(line, {{"text", text}, {"first", first}, {"second", second}});
+        const platform::ViewsByName views{{"text", text}, {"first", first}, {"second", second}};
+        for (const char* line : {"H:|-(35)-[text]-(3)-[first(20)]-(8)-[second(20)]-(20)-|",
+                                 "V:|-(10)-[text(20)]",
+                                 "V:|-(30)-[first(20)]",
+                                 "V:|-(30)-[second(20)]"}) {
+            layout->addConstraints(line, views);
         }
     }
     QString accessibleRowName() const override {
