@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QScreen>
+#include <QScrollBar>
 #include <algorithm>
 #include <utility>
 
@@ -148,6 +149,7 @@ void MessageWindow::present(const HostCommand& command, const Outcome& outcome) 
         addHeaders(*outcome.message);
     }
     present();
+    verticalScrollBar()->setValue(0);
 }
 
 void MessageWindow::present() {
