@@ -206,9 +206,8 @@ std::shared_ptr<ExtensionMessage> gather(const ExtensionContext& context,
         const StagingProgress progress(staging.folder(), bytes);
         loop.exec();
     }
-    const int signal = stopSignals->received();
     stopSignals.reset();
-    if (signal != 0) {
+    if (const int signal = platform::StopSignals::received(); signal != 0) {
         removeStaged(staging);
         std::raise(signal);
     }

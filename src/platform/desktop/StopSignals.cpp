@@ -59,7 +59,7 @@ StopSignals::~StopSignals() {
     counter = -1;
 }
 
-int StopSignals::received() const noexcept {
+int StopSignals::received() noexcept {
     return last;
 }
 

@@ -19,8 +19,8 @@ public:
 
     // Calls `stop` when signals come, those that came before included. With an application object.
     void connect(std::function<void()> stop);
-    // The signal that came last; 0 for none.
-    int received() const noexcept;
+    // The signal that came last since the last one was made; 0 for none.
+    static int received() noexcept;
 
 private:
     struct State;
