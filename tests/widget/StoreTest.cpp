@@ -49,13 +49,14 @@ TEST_F(StoreTest, MessagesOfEnabledAccountsComeNewestFirst) {
 }
 
 TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
+    const std::string data = "<key>data</key><array>" + messageXml("lost", 1) + "</array>";
     const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"", {}},
         {"x", {"updateData error deserialize "}},
         {fileXml("").substr(0, 80), {"updateData error deserialize "}},
         {xmlPropertyList("<array/>"), {"updateData error deserialize no dictionary in return"}},
-        {xmlPropertyList("<dict><key>account</key><true/><key>data</key><array/></dict>"), {}},
-        {xmlPropertyList("<dict><key>folder</key><true/><key>data</key><array/></dict>"), {}},
+        {xmlPropertyList("<dict><key>account</key><true/>" + data + "</dict>"), {}},
+        {xmlPropertyList("<dict><key>folder</key><true/>" + data + "</dict>"), {}},
         {xmlPropertyList("<dict><key>folder</key><true/></dict>"), {}},
     };
     writeFile("a@x", "good.plist", fileXml(messageXml("kept", 1)));

@@ -43,14 +43,14 @@ class RandomLists {
 public:
     // The elements of a list, in XML.
     std::vector<std::string> make() {
-        constexpr std::size_t kElements = 30;
+        constexpr std::size_t kMostElements = 30;
         for (Kind& kind : kinds_) {
             kind.clear();
             for (std::size_t entries = below(4); entries > 0; --entries) {
                 kind.emplace_back(below(std::size(kNames)), below(std::size(kValues)));
             }
         }
-        std::vector<std::string> elements(kElements);
+        std::vector<std::string> elements(1 + below(kMostElements));
         for (std::string& element : elements) {
             element =
                 rarely("<!-- -->") +
