@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/Timing.h"
 #include "handoff/MessageUrl.h"
 #include "util/RequestUtils.h"
 
@@ -40,9 +41,7 @@ constexpr std::string_view kHtml =
     "<p class=\"note\">Dear Anna,&nbsp;the report is ready: 50% done.</p>\r\n";
 
 double processorMilliseconds() {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+    return milliseconds(CLOCK_PROCESS_CPUTIME_ID);
 }
 
 // Nanoseconds of one run, the mean of so many that the clock is fine enough.
@@ -61,12 +60,6 @@ double nanosecondsOf(const Work& work) {
             return time * 1e6 / static_cast<double>(runs);
         }
     }
-}
-
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 std::string repeated(std::string_view text, std::size_t bytes) {

@@ -3,7 +3,6 @@
 // Each text is searched for links and, in the same turn, read once by a search for a byte that it
 // does not hold. The run fails where a text costs more than any is meant to.
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/Timing.h"
 #include "platform/foundation/LinkDetector.h"
 
 namespace quillet::bench {
@@ -51,21 +51,13 @@ constexpr std::array kCases{
 };
 
 double processorMilliseconds() {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+    return milliseconds(CLOCK_PROCESS_CPUTIME_ID);
 }
 
 double millisecondsOf(const std::function<void()>& work) {
     const double start = processorMilliseconds();
     work();
     return processorMilliseconds() - start;
-}
-
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 // Whether the text costs no more than it may.

@@ -10,18 +10,12 @@
 #include <QWidget>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 
 #include "app/PanelProgram.h"
 #include "bench/PeakMemory.h"
+#include "bench/Timing.h"
 
 namespace {
-
-double monotonicSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
-}
 
 // Ends the program behind the first paint event of a window.
 class FirstFrame : public QObject {
@@ -34,7 +28,7 @@ public:
             // Runs once the whole window has been painted and handed over.
             QTimer::singleShot(0, this, [this] {
                 std::printf("%.1f %ld\n",
-                            (monotonicSeconds() - start_) * 1e3,
+                            quillet::bench::milliseconds(CLOCK_MONOTONIC) - start_ * 1e3,
                             quillet::bench::peakMemory());
                 QCoreApplication::quit();
             });

@@ -18,6 +18,7 @@
 #include "bench/PeakMemory.h"
 #include "bench/Readers.h"
 #include "bench/StoreMaker.h"
+#include "bench/Timing.h"
 
 namespace quillet::bench {
 
@@ -29,12 +30,6 @@ const std::map<std::string, Reader, std::less<>> kReaders{{"quillet", readWithQu
                                                           {"libplist", readWithLibplist},
                                                           {"pugixml", readWithPugixml},
                                                           {"plain", readPlainBytes}};
-
-double milliseconds(clockid_t clock) {
-    timespec now{};
-    clock_gettime(clock, &now);
-    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
-}
 
 Outcome readFrom(const Reader& reader, const std::string& container) {
     setenv("QUILLET_CONTAINER", container.c_str(), 1);

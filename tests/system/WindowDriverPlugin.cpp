@@ -39,7 +39,7 @@ class WindowDriverPlugin final : public QGenericPlugin {
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "WindowDriver.json")
 
 public:
-    QObject* create(const QString& /*key*/, const QString& /*specification*/) override {
+    QObject* create(const QString& /*key*/, const QString& /*options*/) override {
         auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read);
         connect(input, &QSocketNotifier::activated, this, [this, input] {
             if (std::string line; std::getline(std::cin, line)) {
