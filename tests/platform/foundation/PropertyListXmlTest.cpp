@@ -55,7 +55,7 @@ TEST(PropertyListXml, ValuesReadAsWritten) {
         {"<false></false>", "false"},
         {"<date>2024-02-29T12:00:00Z</date>", "730900800d"},
         {"<data>\n aGVs\n bG8=\n</data>", "<hello>"},
-        {"<data>aG<!-- -->Vs</data>", "<hel>"},
+        {"<data>aG<!-- -->V5</data>", "<hey>"},
         {"<data/>", "<>"},
         {"<dict><key>k</key><dict/><key>k</key><string>last</string></dict>",
          "{\"k\":\"last\",\"k\":\"last\"}"},
