@@ -29,7 +29,8 @@ AddressBook AddressesAndGroups() {
     if (!dataFolder) {
         return {};
     }
-    PropertyListDocument document;
+    PropertyListDocument addressFile;
+    PropertyListDocument groupFile;
     PropertyListValue addresses;
     // The files are only read, but a writer's lock orders the read against every other party.
     const auto error =
@@ -43,12 +44,13 @@ AddressBook AddressesAndGroups() {
                             return;
                         }
                     }
-                    addresses = readList(folder, "Addresses", document);
+                    addresses = readList(folder, "Addresses", addressFile);
+                    readList(folder, "Groups", groupFile);
                 });
     if (error) {
         platform::Log::write("NSFileCoordinator AddressesAndGroups %@", {error->description()});
     }
-    // The groups of "Groups.plist" are left out on purpose: the callers know an empty list alone.
+    // Of the groups nothing is kept, on purpose: the callers know an empty list alone.
     return {recordsOf<ExtensionAddress>(addresses), {}};
 }
 
