@@ -21,7 +21,7 @@ std::vector<std::shared_ptr<ExtensionAccount>> Accounts() {
     // The file is only read, but a writer's lock orders the read against every other party.
     const auto error =
         platform::FileCoordinator(dataFolder).coordinateWriting(file, [&](const std::string& path) {
-            list = arrayWithContentsOfFile(path, document);
+            list = arrayWithContentsOfFile(path, document, "aliases");
         });
     if (error) {
         platform::Log::write("NSFileCoordinator Accounts %@", {error->description()});

@@ -57,6 +57,7 @@ ExtensionMessageReader::ExtensionMessageReader(double now)
 
 void ExtensionMessageReader::readAll(const PropertyListValue& data) {
     const auto end = data.end();
+    longTexts_.clear();
     block_->reserve(data.count());
     for (auto element = data.begin(); element != end; ++element) {
         fill(block_->append(), *element);
@@ -91,21 +92,19 @@ void ExtensionMessageReader::fillNumbers(ExtensionMessage& message) {
         message.acc_idx_.store(found_[kAccIdx].unsignedIntegerValue(), kRelaxed);
     }
     if (found_[kIconFetch]) {
-        const std::int64_t value = found_[kIconFetch].integerValue();
-        message.icon_fetch_.store(static_cast<std::uint64_t>(value), kRelaxed);
+        message.icon_fetch_.store(static_cast<std::uint64_t>(integerOf(kIconFetch)), kRelaxed);
     }
     if (found_[kFlip]) {
-        const std::int64_t value = found_[kFlip].integerValue();
-        message.flip_.store(static_cast<std::uint64_t>(value), kRelaxed);
+        message.flip_.store(static_cast<std::uint64_t>(integerOf(kFlip)), kRelaxed);
     }
 }
 
 void ExtensionMessageReader::fillTexts(ExtensionMessage& message) {
-    message.subject_ = block_->store(textOf(kSubject, noSubject_));
-    message.messageId_ = block_->store(textOf(kMessageId, {}));
-    message.from_ = senders_.in(*block_, textOf(kFrom, {}));
-    message.account_ = accounts_.in(*block_, textOf(kAccount, {}));
-    message.folderPath_ = folders_.in(*block_, textOf(kFolder, {}));
+    message.subject_ = textOf(kSubject, noSubject_);
+    message.messageId_ = textOf(kMessageId, "");
+    message.from_ = textOf(kFrom, senders_);
+    message.account_ = textOf(kAccount, accounts_);
+    message.folderPath_ = textOf(kFolder, folders_);
     message.folderStandardId_ = {numberOf(found_[kFolderStid]), true};
     message.unread_ = {numberOf(found_[kIsUnread]), true};
 }
@@ -113,15 +112,58 @@ void ExtensionMessageReader::fillTexts(ExtensionMessage& message) {
 void ExtensionMessageReader::fillDate(ExtensionMessage& message) {
     // The narrowing to single precision is kept on purpose: present dates are multiples of 128
     // seconds, and lists of host and widget agree on them.
-    float date = found_[kDate] ? found_[kDate].floatValue() : 0.0F;
+    float date = found_[kDate] ? realOf(kDate) : 0.0F;
     constexpr float kLimit = std::numeric_limits<float>::max();
     date = std::isnan(date) ? 0.0F : std::clamp(date, -kLimit, kLimit);
     message.date_.store(static_cast<double>(date), std::memory_order_relaxed);
     message.dateString_ = dates_.text(static_cast<double>(date)).sharedInBlock();
 }
 
-std::string_view ExtensionMessageReader::textOf(Key key, std::string_view fallback) {
-    return found_[key] ? found_[key].stringValue(scratch_) : fallback;
+ExtensionMessageReader::LongText* ExtensionMessageReader::longTextOf(Key key) {
+    constexpr std::size_t kLong = 128;  // bytes; copying a shorter one costs less than finding it
+    const std::optional<std::uint32_t> object = found_[key].sharedText(kLong);
+    return object ? &longTexts_[*object] : nullptr;
+}
+
+std::int64_t ExtensionMessageReader::integerOf(Key key) {
+    LongText* const text = longTextOf(key);
+    if (text == nullptr) {
+        return found_[key].integerValue();
+    }
+    if (!text->integer) {
+        text->integer = found_[key].integerValue();
+    }
+    return *text->integer;
+}
+
+float ExtensionMessageReader::realOf(Key key) {
+    LongText* const text = longTextOf(key);
+    if (text == nullptr) {
+        return found_[key].floatValue();
+    }
+    if (!text->real) {
+        text->real = found_[key].floatValue();
+    }
+    return *text->real;
+}
+
+RecordText ExtensionMessageReader::textOf(Key key, std::string_view fallback) {
+    LongText* const text = longTextOf(key);
+    if (text == nullptr) {
+        return block_->store(found_[key] ? found_[key].stringValue(scratch_) : fallback);
+    }
+    if (!text->text) {
+        text->text = block_->store(found_[key].stringValue(scratch_));
+    }
+    return text->text.sharedInBlock();
+}
+
+RecordText ExtensionMessageReader::textOf(Key key, SharedTexts& shared) {
+    if (!found_[key]) {
+        return shared.in(*block_, "");
+    }
+    return longTextOf(key) != nullptr ? textOf(key, "")
+                                      : shared.in(*block_, found_[key].stringValue(scratch_));
 }
 
 }  // namespace quillet

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
+#include <map>
 #include <memory>
-#include <span>
+#include <optional>
 #include <string>
 
 #include "model/CentralDateCache.h"
@@ -57,11 +59,23 @@ private:
         std::array<RecordText, 16> texts_;
     };
 
+    // A text of a binary file that may be long and stand in many records: it is converted and
+    // stored once.
+    struct LongText {
+        RecordText text;
+        std::optional<std::int64_t> integer;
+        std::optional<float> real;
+    };
+
     void fill(ExtensionMessage& message, const platform::PropertyListValue& dictionary);
     void fillNumbers(ExtensionMessage& message);
     void fillTexts(ExtensionMessage& message);
     void fillDate(ExtensionMessage& message);
-    std::string_view textOf(Key key, std::string_view fallback);
+    LongText* longTextOf(Key key);
+    std::int64_t integerOf(Key key);
+    float realOf(Key key);
+    RecordText textOf(Key key, std::string_view fallback);
+    RecordText textOf(Key key, SharedTexts& shared);
 
     platform::PropertyListKeys keys_;
     std::array<platform::PropertyListValue, kKeyCount> found_;
@@ -72,6 +86,8 @@ private:
     SharedTexts accounts_;
     SharedTexts senders_;
     SharedTexts folders_;
+    // Of one file, by their objects. A map, so that no choice of objects makes it slow.
+    std::map<std::uint32_t, LongText> longTexts_;
 };
 
 }  // namespace quillet

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/foundation/Bundle.h"
-#include "platform/foundation/FileManager.h"
 #include "platform/foundation/PropertyList.h"
 
 namespace quillet {
@@ -21,18 +21,15 @@ inline std::string textField(const platform::PropertyListValue& dictionary,
     return value ? value.stringValue() : platform::Bundle::main().localizedString(fallbackKey);
 }
 
-// The list that a property-list file holds, a value of `document`; absent where the file cannot be
-// read or holds something else.
-inline platform::PropertyListValue arrayWithContentsOfFile(
-    const std::string& path, platform::PropertyListDocument& document) {
-    using platform::PropertyListDocument;
-    if (platform::FileManager::readFile(
-            path, document.bytes(), PropertyListDocument::kMaximumFileSize) ||
-        document.parse() || document.root().type() != platform::PropertyListType::Array) {
-        return {};
-    }
-    return document.root();
-}
+// Records of a file. More cost too much time and memory, and no list shows so many.
+inline constexpr std::size_t kMaximumRecords = 50'000;
+
+// The list of dictionaries that a property-list file holds, a value of `document`; absent where the
+// file cannot be read, holds something else or more than kMaximumRecords records: its elements and
+// those of the lists that they have for `nested`.
+platform::PropertyListValue arrayWithContentsOfFile(const std::string& path,
+                                                    platform::PropertyListDocument& document,
+                                                    std::string_view nested = {});
 
 // One record for each element of `list`, in order; none for an absent list. Raises
 // platform::Exception for a value that cannot be looped over.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "model/ExtensionUtilities.h"
+#include "model/RecordFields.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/OwnContainer.h"
 #include "tests/support/PropertyLists.h"
@@ -25,6 +26,12 @@ protected:
 TEST_F(AccountsTest, WithoutAListThereAreNoAccountsAndNoLogLine) {
     EXPECT_THAT(ExtensionUtilities::Accounts(), IsEmpty());
     write("<dict><key>mail</key><string>a@x</string></dict>");
+    EXPECT_THAT(ExtensionUtilities::Accounts(), IsEmpty());
+    std::string aliases;
+    for (std::size_t alias = 0; alias < kMaximumRecords; ++alias) {
+        aliases += "<true/>";
+    }
+    write("<array><dict><key>aliases</key><array>" + aliases + "</array></dict></array>");
     EXPECT_THAT(ExtensionUtilities::Accounts(), IsEmpty());
     container.writeFile("SharedData/Accounts.plist", "no property list");
     EXPECT_THAT(ExtensionUtilities::Accounts(), IsEmpty());
@@ -71,8 +78,8 @@ TEST_F(AccountsTest, FieldsAreReadWithTheirDefaultsAndAWrongTypeStopsItsRecordAl
 }
 
 TEST_F(AccountsTest, AliasesThatAreADictionaryGiveOneEmptyAliasAKey) {
-    const auto document =
-        documentOf("<dict><key>aliases</key><dict><key>one</key><true/></dict></dict>");
+    const auto document = documentOf(
+        "<dict><key>aliases</key><dict><key>one</key><true/><key>one</key><true/></dict></dict>");
     const auto account = ExtensionAccount::initWithDictonary(document.root());
     ASSERT_EQ(account->aliases()->size(), 1U);
     EXPECT_EQ((*account->aliases())[0]->mail(), std::nullopt);

@@ -99,9 +99,10 @@ ByteBuffer& PropertyListDocument::bytes() noexcept {
     return state_->bytes;
 }
 
-std::optional<PropertyListError> PropertyListDocument::parse() {
+std::optional<PropertyListError> PropertyListDocument::parse(SharedBytes counted) {
     static std::atomic<std::uint64_t> generations{0};
     state_->generation = ++generations;
+    state_->sharedBytes = counted;
     state_->hasRoot = false;
     state_->nodes.clear();
     try {

@@ -32,14 +32,14 @@ enum class PropertyListType : std::uint8_t {
 };
 
 enum class PropertyListErrorKind : std::uint8_t {
-    Empty,           // no bytes at all
-    TooLarge,        // more bytes than kMaximumFileSize
-    UnknownFormat,   // neither XML nor binary by its first bytes
-    Malformed,       // not well-formed in its format
-    InvalidText,     // a text that is not valid UTF-8
-    TooDeep,         // nested deeper than kMaximumDepth
-    TooComplex,      // shared references that unfold to more values than the file's budget
-    Cyclic,          // a container that holds itself
+    Empty,          // no bytes at all
+    TooLarge,       // more bytes than kMaximumFileSize
+    UnknownFormat,  // neither XML nor binary by its first bytes
+    Malformed,      // not well-formed in its format
+    InvalidText,    // a text that is not valid UTF-8
+    TooDeep,        // nested deeper than kMaximumDepth
+    TooComplex,     // more values than kMaximumValues, or shared ones that unfold beyond the budget
+    Cyclic,         // a container that holds itself
     EntityDeclared,  // an internal document type subset that declares entities
 };
 
@@ -78,28 +78,35 @@ public:
     // The number object of an integer, real or boolean, kind kept. Raises for every other type.
     Number numberValue() const;
 
+    // The number of the object that holds a string of at least `size` bytes, in a file of the
+    // binary format, where many places may share one object; none for every other value. Whoever
+    // reads many values can tell by it which long texts are the same without looking at them.
+    std::optional<std::uint32_t> sharedText(std::size_t size) const noexcept;
+
     // Seconds since 2001-01-01 00:00:00 UTC. Raises for other types than dates.
     double dateValue() const;
     // The bytes of data. Raises for other types.
     std::string dataValue() const;
     std::uint64_t uidValue() const;
 
-    // Elements of an array, entries of a dictionary; 0 for everything else.
+    // Elements of an array, entries of a dictionary (repeated keys included); 0 for everything
+    // else.
     std::size_t count() const noexcept;
 
     // The value of `key`; absent when the dictionary has no such key. Raises when this is no
     // dictionary: a string or a number has no keyed look-up.
     PropertyListValue valueForKey(std::string_view key) const;
 
-    // What looping over the value gives: an array's elements, a dictionary's keys (strings); any
-    // other type raises.
+    // What looping over the value gives: an array's elements, a dictionary's keys (strings), each
+    // key once; any other type raises.
     class Iterator;
     Iterator begin() const;
     Iterator end() const;
 
-    // The entries of a dictionary in file order; of a repeated key only the last one's value is
-    // found. Raises for other types.
-    std::vector<std::pair<PropertyListValue, PropertyListValue>> entries() const;
+    // The entries of a dictionary, each key once, at the place of its first occurrence in the file
+    // and with the value of its last one. Raises for other types.
+    using Entry = std::pair<PropertyListValue, PropertyListValue>;
+    std::vector<Entry> entries() const;
 
 private:
     friend class PropertyListDocument;
@@ -110,6 +117,7 @@ private:
     const PropertyListNode& node() const noexcept;
     const PropertyListNode& nodeOfType(PropertyListType wanted, const char* conversion) const;
     [[noreturn]] void raise(const char* conversion) const;
+    static void mergeRepeatedKeys(std::vector<Entry>& entries);
 
     const PropertyListState* state_ = nullptr;
     std::uint32_t node_ = 0;
@@ -138,9 +146,9 @@ private:
     friend class PropertyListValue;
 
     const PropertyListState* state_ = nullptr;
+    std::shared_ptr<const std::vector<PropertyListValue>> keys_;  // of a dictionary
     std::uint32_t at_ = 0;         // XML: the node; binary: the place of its reference
     std::uint32_t remaining_ = 0;  // elements left
-    bool keys_ = false;
 };
 
 // A property list in the XML or the binary format, told by its first bytes. A document owns the
@@ -151,14 +159,22 @@ private:
 // Parsing is for one thread at a time.
 class PropertyListDocument {
 public:
-    static constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;  // bytes
-    static constexpr std::size_t kMaximumDepth = 512;                                // levels
+    static constexpr std::size_t kMaximumFileSize = std::size_t{64} * 1024 * 1024;  // bytes
+    static constexpr std::size_t kMaximumValues = std::size_t{4} * 1024 * 1024;     // with keys
+    static constexpr std::size_t kMaximumDepth = 512;                               // levels
     // Objects of the binary format that are shared count at each reference. A file of n bytes may
     // unfold to kVisitsBase + n visits: one for each value, kVisitsPerElement more for each element
-    // of an array, one more for every 16 bytes of a text or data. An element that is not shared
-    // takes as many bytes in a file larger than the base, so that only shared ones meet the limit.
+    // of an array, one more for every 16 bytes of a key, text or data. An element that is not
+    // shared takes as many bytes in a file larger than the base, so that only shared ones meet the
+    // limit.
     static constexpr std::size_t kVisitsBase = 65536;
     static constexpr std::size_t kVisitsPerElement = 5;
+
+    // What the bytes of a shared text or data count.
+    enum class SharedBytes {
+        AtEachPlace,  // for readers that copy the text at each place
+        Once,         // for readers that know a shared text again, see sharedText()
+    };
 
     PropertyListDocument();
     ~PropertyListDocument();
@@ -168,7 +184,7 @@ public:
     ByteBuffer& bytes() noexcept;
 
     // Decodes bytes(). On an error the document has no root.
-    std::optional<PropertyListError> parse();
+    std::optional<PropertyListError> parse(SharedBytes counted = SharedBytes::AtEachPlace);
     std::optional<PropertyListError> parse(std::string_view bytes);  // fills bytes() first
 
     // Absent before a successful parse.

@@ -34,7 +34,8 @@ public:
           bytes_(bytes),
           trailer_(trailer),
           width_(trailer.referenceWidth),
-          budget_(PropertyListDocument::kVisitsBase + bytes.size()) {}
+          budget_(PropertyListDocument::kVisitsBase + bytes.size()),
+          textsCountOnce_(state.sharedBytes == PropertyListDocument::SharedBytes::Once) {}
 
     void check(std::uint32_t root);
 
@@ -66,6 +67,7 @@ private:
     const Trailer& trailer_;
     std::size_t width_;
     std::uint64_t budget_;
+    bool textsCountOnce_;
     std::array<Frame, PropertyListDocument::kMaximumDepth> frames_{};
     std::size_t depth_ = 0;
     std::string_view lastKeys_;  // references of the dictionary checked before
@@ -158,7 +160,8 @@ void TreeChecker::checkValues(Frame& frame) {
             open(static_cast<std::uint32_t>(object));
             return;
         }
-        addVisits(frame, node.extent + price);
+        const bool isCounted = node.isContainer() || !textsCountOnce_;
+        addVisits(frame, (isCounted ? node.extent : 1) + price);
         frame.height = std::max(frame.height, node.heightOrShape);
         ++frame.next;
     }
@@ -215,6 +218,9 @@ Trailer readTrailer(const ByteReader& bytes) {
             8,
             "more objects than the file has room for");
     require(trailer.root < trailer.objectCount, 16, "a root that is no object");
+    if (trailer.objectCount > PropertyListDocument::kMaximumValues) {
+        failPropertyList(Kind::TooComplex, start + 8, "more objects than the limit");
+    }
     return trailer;
 }
 

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <limits>
+#include <numeric>
 #include <string>
 
 #include "platform/foundation/Exception.h"
@@ -145,6 +147,11 @@ Number PropertyListValue::numberValue() const {
     return numberOf(node());
 }
 
+std::optional<std::uint32_t> PropertyListValue::sharedText(std::size_t size) const noexcept {
+    const bool isShared = type() == Type::String && state_->referenceWidth != 0;
+    return isShared && node().length >= size ? std::optional(node_) : std::nullopt;
+}
+
 double PropertyListValue::dateValue() const {
     return nodeOfType(Type::Date, "date value").real();
 }
@@ -201,7 +208,14 @@ PropertyListValue::Iterator PropertyListValue::begin() const {
     iterator.state_ = state_;
     iterator.at_ = container.form == Form::References ? container.offset : node_ + 1;
     iterator.remaining_ = container.length;
-    iterator.keys_ = container.type == Type::Dictionary;
+    if (container.type == Type::Dictionary) {
+        auto keys = std::make_shared<std::vector<PropertyListValue>>();
+        for (const auto& [key, value] : entries()) {
+            keys->push_back(key);
+        }
+        iterator.remaining_ = static_cast<std::uint32_t>(keys->size());
+        iterator.keys_ = std::move(keys);
+    }
     return iterator;
 }
 
@@ -213,24 +227,25 @@ PropertyListValue::Iterator PropertyListValue::end() const {
 }
 
 PropertyListValue PropertyListValue::Iterator::operator*() const noexcept {
+    if (keys_) {
+        return keys_->end()[-static_cast<std::ptrdiff_t>(remaining_)];
+    }
     return {state_, state_->referenceWidth == 0 ? at_ : state_->reference(at_, 0)};
 }
 
 PropertyListValue::Iterator& PropertyListValue::Iterator::operator++() noexcept {
     if (state_->referenceWidth != 0) {
         at_ += state_->referenceWidth;
-    } else {
-        // The node behind a key is its value, which the loop steps over.
-        const std::uint32_t element = keys_ ? at_ + 1 : at_;
-        at_ = state_->nodes[element].extent;
+    } else if (!keys_) {
+        at_ = state_->nodes[at_].extent;
     }
     --remaining_;
     return *this;
 }
 
-std::vector<std::pair<PropertyListValue, PropertyListValue>> PropertyListValue::entries() const {
+std::vector<PropertyListValue::Entry> PropertyListValue::entries() const {
     const Node& dictionary = nodeOfType(Type::Dictionary, "entries");
-    std::vector<std::pair<PropertyListValue, PropertyListValue>> result;
+    std::vector<Entry> result;
     result.reserve(dictionary.length);
     std::uint32_t at = node_ + 1;
     for (std::uint32_t i = 0; i < dictionary.length; ++i) {
@@ -243,7 +258,32 @@ std::vector<std::pair<PropertyListValue, PropertyListValue>> PropertyListValue::
             at = state_->nodes[at + 1].extent;
         }
     }
+    mergeRepeatedKeys(result);
     return result;
+}
+
+// Leaves each key at its first place, with the value of its last one.
+void PropertyListValue::mergeRepeatedKeys(std::vector<Entry>& entries) {
+    std::vector<std::uint32_t> order(entries.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::string scratch;
+    std::string others;
+    const auto text = [&](std::uint32_t entry, std::string& buffer) {
+        return entries[entry].first.stringValue(buffer);
+    };
+    std::stable_sort(order.begin(), order.end(), [&](std::uint32_t left, std::uint32_t right) {
+        return text(left, scratch) < text(right, others);
+    });
+    constexpr PropertyListValue kMerged;
+    for (std::size_t i = 1, first = 0; i < order.size(); ++i) {
+        if (text(order[first], scratch) == text(order[i], others)) {
+            entries[order[first]].second = entries[order[i]].second;
+            entries[order[i]].first = kMerged;
+        } else {
+            first = i;
+        }
+    }
+    std::erase_if(entries, [](const Entry& entry) { return !entry.first; });
 }
 
 }  // namespace quillet::platform

@@ -23,7 +23,10 @@ class XmlCursor {
 protected:
     XmlCursor(const char* text, std::size_t size) : base_(text), at_(text), end_(text + size) {}
 
-    [[noreturn]] void fail(std::string text) const { failAt(at_, std::move(text)); }
+    [[noreturn]] void fail(std::string text,
+                           PropertyListErrorKind kind = PropertyListErrorKind::Malformed) const {
+        failAt(at_, std::move(text), kind);
+    }
     [[noreturn]] void failAt(const char* place,
                              std::string text,
                              PropertyListErrorKind kind = PropertyListErrorKind::Malformed) const {

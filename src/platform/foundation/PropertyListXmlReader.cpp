@@ -305,6 +305,9 @@ void XmlReader::readEntry() {
 void XmlReader::readTree() {
     readValue();
     while (depth_ > 0) {
+        if (nodes_.size() > PropertyListDocument::kMaximumValues) {
+            fail("more values than the limit", Kind::TooComplex);
+        }
         if (open_[depth_ - 1].dictionary) {
             readEntry();
             continue;

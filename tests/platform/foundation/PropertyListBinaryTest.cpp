@@ -132,9 +132,16 @@ TEST(PropertyListBinary, SharedReferencesThatUnfoldTooFarAreRefused) {
     objects.emplace_back("\x50");
     EXPECT_EQ(kindOfError(binaryFile(objects)), Kind::TooComplex);
 
-    objects = {"\xAF\x11\x02\x00"s + std::string(0x200, '\x01'),
-               "\x5F\x12" + bigEndian(9000, 4) + std::string(9000, 'x')};
-    EXPECT_EQ(kindOfError(binaryFile(objects, 1, 2)), Kind::TooComplex);
+    // A long text counts at each place, as a key always and elsewhere for readers that copy it.
+    platform::PropertyListDocument document;
+    const std::string longText = "\x5F\x12" + bigEndian(9000, 4) + std::string(9000, 'x');
+    const std::string list = "\xAF\x11\x02\x00"s + std::string(0x200, '\x01');
+    document.bytes().assign(binaryFile({list, longText}, 1, 2));
+    EXPECT_EQ(document.parse()->kind, Kind::TooComplex);
+    EXPECT_FALSE(document.parse(platform::PropertyListDocument::SharedBytes::Once));
+    document.bytes().assign(binaryFile({list, "\xD1\x02\x03", longText, "\x09"}, 1, 2));
+    EXPECT_EQ(document.parse(platform::PropertyListDocument::SharedBytes::Once)->kind,
+              Kind::TooComplex);
 
     // A record is made of every element, which is one byte of the file.
     const auto shared = [](std::size_t count, const char* element) {

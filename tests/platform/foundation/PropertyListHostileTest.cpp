@@ -111,6 +111,25 @@ TEST(PropertyListHostile, MarkupAtAnyPlaceNeverLeadsAstray) {
     EXPECT_GT(good, kRounds / 100);
 }
 
+TEST(PropertyListHostile, FileWithMoreValuesThanTheLimitIsRefused) {
+    for (const std::size_t values :
+         {PropertyListDocument::kMaximumValues, PropertyListDocument::kMaximumValues + 1}) {
+        std::string xml = "<array>";
+        for (std::size_t value = 1; value < values; ++value) {
+            xml += "<dict/>";
+        }
+        const std::string binary = "bplist00" + std::string(values, '\xA0') +
+                                   std::string(values, '\x08') + bigEndian(0, 6) + "\x01\x01" +
+                                   bigEndian(values, 8) + bigEndian(0, 8) +
+                                   bigEndian(8 + values, 8);
+        const auto error = values > PropertyListDocument::kMaximumValues
+                               ? std::optional(platform::PropertyListErrorKind::TooComplex)
+                               : std::nullopt;
+        EXPECT_EQ(kindOfError(xml + "</array>"), error);
+        EXPECT_EQ(kindOfError(binary), error);
+    }
+}
+
 TEST(PropertyListValue, ConversionsThatAValueDoesNotHaveRaise) {
     PropertyListDocument document;
     ASSERT_FALSE(

@@ -57,8 +57,9 @@ TEST(PropertyListXml, ValuesReadAsWritten) {
         {"<data>\n aGVs\n bG8=\n</data>", "<hello>"},
         {"<data>aG<!-- -->V5</data>", "<hey>"},
         {"<data/>", "<>"},
-        {"<dict><key>k</key><dict/><key>k</key><string>last</string></dict>",
-         "{\"k\":\"last\",\"k\":\"last\"}"},
+        {"<dict><key>k</key><dict/><key>j</key><true/><key>&#107;</key><string>last</string></"
+         "dict>",
+         "{\"k\":\"last\",\"j\":true}"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.xml);
