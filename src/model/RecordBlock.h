@@ -37,11 +37,10 @@ public:
         --room_;
         return *record;
     }
-    // A handle to a record of a block, which `owner` keeps alive.
-    template <typename Owner>
-    static std::shared_ptr<ExtensionMessage> handle(std::shared_ptr<Owner> owner,
+    // A handle to a record of the block.
+    static std::shared_ptr<ExtensionMessage> handle(std::shared_ptr<RecordBlock> block,
                                                     ExtensionMessage& record) {
-        return {std::move(owner), &record};
+        return {std::move(block), &record};
     }
     // Copies a text into the block; the result is for records of this block alone.
     RecordText store(std::string_view text) {
@@ -72,8 +71,5 @@ private:
     std::size_t count_ = 0;
     std::size_t room_ = 0;  // records that the last row can still take
 };
-
-// The records of one read in their order, block by block.
-using RecordBlocks = std::vector<std::shared_ptr<RecordBlock>>;
 
 }  // namespace quillet

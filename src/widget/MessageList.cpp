@@ -6,11 +6,9 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
-#include <span>
 #include <utility>
 
 #include "util/Tarno.h"
-#include "widget/Parts.h"
 
 namespace quillet::MessageList {
 
@@ -95,26 +93,11 @@ Messages firstOf(const Messages& messages) {
 
 }  // namespace
 
-Messages sortedNewestFirst(const std::shared_ptr<const RecordBlocks>& blocks) {
-    const auto sortPart = [&blocks](std::size_t part) { return sortedPlaces(*(*blocks)[part]); };
-    std::vector<Places> parts;
-    std::size_t count = 0;
-    for (auto& part : startParts(blocks->size(), sortPart)) {
-        count += parts.emplace_back(part.get()).size();
-    }
+Messages sortedNewestFirst(const std::shared_ptr<RecordBlock>& block) {
     Messages sorted;
-    sorted.reserve(count);
-    std::vector<std::span<const Place>> rest(parts.begin(), parts.end());
-    std::erase_if(rest, [](const auto& part) { return part.empty(); });
-    while (!rest.empty()) {
-        // Of equal keys that of the first part comes first.
-        const auto next =
-            std::ranges::min_element(rest, {}, [](const auto& part) { return part.front().key; });
-        sorted.push_back(RecordBlock::handle(blocks, *next->front().record));
-        *next = next->subspan(1);
-        if (next->empty()) {
-            rest.erase(next);
-        }
+    sorted.reserve(block->count());
+    for (const Place& place : sortedPlaces(*block)) {
+        sorted.push_back(RecordBlock::handle(block, *place.record));
     }
     return sorted;
 }

@@ -15,9 +15,9 @@ using Messages = std::vector<std::shared_ptr<ExtensionMessage>>;
 
 inline constexpr std::size_t kMostRows = 10;
 
-// The records of the blocks, newest first. Those of one instant keep their order, those without a
-// date come last. Each message keeps all of the blocks alive.
-Messages sortedNewestFirst(const std::shared_ptr<const RecordBlocks>& blocks);
+// The records of the block, newest first. Those of one instant keep their order, those without a
+// date come last. Each message keeps the block alive.
+Messages sortedNewestFirst(const std::shared_ptr<RecordBlock>& block);
 
 // Whether both lists hold equal messages in the same order.
 bool isEqual(const Messages& left, const Messages& right);

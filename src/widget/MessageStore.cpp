@@ -1,33 +1,27 @@
 #include "widget/MessageStore.h"
 
-#include <algorithm>
-#include <atomic>
-#include <deque>
-#include <iterator>
-#include <thread>
+#include <cerrno>
 #include <utility>
+#include <vector>
 
-#include "model/ExtensionDate.h"
+#include "model/RecordFields.h"
 #include "platform/foundation/Exception.h"
+#include "platform/foundation/FileManager.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/Path.h"
-#include "widget/MessageFileReader.h"
-#include "widget/Parts.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet {
 
+using platform::Log;
+using platform::PropertyListDocument;
+using platform::PropertyListType;
+using platform::PropertyListValue;
+
 namespace {
 
-// Below so many files a part costs more to start than it saves.
-constexpr std::size_t kFilesPerPart = 32;
-// The rest of the desktop wants its processors, too.
-constexpr std::size_t kMostParts = 4;
-
-std::size_t numberOfParts(std::size_t files) {
-    const std::size_t processors = std::thread::hardware_concurrency();  // 0 where not known
-    return std::clamp<std::size_t>(
-        files / kFilesPerPart, 1, std::clamp<std::size_t>(processors, 1, kMostParts));
+std::vector<std::string> contentOf(const std::string& folder) {
+    return TodayViewController::directoryContent(folder).value_or(std::vector<std::string>());
 }
 
 }  // namespace
@@ -35,51 +29,53 @@ std::size_t numberOfParts(std::size_t files) {
 MessageStore::MessageStore(EnabledAccounts enabled) : enabled_(std::move(enabled)) {}
 
 void MessageStore::read(const std::string& todayFolder) {
+    ExtensionMessageReader messages;
+    records_ = messages.records();
     try {
-        readFiles(messageFiles(todayFolder));
+        readFolders(todayFolder, messages);
     } catch (const platform::Exception& exception) {
-        platform::Log::write("updateData exception %@", {exception.description()});
+        Log::write("updateData exception %@", {exception.description()});
     }
 }
 
-MessageStore::Paths MessageStore::messageFiles(const std::string& todayFolder) const {
-    Paths paths;
-    for (const std::string& folder :
-         TodayViewController::directoryContent(todayFolder).value_or(Paths())) {
-        if (!enabled_.contains(platform::Path::lastPathComponent(folder))) {
-            continue;
-        }
-        if (auto files = TodayViewController::directoryContent(folder)) {
-            std::move(files->begin(), files->end(), std::back_inserter(paths));
+void MessageStore::readFolders(const std::string& todayFolder, ExtensionMessageReader& messages) {
+    for (const std::string& folder : contentOf(todayFolder)) {
+        if (enabled_.contains(platform::Path::lastPathComponent(folder))) {
+            for (const std::string& file : contentOf(folder)) {
+                readFile(file, messages);
+            }
         }
     }
-    return paths;
 }
 
-void MessageStore::readFiles(const Paths& files) {
-    const std::size_t count = numberOfParts(files.size());
-    const double now = ExtensionDate::now();
-    std::deque<MessageFileReader> readers;
-    while (readers.size() < count) {
-        readers.emplace_back(now);
+// Raises platform::Exception where "data" is nothing that can be looped over.
+void MessageStore::readFile(const std::string& path, ExtensionMessageReader& messages) {
+    const auto unread = platform::FileManager::readFile(
+        path, document_.bytes(), PropertyListDocument::kMaximumFileSize);
+    if (unread && unread->code == EFBIG) {
+        Log::write("updateData error deserialize %@", {unread->description()});
     }
-    std::atomic<bool> stopped = false;
-    const auto readPart = [&](std::size_t part) {
-        const std::size_t end = files.size() * (part + 1) / count;
-        for (std::size_t i = files.size() * part / count; i < end && !stopped; ++i) {
-            readers[part].read(files[i]);
-        }
-    };
-    auto parts = startParts(count, readPart);
-    try {
-        for (std::size_t part = 0; part < count; ++part) {
-            records_->push_back(readers[part].records());
-            parts[part].get();
-        }
-    } catch (...) {
-        stopped = true;  // for the parts behind the one that failed
-        throw;
+    if (unread) {
+        return;
     }
+    if (const auto error = document_.parse(PropertyListDocument::SharedBytes::Once)) {
+        Log::write("updateData error deserialize %@", {error->description()});
+        return;
+    }
+    const PropertyListValue root = document_.root();
+    if (root.type() != PropertyListType::Dictionary) {
+        Log::write("updateData error deserialize no dictionary in return");
+        return;
+    }
+    const PropertyListValue data = root.valueForKey("data");
+    if (!data || !root.valueForKey("folder") || !root.valueForKey("account")) {
+        return;
+    }
+    if (data.count() > kMaximumRecords) {
+        Log::write("updateData error deserialize %@", {"more messages than the limit"});
+        return;
+    }
+    messages.readAll(data);
 }
 
 }  // namespace quillet

@@ -10,7 +10,9 @@
 #include <thread>
 #include <unistd.h>
 
+#include "model/RecordFields.h"
 #include "platform/foundation/FileCoordinator.h"
+#include "tests/platform/foundation/PropertyListTestSupport.h"
 #include "tests/support/FileLocks.h"
 #include "tests/support/PropertyLists.h"
 #include "tests/support/WaitUntil.h"
@@ -50,10 +52,15 @@ TEST_F(StoreTest, MessagesOfEnabledAccountsComeNewestFirst) {
 
 TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
     const std::string data = "<key>data</key><array>" + messageXml("lost", 1) + "</array>";
+    std::string tooMany;
+    for (std::size_t record = 0; record <= kMaximumRecords; ++record) {
+        tooMany += "<true/>";
+    }
     const std::pair<std::string, std::vector<std::string>> cases[] = {
-        {"", {}},
+        {"", {"updateData error deserialize an empty file"}},
         {"x", {"updateData error deserialize "}},
         {fileXml("").substr(0, 80), {"updateData error deserialize "}},
+        {fileXml(tooMany), {"updateData error deserialize more messages than the limit"}},
         {xmlPropertyList("<array/>"), {"updateData error deserialize no dictionary in return"}},
         {xmlPropertyList("<dict><key>account</key><true/>" + data + "</dict>"), {}},
         {xmlPropertyList("<dict><key>folder</key><true/>" + data + "</dict>"), {}},
@@ -61,7 +68,7 @@ TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
     };
     writeFile("a@x", "good.plist", fileXml(messageXml("kept", 1)));
     for (const auto& [bytes, logged] : cases) {
-        SCOPED_TRACE(bytes);
+        SCOPED_TRACE(bytes.substr(0, 200));
         writeFile("a@x", "bad.plist", bytes);
         const LogCapture lines;
         EXPECT_THAT(read(), ElementsAre("kept"));
@@ -69,7 +76,7 @@ TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
     }
 }
 
-TEST_F(StoreTest, ALargeStoreReadInPartsKeepsTheOrderOfItsFilesAndEndsWhereAValueRaises) {
+TEST_F(StoreTest, FilesAreReadInListingOrderUntilAValueRaises) {
     constexpr std::size_t kFiles = 200;
     for (std::size_t file = 0; file < kFiles; ++file) {
         const std::string name = std::to_string(file);
@@ -83,9 +90,12 @@ TEST_F(StoreTest, ALargeStoreReadInPartsKeepsTheOrderOfItsFilesAndEndsWhereAValu
         expected.insert(expected.end(), {name + "a", name + "b"});
     }
     EXPECT_EQ(read(), expected);
-    for (const std::size_t broken : {kFiles - 1, kFiles / 2 + 1, std::size_t{3}}) {
+    for (const std::size_t broken : {kFiles - 1, kFiles / 2 + 1, std::size_t{0}}) {
         const LogCapture lines;
         std::ofstream(files[broken]) << kDataThatIsNoCollection;
+        if (broken + 1 < kFiles) {
+            std::ofstream(files[broken + 1]) << "neither read nor complained about";
+        }
         expected.resize(2 * broken);
         EXPECT_EQ(read(), expected) << broken;
         EXPECT_THAT(lines.lines(), ElementsAre(StartsWith("updateData exception "))) << broken;
@@ -137,10 +147,42 @@ TEST_F(StoreTest, HugeTextsAndCrowdedFoldersAreRead) {
     constexpr int kFiles = 100'000;
     const std::string folder = container.makeFolder("SharedData/Today/b@x");
     for (int index = 0; index < kFiles; ++index) {
-        std::ofstream(folder + "/" + std::to_string(index));
+        std::ofstream(folder + "/" + std::to_string(index)) << "<dict/>";
     }
     writeFile("b@x", "last", fileXml(messageXml("among many", 200)));
     EXPECT_THAT(read(), ElementsAre("among many", ""));
+}
+
+TEST_F(StoreTest, MessagesOfABinaryFileMayShareALongText) {
+    constexpr std::size_t kMessages = 5000;
+    const std::string text = "12 " + std::string(3000, 's');
+    const auto reference = [](std::size_t object) { return bigEndian(object, 2); };
+    const std::string keys = reference(6) + reference(7) + reference(8);
+    const std::string values = reference(9) + reference(9) + reference(9);
+    std::vector<std::string> objects{"\xD3" + reference(1) + reference(2) + reference(3) +
+                                         reference(4) + reference(4) + reference(5),
+                                     ascii("folder"),
+                                     ascii("account"),
+                                     ascii("data"),
+                                     "\x09",
+                                     "\xAF\x11" + bigEndian(kMessages, 2),
+                                     ascii("subject"),
+                                     ascii("flip"),
+                                     ascii("date"),
+                                     "\x5F\x11" + bigEndian(text.size(), 2) + text};
+    for (std::size_t message = 0; message < kMessages; ++message) {
+        objects[5] += reference(objects.size());
+        objects.push_back("\xD3" + keys + values);
+    }
+    writeFile("a@x", "1.plist", binaryFile(objects, 2, 4));
+    const auto messages = TodayViewController::updateData();
+    EXPECT_THAT(log.lines(), IsEmpty());
+    ASSERT_THAT(*messages, SizeIs(kMessages));
+    for (const auto& message : {messages->front(), messages->back()}) {
+        EXPECT_EQ(message->subject(), text);
+        EXPECT_EQ(message->flip(), 12U);
+        EXPECT_EQ(message->date(), 12.0);
+    }
 }
 
 TEST_F(StoreTest, FilesThatComeAndGoDuringTheReadDoNoHarm) {
