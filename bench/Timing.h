@@ -1,0 +1,24 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <ctime>
+#include <vector>
+
+namespace quillet::bench {
+
+// What the clock shows, in milliseconds; only differences mean something.
+inline double milliseconds(clockid_t clock) {
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
+// The middle one in order, the upper of two. There has to be at least one.
+inline double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+}  // namespace quillet::bench
