@@ -7,6 +7,10 @@
 
 namespace quillet::bench {
 
+// The exit status of a program whose results are right and whose speed is not what it is meant to
+// be: other work on the machine can cause that.
+inline constexpr int kTooSlow = 3;
+
 // What the clock shows, in milliseconds; only differences mean something.
 inline double milliseconds(clockid_t clock) {
     timespec now{};

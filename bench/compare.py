@@ -35,6 +35,8 @@ def parse_arguments():
     parser.add_argument("--messages", type=int, default=400, help="of each file")
     parser.add_argument("--format", choices=["xml", "binary", "both"], default="both")
     parser.add_argument("--rounds", type=int, default=9)
+    parser.add_argument("--any-speed", action="store_true",
+                        help="do not fail where the codec or the links are too slow")
     return parser.parse_args()
 
 
