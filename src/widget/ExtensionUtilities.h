@@ -11,7 +11,9 @@
 #include "platform/foundation/URL.h"
 
 // Commands to the host application: URLs of its scheme that it is asked to open. Main thread only.
-// Nothing is logged and nothing is shown when the host cannot be asked; see docs/commands.md.
+// Nothing is shown when the host cannot be asked, and these operations log nothing. The workspace
+// logs a line for a request that was on its way and that no application takes in the end. See
+// docs/commands.md.
 namespace quillet::ExtensionUtilities {
 
 // Command words of the host application.
