@@ -135,6 +135,10 @@ void TodayViewController::viewWillAppear() {
     Reload();
 }
 
+void TodayViewController::dismissViewController(platform::ViewController& viewController) {
+    ViewController::dismissViewController(viewController);
+}
+
 ExtensionMessageList TodayViewController::updateData() {
     MessageStore store(enabledAccounts());
     const std::optional<std::string> dataFolder = ExtensionUtilities::GroupDataPath();

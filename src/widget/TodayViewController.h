@@ -75,6 +75,7 @@ public:
 
     void viewDidLoad() override;
     void viewWillAppear() override;
+    void dismissViewController(platform::ViewController& viewController) override;
 
     // One full read of the store under coordination: the messages of all enabled accounts, newest
     // first; never none. Blocks until the host's writers are done. Any thread.

@@ -23,6 +23,14 @@ TEST(TodayViewControllerViews, TreeHasItsMeasuresAndGrowsWithItsRows) {
     }
 }
 
+TEST(TodayViewControllerViews, ADismissedControllersViewIsHidden) {
+    WidgetWindow widget;
+    const WidgetWindow other;
+    widget.controller->dismissViewController(*other.controller);
+    EXPECT_TRUE(other.controller->view()->isHidden());
+    EXPECT_FALSE(widget.controller->view()->isHidden());
+}
+
 TEST(TodayViewControllerViews, ViewsDoNotKeepTheirControllerAlive) {
     WidgetWindow widget;
     widget.show({makeMessage("Ada", "Engine", "09:41")});

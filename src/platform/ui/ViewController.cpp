@@ -37,6 +37,12 @@ bool ViewController::isViewLoaded() const noexcept {
     return !state_->view.isNull();
 }
 
+void ViewController::dismissViewController(ViewController& viewController) {
+    if (viewController.isViewLoaded()) {
+        viewController.view()->hide();
+    }
+}
+
 void ViewController::setView(std::unique_ptr<QWidget> view) {
     state_->deleteUnlessAdopted();
     state_->view = view.release();

@@ -24,6 +24,10 @@ public:
     virtual void viewDidLoad() {}
     virtual void viewWillAppear() {}
 
+    // Takes a controller's view, which was shown from this one, off the screen again. The view
+    // stays with its owner; one that is not built yet is not built for it.
+    virtual void dismissViewController(ViewController& viewController);
+
     // Whether the place that the view is shown in has the dark look; set before view().
     void setDarkAppearance(bool dark) noexcept { darkAppearance_ = dark; }
     bool darkAppearance() const noexcept { return darkAppearance_; }
