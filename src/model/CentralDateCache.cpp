@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "model/ExtensionDate.h"
+#include "platform/foundation/LocalTime.h"
 
 namespace quillet {
 
@@ -16,10 +17,16 @@ namespace {
 // A store whose dates are spread wider than this is formatted again rather than remembered.
 constexpr std::size_t kMostEntries = 4096;
 
+// A read tells its dates in the zone that the system has when it begins.
+std::int64_t dayNumberInPresentZone(double now) {
+    platform::refreshTimeZone();
+    return ExtensionDate::shared().IntDate(now);
+}
+
 }  // namespace
 
 CentralDateCache::CentralDateCache(double now, RecordBlock& block)
-    : now_(now), block_(block), today_(days_.dayOf(now)) {}
+    : block_(block), today_(dayNumberInPresentZone(now)) {}
 
 // Dates of these decades lie between 2^30 and 2^31, where the leading 17 of the 52 bits behind the
 // binary point count steps of 8192 seconds. Taking bits is defined for every number.
@@ -47,18 +54,18 @@ const CentralDateCache::Entry& CentralDateCache::make(double date) {
         entries_.clear();
         found_.fill(nullptr);
     }
+    const ExtensionDate& dates = ExtensionDate::shared();
+    const std::int64_t day = dates.IntDate(date);
     // Times of today differ from instant to instant; an entry for one of them holds for it alone.
-    platform::LocalDays::Day span{date,
-                                  std::nextafter(date, std::numeric_limits<double>::infinity())};
-    const bool isToday = today_.start <= date && date < today_.end;
-    if (!isToday) {
+    platform::LocalDay span{date, std::nextafter(date, std::numeric_limits<double>::infinity())};
+    if (day != today_) {
         // Instants beyond the calendar's limits lie outside of the day they are held at.
-        const platform::LocalDays::Day day = days_.dayOf(date);
-        if (day.start <= date && date < day.end) {
-            span = day;
+        const platform::LocalDay whole = platform::localDayOf(date);
+        if (whole.start <= date && date < whole.end) {
+            span = whole;
         }
     }
-    RecordText text = block_.store(ExtensionDate::shared().centralDate(date, now_));
+    RecordText text = block_.store(dates.centralDate(date, day, today_));
     return entries_.insert_or_assign(span.start, Entry{span.start, span.end, std::move(text)})
         .first->second;
 }

@@ -2,11 +2,11 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 
 #include "model/RecordBlock.h"
 #include "model/RecordText.h"
-#include "platform/foundation/DateFormatter.h"
 
 namespace quillet {
 
@@ -15,7 +15,8 @@ namespace quillet {
 // ExtensionDate::centralDate gives for the same `now`. One thread.
 class CentralDateCache {
 public:
-    // The texts are stored in `block`, which outlives the cache.
+    // Looks again which time zone the system has. The texts are stored in `block`, which outlives
+    // the cache.
     CentralDateCache(double now, RecordBlock& block);
 
     // Valid until the next call; what it shares in the block lives as long as the block.
@@ -39,10 +40,8 @@ private:
     const Entry& find(double date);
     const Entry& make(double date);
 
-    double now_;
     RecordBlock& block_;
-    platform::LocalDays days_;
-    platform::LocalDays::Day today_;
+    std::int64_t today_;               // as ExtensionDate::IntDate
     std::map<double, Entry> entries_;  // by start
     std::array<const Entry*, kPlaces> found_{};
 };

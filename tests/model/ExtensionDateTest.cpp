@@ -5,6 +5,7 @@
 
 #include "model/CentralDateCache.h"
 #include "model/ExtensionDate.h"
+#include "tests/support/EnvironmentVariable.h"
 
 namespace quillet::test {
 
@@ -62,12 +63,18 @@ TEST(CentralDateCache, GivesTheTextsThatTheFormattersGive) {
         dates.push_back(kNow + days(random) * 100);  // around today
     }
     const auto texts = RecordBlock::make();
-    CentralDateCache cache(kNow + 3600, *texts);
-    for (int round = 0; round < 2; ++round) {  // the second time from the cache
-        for (const double date : dates) {
-            ASSERT_EQ(cache.text(date).view(),
-                      ExtensionDate::shared().centralDate(date, kNow + 3600))
-                << date;
+    // The system's zone changes between two reads, and back.
+    for (const auto& [zone, evening] :
+         {std::pair("Pacific/Auckland", "11:59"), std::pair("Europe/Rome", "14/11/26")}) {
+        const EnvironmentVariable timeZone("TZ", zone);
+        CentralDateCache cache(kNow + 3600, *texts);
+        EXPECT_EQ(cache.text(kNow - 1).view(), evening);
+        for (int round = 0; round < 2; ++round) {  // the second time from the cache
+            for (const double date : dates) {
+                ASSERT_EQ(cache.text(date).view(),
+                          ExtensionDate::shared().centralDate(date, kNow + 3600))
+                    << date;
+            }
         }
     }
 }

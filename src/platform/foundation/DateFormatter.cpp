@@ -1,22 +1,14 @@
 #include "platform/foundation/DateFormatter.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <ctime>
 #include <mutex>
-#include <unicode/basictz.h>
-#include <unicode/dtrule.h>
 #include <unicode/gregocal.h>
-#include <unicode/rbtz.h>
-#include <unicode/simpletz.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
-#include <unicode/tzrule.h>
-#include <unicode/tztrans.h>
 #include <utility>
 
-#include "platform/foundation/PosixTimeZone.h"
+#include "platform/foundation/LocalTime.h"
 #include "platform/foundation/UserRegion.h"
 
 namespace quillet::platform {
@@ -25,94 +17,83 @@ namespace {
 
 using icu::UnicodeString;
 
-constexpr double kSecondsPerDay = 86400;
-constexpr double kFarthest = 1e8 * kSecondsPerDay;  // seconds; every calendar stays quick up to it
-constexpr std::int32_t kSecond = 1000;              // milliseconds
-constexpr std::int64_t kDay = 86'400'000;           // milliseconds
+constexpr std::int32_t kSecond = 1000;  // milliseconds
 
 // Milliseconds since 1970, cut towards the past. Whole seconds and the rest are taken apart, so
 // that an instant just below a second is not rounded up to it.
 double millisecondsOf(double seconds) {
-    if (std::isnan(seconds)) {
-        return 0;
-    }
-    const double held = std::clamp(seconds, -kFarthest, kFarthest);
+    const double held = heldInstant(seconds);
     const double whole = std::floor(held);
-    return whole * 1000 + std::floor((held - whole) * 1000);
+    return whole * kSecond + std::floor((held - whole) * kSecond);
 }
 
 icu::Locale userLocale() {
     return icu::Locale::createCanonical(dateLocaleName().c_str());
 }
 
-std::unique_ptr<icu::AnnualTimeZoneRule> annualRule(const UnicodeString& name,
-                                                    int standard,
-                                                    int saving,
-                                                    const PosixTimeZone::Change& change) {
-    const auto month = static_cast<std::int32_t>(change.month);
-    const std::int32_t time = change.time * kSecond;
-    auto day = change.week == 0 ? std::make_unique<icu::DateTimeRule>(
-                                      month, change.day, time, icu::DateTimeRule::WALL_TIME)
-                                : std::make_unique<icu::DateTimeRule>(month,
-                                                                      change.week,
-                                                                      UCAL_SUNDAY + change.weekday,
-                                                                      time,
-                                                                      icu::DateTimeRule::WALL_TIME);
-    constexpr std::int32_t kFirstYear = 1;
-    return std::make_unique<icu::AnnualTimeZoneRule>(name,
-                                                     standard * kSecond,
-                                                     saving * kSecond,
-                                                     day.release(),
-                                                     kFirstYear,
-                                                     icu::AnnualTimeZoneRule::MAX_YEAR);
-}
+// The system's time zone, asked of the C library each time, since a formatter outlives changes of
+// it. The offset comes as a whole: the C library does not tell daylight saving apart.
+class SystemTimeZone final : public icu::TimeZone {
+public:
+    SystemTimeZone() : icu::TimeZone(UnicodeString("System")) {}
 
-// Null where the library refuses the rules.
-std::unique_ptr<icu::TimeZone> zoneWithRules(const UnicodeString& id, const PosixTimeZone& zone) {
-    const PosixTimeZone::Saving& saving = *zone.saving;
-    auto result = std::make_unique<icu::RuleBasedTimeZone>(
-        id, new icu::InitialTimeZoneRule(id, zone.offset * kSecond, 0));
-    UErrorCode status = U_ZERO_ERROR;
-    // The order decides where both fall together, as they do in a zone that always saves.
-    for (const auto& [offset, change] :
-         {std::pair(0, saving.end), std::pair(saving.offset - zone.offset, saving.start)}) {
-        result->addTransitionRule(annualRule(id, zone.offset, offset, change).release(), status);
-    }
-    result->complete(status);
-    return U_SUCCESS(status) ? std::move(result) : nullptr;
-}
-
-// A zone of an id that the zone database does not have.
-std::unique_ptr<icu::TimeZone> unlistedZone(const UnicodeString& id, const std::string& name) {
-    const std::optional<PosixTimeZone> zone = posixTimeZone(name);
-    if (zone && zone->saving) {
-        if (auto result = zoneWithRules(id, *zone)) {
-            return result;
+    void getOffset(UDate date,
+                   UBool local,
+                   std::int32_t& rawOffset,
+                   std::int32_t& dstOffset,
+                   UErrorCode& status) const override {
+        if (U_SUCCESS(status)) {
+            const double held = heldInstant(date / kSecond);
+            const auto second = static_cast<std::int64_t>(std::floor(held));
+            const std::int64_t offset = local != 0 ? offsetOfClock(second) : localOffset(second);
+            rawOffset = static_cast<std::int32_t>(offset) * kSecond;
+            dstOffset = 0;
         }
     }
-    // The C library may know more: the path of a zone file that is kept elsewhere.
-    ::tzset();
-    const auto offset = zone ? zone->offset : -static_cast<std::int32_t>(::timezone);
-    return std::make_unique<icu::SimpleTimeZone>(offset * kSecond, id);
-}
 
-std::unique_ptr<icu::TimeZone> userTimeZone() {
-    const std::optional<std::string> name = timeZoneName();
-    if (!name) {
-        return std::unique_ptr<icu::TimeZone>(icu::TimeZone::detectHostTimeZone());
+    SystemTimeZone* clone() const override { return new SystemTimeZone(*this); }
+
+    // What remains is for zones with rules of their own; formatting and parsing do without.
+    std::int32_t getOffset(std::uint8_t /*era*/,
+                           std::int32_t /*year*/,
+                           std::int32_t /*month*/,
+                           std::int32_t /*day*/,
+                           std::uint8_t /*dayOfWeek*/,
+                           std::int32_t /*milliseconds*/,
+                           UErrorCode& status) const override {
+        status = U_UNSUPPORTED_ERROR;
+        return 0;
     }
-    const UnicodeString id = UnicodeString::fromUTF8(*name);
-    UnicodeString ignored;
-    UBool isListed = false;
-    UErrorCode status = U_ZERO_ERROR;
-    // The library makes zones of texts like "GMT+02:00" too, with the sign that they have not in
-    // TZ.
-    icu::TimeZone::getCanonicalID(id, ignored, isListed, status);
-    if (U_SUCCESS(status) && isListed) {
-        return std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(id));
+    std::int32_t getOffset(std::uint8_t /*era*/,
+                           std::int32_t /*year*/,
+                           std::int32_t /*month*/,
+                           std::int32_t /*day*/,
+                           std::uint8_t /*dayOfWeek*/,
+                           std::int32_t /*milliseconds*/,
+                           std::int32_t /*monthLength*/,
+                           UErrorCode& status) const override {
+        status = U_UNSUPPORTED_ERROR;
+        return 0;
     }
-    return unlistedZone(id, *name);
-}
+    void setRawOffset(std::int32_t /*milliseconds*/) override {}
+    std::int32_t getRawOffset() const override { return 0; }
+    UBool useDaylightTime() const override { return 0; }
+    UBool inDaylightTime(UDate /*date*/, UErrorCode& /*status*/) const override { return 0; }
+    UClassID getDynamicClassID() const override {
+        static char id = 0;
+        return &id;
+    }
+
+private:
+    // Of what the clock shows. A time that comes twice is the later one; one that is left out
+    // counts as if the clock had not been put forward yet.
+    static std::int64_t offsetOfClock(std::int64_t clock) {
+        constexpr std::int64_t kDay = 86400;  // more than any zone's offset
+        const std::int64_t before = localOffset(clock - kDay);
+        const std::int64_t after = localOffset(clock + kDay);
+        return localOffset(clock - after) == after ? after : before;
+    }
+};
 
 icu::DateFormat::EStyle styleOf(DateStyle style) {
     return style == DateStyle::Short ? icu::DateFormat::kShort : icu::DateFormat::kNone;
@@ -161,14 +142,15 @@ DateFormatter::DateFormatter(DateStyle dateStyle, DateStyle timeStyle) {
         format.reset(icu::DateFormat::createDateTimeInstance(
             styleOf(dateStyle), styleOf(timeStyle), userLocale()));
     }
-    state_ = std::make_unique<State>(std::move(format), userTimeZone());
+    state_ = std::make_unique<State>(std::move(format), std::make_unique<SystemTimeZone>());
 }
 
 DateFormatter DateFormatter::localPattern(std::string_view pattern) {
     icu::Locale locale = userLocale();
     UErrorCode ignored = U_ZERO_ERROR;
-    locale.setUnicodeKeywordValue("nu", "latn", ignored);
-    return DateFormatter(std::make_unique<State>(patternFormat(pattern, locale), userTimeZone()));
+    locale.setKeywordValue("numbers", "latn", ignored);
+    return DateFormatter(std::make_unique<State>(patternFormat(pattern, locale),
+                                                 std::make_unique<SystemTimeZone>()));
 }
 
 DateFormatter DateFormatter::exchangePattern(std::string_view pattern) {
@@ -204,81 +186,11 @@ std::optional<double> DateFormatter::dateFromString(std::string_view text) const
         UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())}), status);
     // The parser takes less than a full text, and one digit for two; only what reads back the same
     // is a match.
-    if (U_FAILURE(status) || std::abs(milliseconds) > kFarthest * 1000 ||
+    if (U_FAILURE(status) || milliseconds / kSecond != heldInstant(milliseconds / kSecond) ||
         state_->write(milliseconds) != text) {
         return std::nullopt;
     }
-    return milliseconds / 1000;
-}
-
-struct LocalDays::State {
-    // A stretch of time with one distance from UTC, [start, end) in milliseconds since 1970.
-    struct Stretch {
-        std::int64_t start = 0;
-        std::int64_t end = 0;
-        std::int64_t offset = 0;
-
-        std::int64_t dayAt(std::int64_t instant) const {
-            const std::int64_t local = instant + offset;
-            return local / kDay - (local % kDay < 0 ? 1 : 0);
-        }
-        std::int64_t startOf(std::int64_t day) const { return day * kDay - offset; }
-    };
-
-    std::unique_ptr<icu::TimeZone> zone = userTimeZone();
-
-    Stretch stretchAt(std::int64_t instant) const;
-};
-
-LocalDays::State::Stretch LocalDays::State::stretchAt(std::int64_t instant) const {
-    constexpr std::int64_t kForever = std::int64_t{1} << 62;
-    Stretch stretch{-kForever, kForever, 0};
-    UErrorCode status = U_ZERO_ERROR;
-    std::int32_t raw = 0;
-    std::int32_t saving = 0;
-    const auto date = static_cast<UDate>(instant);
-    zone->getOffset(date, 0, raw, saving, status);
-    stretch.offset = std::int64_t{raw} + saving;
-    if (const auto* basic = dynamic_cast<const icu::BasicTimeZone*>(zone.get())) {
-        icu::TimeZoneTransition transition;
-        if (basic->getPreviousTransition(date, 1, transition)) {
-            stretch.start = static_cast<std::int64_t>(transition.getTime());
-        }
-        if (basic->getNextTransition(date, 0, transition)) {
-            stretch.end = static_cast<std::int64_t>(transition.getTime());
-        }
-    }
-    return stretch;
-}
-
-LocalDays::LocalDays() : state_(std::make_unique<State>()) {}
-
-LocalDays::~LocalDays() = default;
-
-LocalDays::Day LocalDays::dayOf(double secondsSince1970) const {
-    const auto instant = static_cast<std::int64_t>(millisecondsOf(secondsSince1970));
-    const State::Stretch here = state_->stretchAt(instant);
-    const std::int64_t day = here.dayAt(instant);
-
-    State::Stretch first = here;
-    while (first.startOf(day) <= first.start) {
-        const State::Stretch before = state_->stretchAt(first.start - 1);
-        if (before.dayAt(first.start - 1) != day) {
-            break;
-        }
-        first = before;
-    }
-    State::Stretch last = here;
-    while (last.startOf(day + 1) >= last.end) {
-        const State::Stretch after = state_->stretchAt(last.end);
-        if (after.dayAt(last.end) != day) {
-            break;
-        }
-        last = after;
-    }
-    const std::int64_t start = std::max(first.startOf(day), first.start);
-    const std::int64_t end = std::min(last.startOf(day + 1), last.end);
-    return {static_cast<double>(start) / 1000, static_cast<double>(end) / 1000};
+    return milliseconds / kSecond;
 }
 
 }  // namespace quillet::platform

@@ -14,10 +14,9 @@ enum class DateStyle { None, Short };
 // counts as 0.
 //
 // The user's locale is LC_ALL, LC_TIME or LANG (the first that is set and not empty; "C", "POSIX"
-// and none give en_US_POSIX), its calendar is the one of that locale, the local time zone is TZ (a
-// zone of the database, or a POSIX text with its rules for daylight saving) or the system's; all
-// as they were when the formatter was made. Texts are CLDR's. Formatting and
-// parsing may run on any threads at once.
+// and none give en_US_POSIX), its calendar is the one of that locale, both as they were when the
+// formatter was made. Texts are CLDR's. The local time is the one of LocalTime.h, which follows the
+// system's time zone. Formatting and parsing may run on any threads at once.
 class DateFormatter {
 public:
     // The user's locale, calendar and time zone, with the given styles; both None give "".
@@ -39,29 +38,6 @@ public:
 private:
     struct State;
     explicit DateFormatter(std::unique_ptr<State> state);
-    std::unique_ptr<State> state_;
-};
-
-// The local calendar day that holds an instant, as [start, end) in seconds since 1970; follows
-// daylight saving (a day may last 23 or 25 hours). Instants are held as DateFormatter holds them.
-// Where a clock is put back over midnight a few minutes after it, a day falls into two pieces; the
-// piece is given. Made in the user's time zone as it is when it is made. Any thread.
-class LocalDays {
-public:
-    struct Day {
-        double start = 0;
-        double end = 0;
-    };
-
-    LocalDays();
-    ~LocalDays();
-    LocalDays(const LocalDays&) = delete;
-    LocalDays& operator=(const LocalDays&) = delete;
-
-    Day dayOf(double secondsSince1970) const;
-
-private:
-    struct State;
     std::unique_ptr<State> state_;
 };
 

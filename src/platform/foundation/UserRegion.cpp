@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
 #include <utility>
 
@@ -56,35 +55,6 @@ std::string dateLocaleName() {
         name += "@" + std::string(modifier);
     }
     return name;
-}
-
-std::optional<std::string> timeZoneName() {
-    constexpr std::string_view kFolder = "/zoneinfo/";
-    const char* value = std::getenv("TZ");
-    if (value == nullptr) {
-        return std::nullopt;
-    }
-    std::string_view zone = value;
-    if (zone.starts_with(':')) {
-        zone.remove_prefix(1);
-    }
-    if (zone.empty()) {
-        return "UTC";
-    }
-    std::string path(zone);
-    if (zone.starts_with('/')) {
-        std::error_code ignored;
-        path = std::filesystem::weakly_canonical(zone, ignored).string();
-        const std::size_t folder = path.find(kFolder);
-        zone = folder == std::string::npos ? zone
-                                           : std::string_view(path).substr(folder + kFolder.size());
-    }
-    for (const std::string_view variant : {"posix/", "right/"}) {
-        if (zone.starts_with(variant)) {
-            zone.remove_prefix(variant.size());
-        }
-    }
-    return std::string(zone);
 }
 
 }  // namespace quillet::platform

@@ -1,10 +1,13 @@
 #include <cmath>
+#include <ctime>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
 #include <thread>
 #include <vector>
 
 #include "platform/foundation/DateFormatter.h"
+#include "platform/foundation/LocalTime.h"
 #include "tests/support/EnvironmentVariable.h"
 
 namespace quillet::test {
@@ -12,7 +15,8 @@ namespace {
 
 using platform::DateFormatter;
 using platform::DateStyle;
-using platform::LocalDays;
+using platform::LocalDay;
+using platform::localDayOf;
 
 constexpr double kInstant = 1794699889;  // 2026-11-14 23:44:49 UTC
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -20,7 +24,9 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // The user's region for the length of a scope.
 struct Region {
     Region(const std::string& locale, const std::string& zone)
-        : all("LC_ALL", locale), timeZone("TZ", zone) {}
+        : all("LC_ALL", locale), timeZone("TZ", zone) {
+        platform::refreshTimeZone();
+    }
     EnvironmentVariable all;
     EnvironmentVariable timeZone;
 };
@@ -35,10 +41,7 @@ TEST(DateFormatter, ShortStylesAreThoseOfTheLocaleAndTheZone) {
         {"C.UTF-8", "UTC", "11/14/26", "11:44\u202FPM"},
         {"th_TH.UTF-8", "UTC", "14/11/69", "23:44"},
         {"de_DE", "America/St_Johns", "14.11.26", "20:14"},
-        {"de_DE", ":/usr/share/zoneinfo/Asia/Tokyo", "15.11.26", "08:44"},
-        {"de_DE", "/usr/share/zoneinfo/right/Asia/Tokyo", "15.11.26", "08:44"},
         {"de_DE", "<+0545>-5:45", "15.11.26", "05:29"},
-        {"de_DE", "no zone", "14.11.26", "23:44"},
         {"", "UTC", "14.11.26", "23:44"},  // an empty variable leaves it to LANG
     };
     const EnvironmentVariable lcTime("LC_TIME", "");
@@ -54,14 +57,68 @@ TEST(DateFormatter, ShortStylesAreThoseOfTheLocaleAndTheZone) {
     }
 }
 
-TEST(DateFormatter, TheRegionIsTheOneOfTheMomentItWasMade) {
+TEST(DateFormatter, TheLocaleStaysAndTheZoneFollowsTheSystem) {
     const Region region("de_DE", "UTC");
     const DateFormatter day = DateFormatter::localPattern("yyyyMMdd HH");
-    const Region later("fa_IR", "Asia/Tokyo");
     EXPECT_EQ(day.stringFromDate(kInstant), "20261114 23");
+    const Region later("fa_IR", "Asia/Tokyo");
+    EXPECT_EQ(day.stringFromDate(kInstant), "20261115 08");
     EXPECT_EQ(DateFormatter::localPattern("yyyyMMdd").stringFromDate(kInstant), "14050824");
     EXPECT_EQ(DateFormatter(DateStyle::None, DateStyle::Short).stringFromDate(kInstant),
               "\u06F8:\u06F4\u06F4");
+}
+
+// The zones of the database with their other names, and other texts that TZ may hold.
+std::vector<std::string> zones() {
+    std::vector<std::string> zones{"right/Europe/Rome",
+                                   ":/usr/share/zoneinfo/Asia/Tokyo",
+                                   "GMT+02:00",
+                                   "CET-1CEST,M3.5.0,M10.5.0/3",
+                                   "no zone"};
+    std::ifstream database("/usr/share/zoneinfo/tzdata.zi");
+    std::string kind;
+    std::string name;
+    for (std::string rest; database >> kind; std::getline(database, rest)) {
+        if (kind == "Z" || kind == "L") {
+            database >> name;
+            if (kind == "L") {
+                database >> name;  // behind the zone that it stands for
+            }
+            zones.push_back(name);
+        }
+    }
+    return zones;
+}
+
+std::string systemTime(double instant) {
+    const auto time = static_cast<std::time_t>(instant);
+    std::tm local{};
+    ::localtime_r(&time, &local);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &local)};
+}
+
+TEST(DateFormatter, LocalTimeIsTheSystemsInEveryZone) {
+    constexpr double kHalfYear = 365.2425 / 2 * 86400;
+    const EnvironmentVariable locale("LC_ALL", "C");
+    const DateFormatter clock = DateFormatter::localPattern("yyyyMMddHHmmss");
+    const std::vector<std::string> names = zones();
+    EXPECT_GT(names.size(), 500) << "the zone database is missing";
+    for (const std::string& name : names) {
+        const Region region("C", name);
+        for (double half = -80; half < 160; ++half) {
+            const double instant = std::floor(half * kHalfYear);
+            ASSERT_EQ(clock.stringFromDate(instant), systemTime(instant)) << name;
+        }
+    }
+}
+
+TEST(DateFormatter, ATimeThatTheClockLeavesOutIsNoneAndOneThatComesTwiceIsTheLater) {
+    const Region region("C", "Europe/Berlin");
+    const DateFormatter clock = DateFormatter::localPattern("yyyyMMdd HH:mm");
+    EXPECT_EQ(clock.dateFromString("20260329 02:30"), std::nullopt);
+    EXPECT_EQ(clock.dateFromString("20261025 01:30"), 1792884600);
+    EXPECT_EQ(clock.dateFromString("20261025 02:30"), 1792891800);
 }
 
 TEST(DateFormatter, TheExchangeFormatIsTheSameForEveryUserAndStrict) {
@@ -123,8 +180,8 @@ TEST(DateFormatter, ThreadsMayShareAFormatter) {
 }
 
 // The day of the instant is one run of instants that the day number is the same for.
-void expectDayOf(double instant, const LocalDays& days, const DateFormatter& number) {
-    const LocalDays::Day day = days.dayOf(instant);
+void expectDayOf(double instant, const DateFormatter& number) {
+    const LocalDay day = localDayOf(instant);
     const std::string text = number.stringFromDate(instant);
     ASSERT_LE(day.start, instant);
     ASSERT_GT(day.end, instant);
@@ -135,7 +192,7 @@ void expectDayOf(double instant, const LocalDays& days, const DateFormatter& num
     ASSERT_NE(number.stringFromDate(day.end), text) << instant;
 }
 
-TEST(LocalDays, ADayIsWhatTheDayNumberSaysInEveryZone) {
+TEST(LocalDay, ADayIsWhatTheDayNumberSaysInEveryZone) {
     const struct {
         const char* zone;
         double instant;  // a change of the clock is near
@@ -154,27 +211,25 @@ TEST(LocalDays, ADayIsWhatTheDayNumberSaysInEveryZone) {
     for (const auto& row : cases) {
         SCOPED_TRACE(row.zone);
         const Region region("en_GB.UTF-8", row.zone);
-        const LocalDays days;
         const DateFormatter number = DateFormatter::localPattern("yyyyMMdd");
         for (double hour = -72; hour <= 72; hour += 0.5) {
-            expectDayOf(row.instant + hour * 3600 + 0.25, days, number);
+            expectDayOf(row.instant + hour * 3600 + 0.25, number);
         }
         for (double instant = -9e9; instant < 9e9; instant += 1.1e7) {
-            expectDayOf(instant, days, number);
+            expectDayOf(instant, number);
         }
     }
 }
 
-TEST(LocalDays, ExtremeInstantsHaveADayThatHoldsThemAsTheyAreHeld) {
-    const Region region("C", "<+0545>-5:45");
-    const LocalDays days;
+TEST(LocalDay, ExtremeInstantsHaveADayThatHoldsThemAsTheyAreHeld) {
+    const Region region("C", "Europe/Berlin");
     for (const double far : {8.64e12, 1e18, kInfinity}) {
-        EXPECT_LE(days.dayOf(far).start, 8.64e12);
-        EXPECT_GT(days.dayOf(far).end, 8.64e12);
-        EXPECT_LE(days.dayOf(-far).start, -8.64e12);
-        EXPECT_GT(days.dayOf(-far).end, -8.64e12);
+        EXPECT_LE(localDayOf(far).start, 8.64e12);
+        EXPECT_GT(localDayOf(far).end, 8.64e12);
+        EXPECT_LE(localDayOf(-far).start, -8.64e12);
+        EXPECT_GT(localDayOf(-far).end, -8.64e12);
     }
-    EXPECT_EQ(days.dayOf(std::nan("")).start, days.dayOf(0).start);
+    EXPECT_EQ(localDayOf(std::nan("")).start, localDayOf(0).start);
 }
 
 }  // namespace
