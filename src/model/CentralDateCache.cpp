@@ -57,13 +57,13 @@ const CentralDateCache::Entry& CentralDateCache::make(double date) {
     const ExtensionDate& dates = ExtensionDate::shared();
     const std::int64_t day = dates.IntDate(date);
     // Times of today differ from instant to instant; an entry for one of them holds for it alone.
-    platform::LocalDay span{date, std::nextafter(date, std::numeric_limits<double>::infinity())};
+    constexpr double kEver = std::numeric_limits<double>::infinity();
+    platform::LocalDay span{date, std::nextafter(date, kEver)};
     if (day != today_) {
-        // Instants beyond the calendar's limits lie outside of the day they are held at.
-        const platform::LocalDay whole = platform::localDayOf(date);
-        if (whole.start <= date && date < whole.end) {
-            span = whole;
-        }
+        span = platform::localDayOf(date);
+        // All instants beyond the calendar's limits are held at one day.
+        span.start = date < span.start ? -kEver : span.start;
+        span.end = date >= span.end ? kEver : span.end;
     }
     RecordText text = block_.store(dates.centralDate(date, day, today_));
     return entries_.insert_or_assign(span.start, Entry{span.start, span.end, std::move(text)})
