@@ -44,11 +44,11 @@ void findQuery(std::string_view text) {
 void parseAndMerge(std::string_view text, unsigned options) {
     constexpr unsigned kLossless = RequestUtils::EveryValueAsArray | RequestUtils::BracketKeys;
     try {
-        const ParameterMap lists = RequestUtils::URLQueryParameters(text, kLossless);
-        require(RequestUtils::URLQueryParameters(
+        const ParameterMap lists = RequestUtils::URLQueryParametersWithOptions(text, kLossless);
+        require(RequestUtils::URLQueryParametersWithOptions(
                     RequestUtils::URLQueryWithParameters(lists, kLossless), kLossless) == lists,
                 "parsing undoes building");
-        const ParameterMap map = RequestUtils::URLQueryParameters(text, options);
+        const ParameterMap map = RequestUtils::URLQueryParametersWithOptions(text, options);
         require(map.entries().size() == lists.entries().size(), "all policies find the same keys");
         const std::string query = RequestUtils::URLQueryWithParameters(map, options);
         require(URL::URLWithString("x?" + query).has_value(), "a built query fits into a URL");

@@ -89,9 +89,14 @@ void appendTo(ParameterMap::Value& value, std::string added) {
     std::get<List>(value).push_back(std::move(added));
 }
 
-void addParsed(ParameterMap& map, std::string key, std::string text, unsigned policy) {
+// Adds a pair whose value still has its escapes.
+void addParsed(ParameterMap& map, std::string key, std::string_view encoded, unsigned policy) {
     const bool bracketed = cutBrackets(key);
     auto [value, isNew] = map.tryEmplace(std::move(key));
+    if (!isNew && policy == DuplicatesKeepFirst) {
+        return;  // a value that is not taken need not decode
+    }
+    std::string text = decodedOrRaise(encoded);
     if (isNew) {
         if (policy == EveryValueAsArray || (policy == DuplicatesAsArray && bracketed)) {
             value = List();
@@ -101,7 +106,7 @@ void addParsed(ParameterMap& map, std::string key, std::string text, unsigned po
         }
     } else if (policy == DuplicatesKeepLast) {
         value = std::move(text);
-    } else if (policy != DuplicatesKeepFirst) {
+    } else {
         appendTo(value, std::move(text));
     }
 }
@@ -200,7 +205,11 @@ std::string URLQueryWithParameters(const ParameterMap& parameters, unsigned opti
     return query.take();
 }
 
-ParameterMap URLQueryParameters(std::string_view receiver, unsigned options) {
+ParameterMap URLQueryParameters(std::string_view receiver) {
+    return URLQueryParametersWithOptions(receiver, 0);
+}
+
+ParameterMap URLQueryParametersWithOptions(std::string_view receiver, unsigned options) {
     const unsigned policy = policyOf(options, DuplicatesKeepLast);
     ParameterMap map;
     std::string_view rest = URLQuery(receiver).value_or("");
@@ -212,7 +221,7 @@ ParameterMap URLQueryParameters(std::string_view receiver, unsigned options) {
             const std::string_view value = pair.substr(equals + 1);
             addParsed(map,
                       decodedOrRaise(pair.substr(0, equals)),
-                      decodedOrRaise(value.substr(0, value.find('='))),
+                      value.substr(0, value.find('=')),
                       policy);
         }
     }
@@ -237,8 +246,8 @@ std::string stringByMergingURLQuery(std::string_view receiver,
     if (URLQuery(receiver).value_or("").empty()) {
         return appending(receiver, added);
     }
-    ParameterMap merged = URLQueryParameters(receiver, options);
-    for (ParameterMap::Entry& entry : URLQueryParameters(query, options).entries()) {
+    ParameterMap merged = URLQueryParametersWithOptions(receiver, options);
+    for (ParameterMap::Entry& entry : URLQueryParametersWithOptions(query, options).entries()) {
         merge(merged, std::move(entry), policyOf(options, DuplicatesKeepLast));
     }
     const Range range = rangeOfURLQuery(receiver);

@@ -55,8 +55,11 @@ std::string URLQueryWithParameters(const ParameterMap& parameters, unsigned opti
 
 // The parameters of the receiver's query; "+" is a space. A "[]" behind a key is cut off, whatever
 // the options; a piece without "=" is dropped. Of "a=b=c" only a = b is read. Raises
-// platform::Exception when a key or a value does not decode (see URLDecodedString).
-ParameterMap URLQueryParameters(std::string_view receiver, unsigned options = 0);
+// platform::Exception when a key or a value does not decode (see URLDecodedString); with
+// DuplicatesKeepFirst the later values of a key are not decoded.
+ParameterMap URLQueryParametersWithOptions(std::string_view receiver, unsigned options);
+// The same without options.
+ParameterMap URLQueryParameters(std::string_view receiver);
 
 // The receiver with a query, which may begin with "?", in front of its fragment, joined by "?" or
 // "&" as the receiver needs it. The fragment of `query` is left out; an empty one changes nothing.
