@@ -175,7 +175,9 @@ std::optional<Error> removeItem(const std::string& path) {
 
 std::optional<std::string> containerPathForGroup(std::string_view group) {
     if (const char* container = std::getenv("QUILLET_CONTAINER")) {
-        return container[0] != '\0' ? std::optional<std::string>(container) : std::nullopt;
+        std::error_code failure;  // of an empty path, or in a working folder that is gone
+        const std::filesystem::path path = std::filesystem::absolute(container, failure);
+        return failure ? std::nullopt : std::optional(path.string());
     }
     std::optional<std::string> data = absoluteVariable("XDG_DATA_HOME");
     if (!data) {

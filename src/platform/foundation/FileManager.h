@@ -49,10 +49,10 @@ std::optional<Error> createFolder(const std::string& path);
 // is gone then.
 std::optional<Error> removeItem(const std::string& path);
 
-// Where the shared container of an application group lies: QUILLET_CONTAINER when set (empty: no
-// container), else $XDG_DATA_HOME/group-containers/<group>, with ~/.local/share where
-// XDG_DATA_HOME is unset, empty or relative. None where neither is known. The folder need not
-// exist.
+// Where the shared container of an application group lies, as an absolute path: QUILLET_CONTAINER
+// when set (empty: no container; relative: seen from the working folder), else
+// $XDG_DATA_HOME/group-containers/<group>, with ~/.local/share where XDG_DATA_HOME is unset, empty
+// or relative. None where neither is known. The folder need not exist.
 std::optional<std::string> containerPathForGroup(std::string_view group);
 
 // A folder for the user's temporary files: "quillet-<uid>" below $TMPDIR, or below /tmp where

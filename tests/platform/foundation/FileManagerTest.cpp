@@ -185,6 +185,7 @@ TEST(FileManager, TheContainerLiesWhereTheEnvironmentTells) {
         std::optional<std::string> container, data, home, expected;
     } cases[] = {
         {"given", "/c", "/d", "/h", "/c"},
+        {"given as relative", "c/d", "/d", "/h", std::filesystem::current_path() / "c/d"},
         {"given as none", "", "/d", "/h", std::nullopt},
         {"data folder", std::nullopt, "/d/", "/h", "/d/group-containers/G"},
         {"relative data folder", std::nullopt, "d", "/h", "/h/.local/share/group-containers/G"},
