@@ -1,11 +1,13 @@
 #include "handoff/MessageUrl.h"
 
 #include <any>
+#include <cerrno>
 #include <string>
 #include <utility>
 
 #include "handoff/AttachmentPath.h"
 #include "model/ExtensionAddress.h"
+#include "platform/foundation/Error.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/TextFormat.h"
 #include "platform/foundation/Utf8.h"
@@ -43,7 +45,8 @@ void addAttachments(ParameterMap& map, const ExtensionMessage::Attachments& atta
         const std::string key = std::string(kAttachmentKey) + std::to_string(number++);
         Text path = attachmentPath(attachment);
         if (path && platform::firstInvalidUtf8(*path)) {
-            platform::Log::write("queryUrl %@ is not UTF-8: %@", {key, platform::validUtf8(*path)});
+            const auto error = platform::posixError(EILSEQ, platform::validUtf8(*path));
+            platform::Log::write("queryUrl %@", {error.description()});
         } else if (path) {
             map.tryEmplace(key).first = *std::move(path);
         }

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -12,6 +13,8 @@ namespace quillet::test {
 namespace {
 
 using platform::URL;
+using testing::ElementsAre;
+using testing::StartsWith;
 using Text = ExtensionMessage::Text;
 using Message = std::shared_ptr<ExtensionMessage>;
 
@@ -107,8 +110,7 @@ TEST(MessageUrl, AttachmentsThatCannotTravelLeaveAGap) {
     const std::string url = urlOf(message);
     EXPECT_EQ(url, "quillet://compose?attachment_0=%2Fa%20b&attachment_1=%2Fc%20d&attachment_5=");
     EXPECT_EQ(paths(read(url)), (std::vector<std::string>{"/a b", "/c d", ""}));
-    EXPECT_EQ(log.lines(),
-              std::vector<std::string>{"queryUrl attachment_4 is not UTF-8: /\xEF\xBF\xBD"});
+    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("queryUrl /\xEF\xBF\xBD: ")));
 }
 
 TEST(MessageUrl, QueriesOfOtherWritersAreRead) {
