@@ -187,6 +187,20 @@ std::optional<Error> FileCoordinator::coordinateWriting(const std::optional<std:
     return coordinate(path, Access::Exclusive, accessor);
 }
 
+std::optional<Error> FileCoordinator::coordinateWritingIfFree(const std::string& path,
+                                                              const Accessor& accessor) const {
+    const Result<std::string> lockFile = lockFileOf(dataFolder_, path);
+    if (!lockFile) {
+        return lockFile.error();
+    }
+    const Result<Lock> lock = acquire(lockFile.value(), LOCK_EX | LOCK_NB);
+    if (!lock) {
+        return lock.error();
+    }
+    accessor(path);
+    return std::nullopt;
+}
+
 std::optional<Error> FileCoordinator::coordinate(const std::optional<std::string>& path,
                                                  Access access,
                                                  const Accessor& accessor) const {

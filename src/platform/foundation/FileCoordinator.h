@@ -43,6 +43,9 @@ public:
                                            const Accessor& accessor) const;
     std::optional<Error> coordinateWriting(const std::optional<std::string>& path,
                                            const Accessor& accessor) const;
+    // The same for writing, without waiting: an error (EWOULDBLOCK) where somebody holds the item.
+    std::optional<Error> coordinateWritingIfFree(const std::string& path,
+                                                 const Accessor& accessor) const;
 
 private:
     enum class Access { Shared, Exclusive };

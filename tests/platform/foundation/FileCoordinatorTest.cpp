@@ -73,6 +73,9 @@ TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) 
         SCOPED_TRACE(row.name);
         const CoordinatingProcess holder(data_, at(row.held), row.holder);
         ASSERT_TRUE(waitFor([&] { return holder.isInside(); }));
+        const auto busy =
+            FileCoordinator(data_).coordinateWritingIfFree(at(row.item), [](const auto&) {});
+        EXPECT_EQ(busy.has_value(), row.waits || row.held == row.item);
         const CoordinatingProcess other(data_, at(row.item), row.access);
         ASSERT_TRUE(waitFor([&] { return other.isInside() || other.isWaiting(); }));
         EXPECT_EQ(!other.isInside(), row.waits);
