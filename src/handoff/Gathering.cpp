@@ -104,7 +104,7 @@ private:
         } else if (url->isFileURL()) {
             message_->appendAttachments(ExtensionUtilities::ShareFiles(service_, {url->path()}));
         } else {
-            message_->setSubject(title ? std::optional(title->string) : std::nullopt);
+            message_->setSubject(title ? std::optional(title->plainString()) : std::nullopt);
             message_->appendHtmlBody(platform::formatText(
                 "<a href=\"%@\">%@</a>", {url->absoluteString(), url->absoluteString()}));
         }

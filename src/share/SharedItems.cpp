@@ -88,6 +88,14 @@ bool beginsWithTag(std::string_view text) {
            Qt::mightBeRichText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
 }
 
+StyledText styledText(std::string text, TextKind kind) {
+    if (kind == TextKind::Plain) {
+        return {std::move(text), {}};
+    }
+    return kind == TextKind::Html || beginsWithTag(text) ? StyledText{{}, std::move(text)}
+                                                         : StyledText::withLinks(std::move(text));
+}
+
 }  // namespace
 
 Result<ExtensionItem> itemOfWord(const std::string& word) {
@@ -125,10 +133,7 @@ Result<ExtensionItem> itemOfBytes(const std::string& bytes,
     if (text.ends_with('\n')) {
         text.pop_back();
     }
-    const bool isHtml =
-        kind == TextKind::Html || (kind == TextKind::ByContent && beginsWithTag(text));
-    return ExtensionItem{
-        {}, isHtml ? StyledText{{}, std::move(text)} : StyledText{std::move(text), {}}, {}};
+    return ExtensionItem{{}, styledText(std::move(text), kind), {}};
 }
 
 }  // namespace quillet

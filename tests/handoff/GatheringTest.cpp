@@ -104,7 +104,7 @@ TEST_F(GatheringTest, TextsLinksFilesAndPicturesBecomeOneDraft) {
     const auto draft =
         gather({{StyledText{"no link", {}}, StyledText{"a\nb", {}}, {}},
                 {std::nullopt, StyledText{}, {ready(URL::fileURLWithPath(file))}},
-                {StyledText{"Title", {}},
+                {StyledText{"", "<b>Tit</b>le"},
                  StyledText{"", "<b>c</b>"},
                  {ready(kLink), ready(picture("bmp")), image({1, 1, {1, 2, 3, 255}})}}});
     EXPECT_THAT(pauses, ElementsAre(0.10000000149011612));

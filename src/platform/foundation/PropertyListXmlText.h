@@ -9,7 +9,8 @@
 #include "platform/foundation/Number.h"
 #include "platform/foundation/PropertyList.h"
 
-// The small languages inside the elements of an XML property list. Internal to its reader.
+// The small languages inside the elements of an XML property list, for its reader; HTML has the
+// same references.
 namespace quillet::platform {
 
 // A character or entity reference ("&amp;", "&#x41;").
