@@ -3,6 +3,7 @@
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 #include <memory>
+#include <utility>
 
 #include "platform/desktop/SessionBus.h"
 
@@ -17,7 +18,7 @@ template <typename Object>
 using Reference = std::unique_ptr<Object, Unref>;
 
 // The installed entry without its offer to be started by the bus, which GIO would take without
-// looking whether the bus can. Null where there is none, or its program is missing.
+// looking whether the bus can. Null where there is none, its program is missing, or takes no URLs.
 Reference<GDesktopAppInfo> entryOf(const std::string& identifier) {
     // An entry's name is one file's name; GIO would follow a path.
     if (identifier.empty() ||
@@ -39,7 +40,9 @@ Reference<GDesktopAppInfo> entryOf(const std::string& identifier) {
     }
     g_key_file_remove_key(
         file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_DBUS_ACTIVATABLE, nullptr);
-    return Reference<GDesktopAppInfo>(g_desktop_app_info_new_from_keyfile(file.get()));
+    Reference<GDesktopAppInfo> entry(g_desktop_app_info_new_from_keyfile(file.get()));
+    return entry && g_app_info_supports_uris(G_APP_INFO(entry.get())) != FALSE ? std::move(entry)
+                                                                               : nullptr;
 }
 
 Reference<GAppLaunchContext> contextOf(const std::optional<std::string>& token) {
@@ -68,11 +71,15 @@ Reference<GDBusConnection> harmlessBus() {
 
 }  // namespace
 
+bool hasDesktopEntry(std::string_view identifier) {
+    return entryOf(std::string(identifier)) != nullptr;
+}
+
 bool openWithDesktopEntry(std::string_view identifier,
                           std::span<const URL> urls,
                           const std::optional<std::string>& token) {
     const auto entry = entryOf(std::string(identifier));
-    if (!entry || g_app_info_supports_uris(G_APP_INFO(entry.get())) == FALSE) {
+    if (!entry) {
         return false;
     }
     GList* list = nullptr;

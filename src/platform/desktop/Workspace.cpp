@@ -163,17 +163,23 @@ public:
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
-    // False where the bus is missing or knows no such application.
-    bool openOverBus(Request request) {
-        const QString connection = connectionName();
-        if (connection.isEmpty() || !isBusName(request.identifier.toStdString())) {
-            return false;
+    // The connection that leads to an application; "" where the bus is missing or knows none such.
+    QString connectionTo(const QString& identifier) {
+        QString connection = connectionName();
+        if (connection.isEmpty() || !isBusName(identifier.toStdString())) {
+            return {};
         }
-        const bool isReachable = mayBeReached(QDBusConnection(connection), request.identifier);
+        const bool isReachable = mayBeReached(QDBusConnection(connection), identifier);
         if (connectionName() != connection) {
-            return openOverBus(std::move(request));  // an end shows when the bus is spoken to
+            return connectionTo(identifier);  // an end shows when the bus is spoken to
         }
-        if (!isReachable) {
+        return isReachable ? connection : QString();
+    }
+
+    // False where there is no connection to the application.
+    bool openOverBus(Request request) {
+        const QString connection = connectionTo(request.identifier);
+        if (connection.isEmpty()) {
             return false;
         }
         pending_.push_back(send(std::move(request), connection));
@@ -262,6 +268,12 @@ Workspace& Workspace::sharedWorkspace() {
 Workspace::Workspace(SessionBus& bus) : state_(std::make_unique<State>(bus)) {}
 
 Workspace::~Workspace() = default;
+
+bool Workspace::knowsApplication(std::string_view identifier) {
+    const QString name =
+        QString::fromUtf8(identifier.data(), static_cast<qsizetype>(identifier.size()));
+    return !state_->connectionTo(name).isEmpty() || hasDesktopEntry(identifier);
+}
 
 bool Workspace::openURLs(std::span<const URL> urls,
                          std::string_view identifier,

@@ -41,6 +41,9 @@ public:
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
 
+    // Whether the session bus knows the application `identifier`, or it has a desktop entry.
+    bool knowsApplication(std::string_view identifier);
+
     // Asks the application `identifier` to open `urls`, starting it where it does not run. True
     // once the request is on its way; false at once where no such application is known, and for no
     // URLs. Never waits for the application itself.

@@ -127,9 +127,11 @@ TEST_F(WorkspaceTest, WhatNoApplicationIsCalledIsFalseAndTheBusIsKept) {
                                           std::string("../outside"),
                                           std::string("it.tarno.\xff"),
                                           std::string("it.tarno.absent")}) {
+        EXPECT_FALSE(workspace_.knowsApplication(identifier)) << identifier;
         EXPECT_FALSE(open(identifier)) << identifier;
     }
     EXPECT_FALSE(workspace_.openURLs({}, kName, kForeground));
+    EXPECT_TRUE(workspace_.knowsApplication(kName));
     EXPECT_TRUE(open(kName));
     EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
 }
@@ -138,6 +140,7 @@ TEST_F(WorkspaceTest, DesktopEntriesAreRunWhereTheirProgramIsThere) {
     const EnvironmentVariable stale("DESKTOP_STARTUP_ID", "stale");
     for (const auto& [identifier, keys, isOpened] : kEntries) {
         SCOPED_TRACE(identifier);
+        EXPECT_EQ(workspace_.knowsApplication(identifier), isOpened);
         ASSERT_EQ(open(identifier, kBackground), isOpened);
         ASSERT_TRUE(!isOpened || takeRecord() == kBackgroundRecord);
         ASSERT_EQ(open(identifier, kForeground), isOpened);
