@@ -1,8 +1,5 @@
-#include <algorithm>
-#include <cerrno>
-#include <iterator>
-
 #include "handoff/ExtensionUtilities.h"
+#include "handoff/StagingFolder.h"
 #include "model/ExtensionUtilities.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/FileCoordinator.h"
@@ -17,32 +14,19 @@ namespace FileManager = platform::FileManager;
 namespace Path = platform::Path;
 using platform::Error;
 using platform::Log;
-using platform::posixError;
 using platform::Result;
 
 namespace {
-
-// Whether a word names a folder of its own in the data folder. To empty what the host keeps there
-// would lose mail.
-bool namesStagingFolder(std::string_view service) {
-    constexpr std::string_view kNot[] = {"", ".", "..", "Today", "Accounts.plist", "Contacts"};
-    return std::find(std::begin(kNot), std::end(kNot), service) == std::end(kNot) &&
-           service.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
-}
 
 // Runs `work` with the path of the staging folder under the writer's lock on it. On an error it has
 // not run.
 std::optional<Error> coordinate(std::string_view service,
                                 const platform::FileCoordinator::Accessor& work) {
-    if (!namesStagingFolder(service)) {
-        return posixError(EINVAL, "\"" + std::string(service) + "\" as a staging folder");
+    const Result<std::string> folder = stagingFolder(service);
+    if (!folder) {
+        return folder.error();
     }
-    const std::optional<std::string> dataFolder = GroupDataPath();
-    if (!dataFolder) {
-        return posixError(ENOENT, "the shared container");
-    }
-    return platform::FileCoordinator(dataFolder)
-        .coordinateWriting(Path::appendingPathComponent(*dataFolder, service), work);
+    return platform::FileCoordinator(GroupDataPath()).coordinateWriting(folder.value(), work);
 }
 
 // The log lines of one kind of staging.

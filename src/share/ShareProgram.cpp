@@ -1,7 +1,9 @@
 #include "share/ShareProgram.h"
 
 #include <QEventLoop>
+#include <any>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -9,21 +11,22 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <unistd.h>
+#include <vector>
 
+#include "share/ShareStaging.h"
 #include "share/SharedItems.h"
 #include "share/StagingProgress.h"
-#include "share/StagingWord.h"
 
+#include "handoff/AttachmentPath.h"
 #include "handoff/ExtensionUtilities.h"
 #include "handoff/MessageUrl.h"
-#include "model/ExtensionUtilities.h"
+#include "model/ExtensionAddress.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
 #include "platform/foundation/Bundle.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Path.h"
 #include "platform/foundation/Uninterrupted.h"
 #include "widget/ExtensionUtilities.h"
 
@@ -152,42 +155,17 @@ Load loadOf(const ExtensionContext& context) {
     return load;
 }
 
-// Where the files are staged.
-struct Staging {
-    std::string service;  // "" where nothing is
-    bool isOwn = false;   // the folder was made for this share
-
-    std::string folder() const {
-        return platform::Path::appendingPathComponent(
-            ExtensionUtilities::GroupDataPath().value_or(std::string()), service);
+ShareStaging beginStaging(const ShareCommandLine& line, const Load& load) {
+    if (line.service) {
+        return ShareStaging::inFolderOf(*line.service);
     }
-};
-
-Staging beginStaging(const ShareCommandLine& line, const Load& load) {
-    Staging staging{line.service.value_or(std::string()), !line.service && load.files > 0};
-    if (staging.isOwn) {
-        staging.service = newStagingWord(std::chrono::system_clock::now());
-    }
-    if (line.service || staging.isOwn) {
-        ExtensionUtilities::ShareInit(staging.service);
-    }
-    return staging;
-}
-
-// Removes what is staged so far, in a folder that nobody else knows of yet. A copy may go on under
-// the folder's lock, which is not waited for, and add a file meanwhile.
-void removeStaged(const Staging& staging) {
-    constexpr int kMostTries = 10;
-    const std::string folder = staging.isOwn ? staging.folder() : std::string();
-    for (int tries = 0; tries < kMostTries && platform::FileManager::folderExists(folder);
-         ++tries) {
-        (void)platform::FileManager::removeItem(folder);
-    }
+    return load.files > 0 ? ShareStaging::inOwnFolder(std::chrono::system_clock::now())
+                          : ShareStaging();
 }
 
 // The draft of what is shared. A signal that asks the program to end meanwhile ends it.
 std::shared_ptr<ExtensionMessage> gather(const ExtensionContext& context,
-                                         const Staging& staging,
+                                         const ShareStaging& staging,
                                          std::uintmax_t bytes) {
     std::shared_ptr<ExtensionMessage> draft;
     QEventLoop loop;
@@ -195,7 +173,7 @@ std::shared_ptr<ExtensionMessage> gather(const ExtensionContext& context,
     stopSignals->connect([&loop] { loop.quit(); });
     ExtensionUtilities::GetItemForExtension(
         context,
-        staging.service,
+        staging.service(),
         [&](const std::shared_ptr<ExtensionMessage>& message, int /*error*/) {
             platform::mainQueue().async([&draft, &loop, message] {
                 draft = message;
@@ -208,7 +186,7 @@ std::shared_ptr<ExtensionMessage> gather(const ExtensionContext& context,
     }
     stopSignals.reset();
     if (const int signal = platform::StopSignals::received(); signal != 0) {
-        removeStaged(staging);
+        staging.abandon();
         std::raise(signal);
     }
     return draft;
@@ -235,15 +213,47 @@ int print(const URL& url) {
     return 0;
 }
 
+std::string_view host() {
+    return ExtensionUtilities::targetBundleIdentifier(platform::Bundle::main().identifier());
+}
+
+int noHost() {
+    return failure("there is no mail application " + std::string(host()));
+}
+
 int open(const URL& url) {
     if (!ExtensionUtilities::LaunchCommands({&url, 1}, false)) {
-        const auto own = platform::Bundle::main().identifier();
-        return failure("there is no mail application " +
-                       std::string(ExtensionUtilities::targetBundleIdentifier(own)));
+        return noHost();
     }
     return platform::Workspace::sharedWorkspace().flush()
                ? 0
                : failure("the mail application did not take the draft");
+}
+
+std::vector<std::string> attachmentPaths(const ExtensionMessage& draft) {
+    std::vector<std::string> paths;
+    for (const std::any& attachment :
+         draft.attachments().value_or(ExtensionMessage::Attachments())) {
+        paths.push_back(attachmentPath(attachment).value_or(std::string()));
+    }
+    return paths;
+}
+
+// Opens or prints the draft. The number of attachments that went with it, which a path that is not
+// UTF-8 keeps back; none where the draft did not go.
+std::optional<std::size_t> handOver(const ExtensionMessage& draft, const ShareCommandLine& line) {
+    const auto url = queryUrl(draft, line.command);
+    if (!url) {
+        failure("the draft makes no URL");
+        return std::nullopt;
+    }
+    const std::size_t attachments = ExtensionMessageWithUrl(*url)->attachments()->size();
+    if (attachments == 0 && draft.htmlBody()->empty()) {
+        failure("nothing could be shared");
+        return std::nullopt;
+    }
+    const int status = line.print ? print(*url) : open(*url);
+    return status == 0 ? std::optional(attachments) : std::nullopt;
 }
 
 }  // namespace
@@ -253,23 +263,23 @@ int runShare(const ShareCommandLine& line) {
     if (input.context.inputItems.empty()) {
         return kFailure;
     }
+    if (!line.print && !platform::Workspace::sharedWorkspace().knowsApplication(host())) {
+        return noHost();
+    }
     for (ExtensionItem& item : input.context.inputItems) {
         item.attributedTitle =
             line.title ? std::optional(StyledText{*line.title, {}}) : std::nullopt;
     }
     const Load load = loadOf(input.context);
-    const auto draft = gather(input.context, beginStaging(line, load), load.bytes);
+    const ShareStaging staging = beginStaging(line, load);
+    const auto draft = gather(input.context, staging, load.bytes);
     address(*draft, line);
-    const std::size_t staged = draft->attachments()->size();
-    if (staged == 0 && draft->htmlBody()->empty()) {
-        return failure("nothing could be shared");
+    const auto attachments = handOver(*draft, line);
+    const bool isComplete = input.isComplete && attachments == load.files;
+    if (!isComplete && attachments.value_or(0) == 0) {
+        staging.discard(attachmentPaths(*draft));
     }
-    const auto url = queryUrl(*draft, line.command);
-    if (!url) {
-        return failure("the draft makes no URL");
-    }
-    const int status = line.print ? print(*url) : open(*url);
-    return status == 0 && input.isComplete && staged == load.files ? 0 : kFailure;
+    return isComplete ? 0 : kFailure;
 }
 
 }  // namespace quillet

@@ -1,10 +1,15 @@
-#include "share/StagingWord.h"
+#include "share/ShareStaging.h"
 
 #include <charconv>
+#include <cstdint>
 #include <optional>
 #include <string_view>
+#include <sys/xattr.h>
 #include <unistd.h>
+#include <utility>
 
+#include "handoff/ExtensionUtilities.h"
+#include "handoff/StagingFolder.h"
 #include "model/ExtensionUtilities.h"
 #include "platform/foundation/FileCoordinator.h"
 #include "platform/foundation/FileManager.h"
@@ -13,29 +18,46 @@
 namespace quillet {
 
 namespace FileManager = platform::FileManager;
-namespace Path = platform::Path;
+using platform::FileCoordinator;
 
 namespace {
 
 using Seconds = std::chrono::seconds;
 
-// "Share-SECONDS-PROCESS", the seconds since 1970 at which the share began.
 constexpr std::string_view kPrefix = "Share-";
 constexpr Seconds kAge = std::chrono::hours(24);
+// An attribute of the folders that are made here, since anybody may choose a word of their form.
+// Where the file system has no attributes, folders stay.
+constexpr const char* kMark = "user.quillet.share";
 
-std::optional<Seconds> beginOf(std::string_view name) {
-    if (!name.starts_with(kPrefix)) {
-        return std::nullopt;
-    }
-    name.remove_prefix(kPrefix.size());
-    Seconds::rep seconds = 0;
-    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), seconds);
-    if (error != std::errc() || end == name.data() + name.size() || *end != '-') {
-        return std::nullopt;
-    }
-    return Seconds(seconds);
+// "Share-SECONDS-PROCESS", the seconds since 1970 at which the share began.
+std::string ownWord(std::uint64_t seconds, std::uint64_t process) {
+    return std::string(kPrefix) + std::to_string(seconds) + "-" + std::to_string(process);
 }
 
+// When the share of an own word began; none for other words.
+std::optional<Seconds> beginOf(const std::string& word) {
+    const std::size_t start = kPrefix.size();
+    const std::size_t hyphen = word.find('-', start);
+    if (hyphen == std::string::npos) {
+        return std::nullopt;
+    }
+    std::uint64_t seconds = 0;
+    std::uint64_t process = 0;
+    std::from_chars(word.data() + start, word.data() + hyphen, seconds);
+    std::from_chars(word.data() + hyphen + 1, word.data() + word.size(), process);
+    return word == ownWord(seconds, process)
+               ? std::optional(Seconds(static_cast<Seconds::rep>(seconds)))
+               : std::nullopt;
+}
+
+void removeIfMarked(const std::string& folder) {
+    if (::lgetxattr(folder.c_str(), kMark, nullptr, 0) >= 0) {
+        (void)FileManager::removeItem(folder);
+    }
+}
+
+// What cannot be removed now is tried again at the next share.
 void removeOldFolders(const std::string& dataFolder, Seconds now) {
     const auto names = FileManager::contentsOfFolder(dataFolder);
     if (!names) {
@@ -43,27 +65,59 @@ void removeOldFolders(const std::string& dataFolder, Seconds now) {
     }
     for (const std::string& name : names.value()) {
         if (const auto begin = beginOf(name); begin && *begin < now - kAge) {
-            // One that cannot be removed now is tried again at the next share.
-            (void)platform::FileCoordinator(dataFolder)
-                .coordinateWriting(
-                    Path::appendingPathComponent(dataFolder, name),
-                    [](const std::string& folder) { (void)FileManager::removeItem(folder); });
+            (void)FileCoordinator(dataFolder)
+                .coordinateWritingIfFree(platform::Path::appendingPathComponent(dataFolder, name),
+                                         removeIfMarked);
         }
     }
 }
 
 }  // namespace
 
-std::string newStagingWord(std::chrono::system_clock::time_point now) {
+ShareStaging::ShareStaging(std::string service) : service_(std::move(service)) {
+    if (const auto folder = stagingFolder(service_)) {
+        folder_ = folder.value();
+        // Made now, so that emptying it finds it; where that fails, emptying it says so.
+        (void)FileManager::createFolder(folder_);
+    }
+    ExtensionUtilities::ShareInit(service_);
+}
+
+ShareStaging ShareStaging::inFolderOf(std::string service) {
+    return ShareStaging(std::move(service));
+}
+
+ShareStaging ShareStaging::inOwnFolder(std::chrono::system_clock::time_point now) {
     const auto seconds = std::chrono::duration_cast<Seconds>(now.time_since_epoch());
-    std::string word =
-        std::string(kPrefix) + std::to_string(seconds.count()) + "-" + std::to_string(::getpid());
     if (const auto dataFolder = ExtensionUtilities::GroupDataPath()) {
         removeOldFolders(*dataFolder, seconds);
-        // Made now, so that emptying it finds it; where that fails, emptying it says so.
-        (void)FileManager::createFolder(Path::appendingPathComponent(*dataFolder, word));
     }
-    return word;
+    ShareStaging staging(ownWord(static_cast<std::uint64_t>(seconds.count()),
+                                 static_cast<std::uint64_t>(::getpid())));
+    staging.isOwn_ = true;
+    (void)::lsetxattr(staging.folder_.c_str(), kMark, "1", 1, 0);
+    return staging;
+}
+
+void ShareStaging::discard(const std::vector<std::string>& copies) const {
+    if (folder_.empty()) {
+        return;
+    }
+    (void)FileCoordinator(ExtensionUtilities::GroupDataPath())
+        .coordinateWriting(folder_, [&copies](const std::string& folder) {
+            for (const std::string& copy : copies) {
+                (void)FileManager::removeItem(copy);
+            }
+            ::rmdir(folder.c_str());  // unless something is in it
+        });
+}
+
+void ShareStaging::abandon() const {
+    constexpr int kMostTries = 10;
+    for (int tries = 0; isOwn_ && tries < kMostTries && FileManager::folderExists(folder_);
+         ++tries) {
+        (void)FileManager::removeItem(folder_);
+    }
 }
 
 }  // namespace quillet

@@ -16,8 +16,8 @@ namespace quillet {
 platform::Result<platform::ExtensionItem> itemOfWord(const std::string& word);
 
 // A text, HTML or a picture by its content. Each link in a text becomes an anchor, except where the
-// kind is Plain. Text is UTF-8, or UTF-16 with a byte-order mark, else taken as Latin-1. `source` is
-// what errors call the place where the bytes come from.
+// kind is Plain. Text is UTF-8, or UTF-16 with a byte-order mark, else taken as Latin-1. `source`
+// is what errors call the place where the bytes come from.
 platform::Result<platform::ExtensionItem> itemOfBytes(const std::string& bytes,
                                                       TextKind kind,
                                                       const std::string& source);

@@ -47,6 +47,10 @@ protected:
         return value != nullptr ? std::get<std::string>(*value) : "none";
     }
 
+    std::vector<std::string> folders(const std::string& place = "SharedData") const {
+        return platform::FileManager::contentsOfFolder(container.path(place)).value();
+    }
+
     // No desktop entry of the user's own is started.
     EnvironmentVariable dataFolder{"XDG_DATA_HOME", files.path()};
     EnvironmentVariable dataFolders{"XDG_DATA_DIRS", files.path()};
@@ -85,9 +89,11 @@ TEST_F(QuilletShareTest, UrlIsPrintedAndTheFolderAskedForIsUsed) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.output, StartsWith("quillet://send?attachment_0="));
     EXPECT_THAT(stagedNames(), ElementsAre("a.txt"));
+    EXPECT_EQ(share({"--print", "--service=new", file}).errors, "");
 }
 
 TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
+    container.makeFolder("SharedData");
     const std::string file = files.writeFile("a.txt", "text");
     const struct {
         std::vector<std::string> arguments;
@@ -95,18 +101,35 @@ TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
         const char* error;
         bool isShared;
     } cases[] = {
-        {{"--print", "/no/such", file}, "", "\"/no/such\" is neither", true},
-        {{"--print", "--service=Today", file}, "", "Error shareFiles", false},
-        {{"--print", "-"}, "", "standard input is empty", false},
+        {{"--print", "/no/such", file}, "", "quillet-share: \"/no/such\" is neither", true},
+        {{"--print", "--service=Today", file}, "", "shareInit \"Today\"", false},
+        {{"--print", "-"}, "", "quillet-share: standard input is empty", false},
         {{"--print", "-"}, std::string("\x89PNG\r\n\x1A\n\0", 9), "GetItemForExtension", false},
-        {{file}, "", "there is no mail application it.tarno.quillet", false},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.error);
+        const auto before = folders();
         const Outcome outcome = share(row.arguments, row.input);
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.errors, HasSubstr(row.error));
         EXPECT_EQ(outcome.output.empty(), !row.isShared);
+        EXPECT_EQ(folders().size(), before.size() + (row.isShared ? 1 : 0));
+    }
+    // Before anything is staged.
+    EXPECT_EQ(share({"--service=Today", file}).errors,
+              "quillet-share: there is no mail application it.tarno.quillet\n");
+}
+
+TEST_F(QuilletShareTest, AnAttachmentWhoseFolderNoUrlCanNameIsAFailure) {
+    const std::string file = files.writeFile("a.txt", "text");
+    const std::string folder = container.makeFolder("\xFF");
+    const EnvironmentVariable notUtf8("QUILLET_CONTAINER", folder);
+    for (const bool withText : {false, true}) {
+        const Outcome outcome = share({"--print", file, withText ? "-" : file}, "text");
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.errors, StartsWith("queryUrl /"));
+        EXPECT_EQ(outcome.output, withText ? "quillet://compose?htmlBody=text%3Cbr%2F%3E\n" : "");
+        EXPECT_THAT(folders("\xFF/SharedData"), IsEmpty());
     }
 }
 

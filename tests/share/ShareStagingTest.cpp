@@ -1,21 +1,69 @@
+#include <filesystem>
 #include <gmock/gmock.h>
 
-#include "share/StagingWord.h"
+#include "share/ShareStaging.h"
 
 #include "tests/handoff/ContainerFixture.h"
+#include "tests/support/CoordinatingProcess.h"
+#include "tests/support/WaitUntil.h"
 
 namespace quillet::test {
+namespace {
 
-using StagingWordTest = ContainerFixture;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
 
-TEST_F(StagingWordTest, FoldersOfSharesGoAfterADayAndNothingElseGoes) {
-    constexpr std::chrono::seconds kNow{1'000'000};
-    for (const char* name : {"Share-913599-22", "Share-913601-1", "Share-x-1", "Today"}) {
-        container.writeFile(std::string("SharedData/") + name + "/file", "");
+constexpr std::chrono::system_clock::time_point kNow{std::chrono::seconds(1'000'000)};
+
+class ShareStagingTest : public ContainerFixture {
+protected:
+    // A folder of the program's own making, by a name of the test's choice.
+    void makeOwn(const std::string& name) const {
+        std::filesystem::rename(ShareStaging::inOwnFolder({}).folder(), data + "/" + name);
     }
-    const std::string word = newStagingWord(std::chrono::system_clock::time_point(kNow));
-    EXPECT_THAT(platform::FileManager::contentsOfFolder(container.path("SharedData")).value(),
-                testing::UnorderedElementsAre("Share-913601-1", "Share-x-1", "Today", word));
+    std::vector<std::string> names() const {
+        return platform::FileManager::contentsOfFolder(data).value();
+    }
+
+    std::string data = container.path("SharedData");
+};
+
+}  // namespace
+
+TEST_F(ShareStagingTest, OnlyOwnFoldersGoAfterADayAndOneThatIsReadIsNotWaitedFor) {
+    for (const char* name : {"Share-913599-22", "Share-913599-23", "Share-913601-1"}) {
+        makeOwn(name);
+    }
+    for (const char* name : {"Share-1-", "Share-1-2x", "Share-1-02", "Share--1-2", "Share-x-1"}) {
+        makeOwn(name);
+    }
+    ShareStaging::inFolderOf("Share-913599-24");
+    const CoordinatingProcess host(data, data + "/Share-913599-23", Access::Read);
+    ASSERT_TRUE(waitUntil([&] { return host.isInside(); }));
+    const ShareStaging staging = ShareStaging::inOwnFolder(kNow);
+    EXPECT_THAT(names(),
+                UnorderedElementsAre("Share-913599-23",
+                                     "Share-913599-24",
+                                     "Share-913601-1",
+                                     "Share-1-",
+                                     "Share-1-2x",
+                                     "Share-1-02",
+                                     "Share--1-2",
+                                     "Share-x-1",
+                                     staging.service()));
+    EXPECT_THAT(log.lines(), ElementsAre());
+}
+
+TEST_F(ShareStagingTest, AFolderThatOthersUseIsLeftToThem) {
+    const ShareStaging staging = ShareStaging::inFolderOf("share");
+    const std::string copy = container.writeFile("SharedData/share/copy", "");
+    container.writeFile("SharedData/share/other", "");
+    staging.abandon();
+    staging.discard({copy});
+    EXPECT_THAT(stagedNames(), ElementsAre("other"));
+    container.makeFolder("SharedData/Today");
+    ShareStaging::inFolderOf("Today").discard({});
+    EXPECT_THAT(names(), UnorderedElementsAre("share", "Today"));
 }
 
 }  // namespace quillet::test
