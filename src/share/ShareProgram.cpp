@@ -225,7 +225,8 @@ int open(const URL& url) {
     if (!ExtensionUtilities::LaunchCommands({&url, 1}, false)) {
         return noHost();
     }
-    return platform::Workspace::sharedWorkspace().flush()
+    auto& workspace = platform::Workspace::sharedWorkspace();
+    return workspace.flush() && !workspace.hasLostRequests()
                ? 0
                : failure("the mail application did not take the draft");
 }

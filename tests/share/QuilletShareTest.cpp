@@ -5,6 +5,7 @@
 
 #include "model/ExtensionMessage.h"
 #include "tests/handoff/ContainerFixture.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/RecordingApplication.h"
 #include "tests/support/WaitUntil.h"
 #include "util/RequestUtils.h"
@@ -118,6 +119,19 @@ TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
     // Before anything is staged.
     EXPECT_EQ(share({"--service=Today", file}).errors,
               "quillet-share: there is no mail application it.tarno.quillet\n");
+}
+
+TEST_F(QuilletShareTest, WhatTheHostDoesNotTakeIsRemoved) {
+    PrivateBus daemon;
+    daemon.addService("it.tarno.quillet", "/bin/false");
+    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", daemon.address());
+    ASSERT_TRUE(daemon.start());
+    for (const char* option : {"--html", "--service=share"}) {
+        const Outcome outcome = share({option, files.writeFile("a.txt", "text")});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.errors, HasSubstr("did not take the draft"));
+        EXPECT_THAT(folders(), IsEmpty());
+    }
 }
 
 TEST_F(QuilletShareTest, AnAttachmentWhoseFolderNoUrlCanNameIsAFailure) {

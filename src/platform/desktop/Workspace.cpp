@@ -202,6 +202,8 @@ public:
         }
     }
 
+    bool hasLost() const noexcept { return hasLost_; }
+
     ActivationTokens tokens;
 
 private:
@@ -250,14 +252,16 @@ private:
     }
 
     // Where nobody has taken an answered request.
-    static void openElsewhere(const Pending& pending) {
+    void openElsewhere(const Pending& pending) {
         if (isUntaken(pending.answer->reply()) && !openWithDesktopEntry(pending.request)) {
             logLoss(pending.request);
+            hasLost_ = true;
         }
     }
 
     SessionBus& bus_;
     std::list<Pending> pending_;
+    bool hasLost_ = false;
 };
 
 Workspace& Workspace::sharedWorkspace() {
@@ -288,6 +292,10 @@ bool Workspace::openURLs(std::span<const URL> urls,
         isBackground,
         isBackground ? std::nullopt : state_->tokens.next()};
     return state_->openOverBus(request) || openWithDesktopEntry(request);
+}
+
+bool Workspace::hasLostRequests() const noexcept {
+    return state_->hasLost();
 }
 
 bool Workspace::flush(std::chrono::milliseconds limit) {

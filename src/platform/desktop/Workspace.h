@@ -55,6 +55,9 @@ public:
     // application to start.
     bool flush(std::chrono::milliseconds limit = std::chrono::minutes(2));
 
+    // Whether a request that was on its way found no application that took it, which is logged.
+    bool hasLostRequests() const noexcept;
+
 private:
     struct State;
     std::unique_ptr<State> state_;
