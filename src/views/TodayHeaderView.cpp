@@ -33,6 +33,8 @@ TodayHeaderView::TodayHeaderView(const std::shared_ptr<TodayViewController>& con
     for (std::size_t segment = 0; segment < kLabels.size(); ++segment) {
         control_->setLabel(platform::Bundle::main().localizedString(kLabels.at(segment)), segment);
     }
+    control_->setAccessibleName(
+        QString::fromStdString(platform::Bundle::main().localizedString("Folder")));
     control_->setDark(controller->legacyDarkBackground());
     control_->setAction([this] { selectedSegment(control_); });
     control_->setSelectedSegment(segmentOfPreference(defaults_.integerForKey(kPreference)));

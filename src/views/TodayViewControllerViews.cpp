@@ -35,7 +35,7 @@ void TodayViewController::loadView() {
     header->setDelegate(shared_from_this());
     auto* table = new TodayTableView(root.get());
     table->setRowHeight(Metrics::kRowHeight);
-    table->setDelegate(this);
+    table->setDelegate(weak_from_this());
 
     auto* layout = new platform::ConstraintLayout(root.get());
     layout->setSizeConstraint(QLayout::SetFixedSize);  // as high as its rows ask for

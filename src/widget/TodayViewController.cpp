@@ -266,6 +266,7 @@ std::size_t TodayViewController::numberOfRowsInTableView(platform::Table& /*tabl
 }
 
 void TodayViewController::tableViewSelectionDidChange() {
+    slideOutRemovedRows();  // so that the table's rows are those of the list
     const std::ptrdiff_t row = myTableView_->selectedRow();
     const ExtensionMessageList shown = dataToShow();
     if (row >= 0 && static_cast<std::size_t>(row) < countOf(shown)) {

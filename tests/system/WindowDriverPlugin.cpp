@@ -1,7 +1,9 @@
 // An eye and a mouse for an unchanged program that runs without a display; the toolkit loads it as
 // an input device. Each line of standard input is one command, answered by one line of JSON:
 //   state                 tells the rows that the window shows and the height of their table
-//   click ROW [BUTTON]    clicks on the button of that name in the row, or on the row, then tells
+//   click ROW [BUTTON]    clicks on the button of that name in the row, or on the row, as soon as
+//   the
+//                         row stands still, then tells
 //   press ROW [BUTTON]    the same without the release
 //   release               releases where the last press was
 // The program ends with its standard input.
@@ -65,10 +67,19 @@ private:
         return {};
     }
 
+    static bool standsStill(const QAccessibleInterface& list, int row) {
+        bool still = false;
+        QMetaObject::invokeMethod(
+            list.object(), "standsStill", Q_RETURN_ARG(bool, still), Q_ARG(qsizetype, row));
+        return still;
+    }
+
     // Finds the place and clicks in one go, since rows move.
     QJsonObject answerIn(QWindow& window, QAccessibleInterface& list, const QStringList& words) {
         if (words.size() > 1) {
-            auto* target = firstIn(list.child(words[1].toInt()), [&words](auto& view) {
+            const int row = words[1].toInt();
+            const bool isThere = QTest::qWaitFor([&] { return standsStill(list, row); }, kLimit);
+            auto* target = firstIn(isThere ? list.child(row) : nullptr, [&words](auto& view) {
                 return words.size() == 2 || view.text(QAccessible::Name) == words[2];
             });
             if (target == nullptr) {
@@ -88,6 +99,8 @@ private:
         }
         return {{"rows", rows}, {"height", list.rect().height()}};
     }
+
+    static constexpr int kLimit = 10'000;  // milliseconds
 
     QPoint place_;  // of the last press, in the window
 };

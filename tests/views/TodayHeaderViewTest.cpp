@@ -10,6 +10,7 @@ namespace {
 TEST(TodayHeaderView, StoredSegmentBeyondTheThreeShowsInbox) {
     WidgetWindow widget;
     EXPECT_EQ(widget.header().control()->selectedSegment(), 0U) << "nothing stored";
+    EXPECT_EQ(widget.header().control()->accessibleName(), QStringLiteral("Folder"));
     for (const auto& [stored, shown] :
          {std::pair<std::int64_t, std::size_t>{1, 0}, {2, 1}, {3, 2}, {4, 0}, {-1, 0}}) {
         SCOPED_TRACE(stored);
@@ -37,15 +38,15 @@ TEST(TodayHeaderView, ChoiceIsStoredBeforeTheDelegateIsTold) {
         TodayViewController::make({queue, widget.backgroundQueue, widget.defaults});
     widget.header().setDelegate(delegate);
     const platform::SegmentedControl& control = *widget.header().control();
-    for (const std::size_t segment : {2U, 1U, 0U}) {
+    for (const std::size_t segment : {0U, 0U, 2U, 1U, 0U}) {  // at first "Inbox" is not stored
         widget.click(control, control.segmentRect(segment).center());
     }
-    EXPECT_EQ(queue.seen, (std::vector<std::int64_t>{3, 2, 1}));
+    EXPECT_EQ(queue.seen, (std::vector<std::int64_t>{1, 1, 3, 2, 1}));
 
     widget.header().setDelegate(nullptr);
     widget.click(control, control.segmentRect(1).center());
     EXPECT_EQ(widget.defaults.integerForKey("segmented"), 2) << "not stored without a delegate";
-    EXPECT_EQ(queue.seen.size(), 3U);
+    EXPECT_EQ(queue.seen.size(), 5U);
 }
 
 }  // namespace

@@ -31,12 +31,22 @@ TEST(TodayViewControllerViews, ADismissedControllersViewIsHidden) {
     EXPECT_FALSE(widget.controller->view()->isHidden());
 }
 
-TEST(TodayViewControllerViews, ViewsDoNotKeepTheirControllerAlive) {
+TEST(TodayViewControllerViews, ViewsNeitherKeepTheirControllerAliveNorMissIt) {
     WidgetWindow widget;
     widget.show({makeMessage("Ada", "Engine", "09:41")});
     const std::weak_ptr<TodayViewController> weak = widget.controller;
+    TodayTableView& table = widget.table();
+    const TodayTableViewCell& cell = widget.cell(0);
+    const platform::SegmentedControl& control = *widget.header().control();
     widget.controller.reset();
     EXPECT_TRUE(weak.expired());
+    widget.click(control, control.segmentRect(1).center());
+    widget.click(*cell.replyButton());
+    widget.click(table, {100, 20});
+    EXPECT_EQ(table.selectedRow(), 0);
+    widget.window.grab();
+    table.reloadData();
+    EXPECT_EQ(table.numberOfRows(), 0U);
 }
 
 }  // namespace

@@ -43,6 +43,7 @@ struct WidgetWindow {
         window.resize(320, 700);
         controller->setDarkAppearance(dark);
         controller->view()->setParent(&window);
+        table().setClock([this] { return now; });
         window.show();
         QCoreApplication::processEvents();
     }
@@ -53,6 +54,7 @@ struct WidgetWindow {
         controller->setDataToShow(std::make_shared<const Messages>(std::move(messages)));
         table().reloadData();
         controller->viewHeightContraint()->setConstant(rows * table().rowHeight());
+        now += std::chrono::seconds(1);  // presses act on rows that have been seen for a while
         QCoreApplication::processEvents();
     }
 
@@ -76,6 +78,7 @@ struct WidgetWindow {
         return static_cast<TodayTableViewCell&>(*table().cellAtRow(row));
     }
 
+    std::chrono::steady_clock::time_point now;  // the table's clock
     platform::VolatileUserDefaults defaults;
     HeldQueue mainQueue;
     HeldQueue backgroundQueue;

@@ -1,6 +1,7 @@
 #include "platform/ui/Accessibility.h"
 
 #include <QAccessibleWidget>
+#include <utility>
 
 #include "platform/ui/ImageButton.h"
 #include "platform/ui/SegmentedControl.h"
@@ -12,6 +13,10 @@
 namespace quillet::platform {
 
 namespace {
+
+// Belongs to the main thread.
+std::function<void(QWidget*, QAccessible::Event)>
+    observe;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
 class TextFieldAccessible final : public QAccessibleWidget {
 public:
@@ -40,6 +45,14 @@ public:
             }
         }
         return QAccessibleWidget::parent();
+    }
+
+    // The tooltip, which stands in for a description, often says no more than the name.
+    QString text(QAccessible::Text kind) const override {
+        const QString text = QAccessibleWidget::text(kind);
+        const bool repeats =
+            kind == QAccessible::Description && text == this->text(QAccessible::Name);
+        return repeats ? QString() : text;
     }
 
     QAccessible::State state() const override {
@@ -93,6 +106,18 @@ void installAccessibility() {
         return true;
     }();
     static_cast<void>(kInstalled);
+}
+
+void tellScreenReaders(QWidget* view, QAccessible::Event what) {
+    if (observe) {
+        observe(view, what);
+    }
+    QAccessibleEvent event(view, what);
+    QAccessible::updateAccessibility(&event);
+}
+
+void setScreenReaderObserver(std::function<void(QWidget*, QAccessible::Event)> observer) {
+    observe = std::move(observer);
 }
 
 }  // namespace quillet::platform

@@ -104,7 +104,7 @@ void SegmentedControl::setAction(std::function<void()> action) {
 }
 
 void SegmentedControl::clickSegment(std::size_t segment) {
-    if (segment >= segmentCount() || segment == state_->selected) {
+    if (segment >= segmentCount()) {
         return;
     }
     select(segment, isVisible() ? AnimationContext::duration() : 0);
@@ -237,13 +237,17 @@ void SegmentedControl::mouseReleaseEvent(QMouseEvent* event) {
         return;
     }
     const std::size_t pressed = std::exchange(state_->pressed, kNoSegment);
+    const std::size_t released = segmentAt(event->position().toPoint());
     update();
-    if (pressed == segmentAt(event->position().toPoint())) {
-        clickSegment(pressed);
+    // Who drags back to the selected segment settles on it.
+    const bool settles = pressed != kNoSegment && released == state_->selected;
+    if (released == pressed || settles) {
+        clickSegment(released);
     }
 }
 
-// The segment that a key leads to; the present one where the key leads nowhere.
+// The segment that an arrow key leads to, the present one where it leads no further; none for other
+// keys.
 std::size_t SegmentedControl::segmentForKey(int key) const {
     const bool mirrored = layoutDirection() == Qt::RightToLeft;
     const std::size_t last = segmentCount() - 1;
@@ -268,14 +272,18 @@ std::size_t SegmentedControl::segmentForKey(int key) const {
 }
 
 void SegmentedControl::keyPressEvent(QKeyEvent* event) {
-    const std::size_t segment = segmentCount() == 0 ? kNoSegment : segmentForKey(event->key());
-    if (segment == kNoSegment) {
+    const int key = event->key();
+    const bool chooses = key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter;
+    const std::size_t segment = chooses ? state_->selected : segmentForKey(key);
+    if (segmentCount() == 0 || segment == kNoSegment) {
         QWidget::keyPressEvent(event);
         return;
     }
     state_->focusVisible = true;
     update();
-    clickSegment(segment);
+    if (chooses ? !event->isAutoRepeat() : segment != state_->selected) {
+        clickSegment(segment);
+    }
 }
 
 void SegmentedControl::focusInEvent(QFocusEvent* event) {

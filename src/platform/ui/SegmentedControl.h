@@ -9,8 +9,9 @@
 namespace quillet::platform {
 
 // A switch of a few segments of which one is selected. Mouse: press and release on a segment.
-// Keyboard: arrows, Home and End. Screen readers see a group of radio buttons. In a right-to-left
-// layout direction the first segment is at the right. Main thread only.
+// Keyboard: arrows, Home and End, Space and Return for the selected one. Screen readers see a group
+// of radio buttons. In a right-to-left layout direction the first segment is at the right. Main
+// thread only.
 class SegmentedControl : public QWidget {
     Q_OBJECT
 
@@ -27,9 +28,9 @@ public:
     // Does not run the action. A segment beyond the last is ignored.
     void setSelectedSegment(std::size_t segment);
     std::size_t selectedSegment() const;
-    // Run when the user selects another segment.
+    // Run when the user chooses a segment, be it the selected one.
     void setAction(std::function<void()> action);
-    // What a click on the segment does: selects it and runs the action, unless it is selected.
+    // What a click on the segment does: selects it and runs the action.
     void clickSegment(std::size_t segment);
     // The place of a segment in the control's coordinates, in points.
     QRect segmentRect(std::size_t segment) const;

@@ -1,6 +1,5 @@
 #include "platform/ui/SlidingRow.h"
 
-#include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
@@ -31,14 +30,6 @@ void SlidingRow::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setOpacity(std::max(0.0, 1 - kFadeSpeed * progress_));
     painter.drawPixmap(0, 0, picture_);
-}
-
-void SlidingRow::mousePressEvent(QMouseEvent* event) {
-    event->accept();
-}
-
-void SlidingRow::mouseReleaseEvent(QMouseEvent* event) {
-    event->accept();
 }
 
 }  // namespace quillet::platform

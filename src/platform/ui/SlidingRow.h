@@ -5,8 +5,7 @@
 
 namespace quillet::platform {
 
-// The picture of a removed row on its way out: slides to one side and fades. It swallows clicks, so
-// that none meant for the row reaches the row that moves in below. Main thread only.
+// The picture of a removed row on its way out: slides to one side and fades. Main thread only.
 class SlidingRow : public QWidget {
     Q_OBJECT
 
@@ -18,8 +17,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     QPixmap picture_;

@@ -1,8 +1,9 @@
 #include "platform/ui/TableView.h"
 
-#include <QAccessible>
+#include <QAbstractButton>
 #include <QLayout>
 #include <QPixmap>
+#include <QTimer>
 #include <QVariantAnimation>
 #include <algorithm>
 #include <cmath>
@@ -15,6 +16,9 @@
 namespace quillet::platform {
 
 namespace {
+
+// What stands shorter than this, nobody can have aimed at.
+constexpr std::chrono::milliseconds kTimeToSee{200};
 
 // A cell that was shown or hidden in another place has stale geometry until its layouts run.
 void activateLayouts(QWidget* view) {
@@ -55,12 +59,19 @@ TableView::TableView(QWidget* parent) : QWidget(parent), state_(std::make_unique
             placeRows();
         });
     connect(state_->animation, &QVariantAnimation::finished, this, [this] { settleAnimations(); });
+    state_->announcement = new QTimer(this);
+    state_->announcement->setSingleShot(true);
+    connect(state_->announcement, &QTimer::timeout, this, [this] { announceCurrentRow(); });
 }
 
 TableView::~TableView() = default;
 
-void TableView::setDelegate(TableDelegate* delegate) {
-    state_->delegate = delegate;
+void TableView::setDelegate(std::weak_ptr<TableDelegate> delegate) {
+    state_->delegate = std::move(delegate);
+}
+
+void TableView::setClock(Clock clock) {
+    state_->clock = std::move(clock);
 }
 
 void TableView::setRowHeight(double points) {
@@ -121,8 +132,7 @@ void TableView::setSelectedRow(std::ptrdiff_t row) {
     }
     TableRowView* selected = rowViewAtRow(static_cast<std::size_t>(state_->selected));
     if (selected != nullptr && state_->selected != before) {
-        QAccessibleEvent event(selected, QAccessible::Selection);
-        QAccessible::updateAccessibility(&event);
+        tellScreenReaders(selected, QAccessible::Selection);
     }
 }
 
@@ -131,14 +141,39 @@ void TableView::clickRow(std::size_t row) {
         return;
     }
     setSelectedRow(static_cast<std::ptrdiff_t>(row));
-    if (state_->delegate != nullptr) {
-        state_->delegate->tableViewSelectionDidChange();
+    if (const auto delegate = state_->delegate.lock()) {
+        delegate->tableViewSelectionDidChange();
+    }
+}
+
+bool TableView::standsStill(qsizetype row) const {
+    if (!state_->hasRow(row)) {
+        return false;
+    }
+    const auto index = static_cast<std::size_t>(row);
+    const bool moves = isAnimating() && index >= state_->movingFrom;
+    return !moves && state_->clock() - state_->rows[index].changed >= kTimeToSee;
+}
+
+// The rows from this one on show something else at their places: what was pressed there is no more.
+void TableView::noteChangesFrom(std::size_t row) {
+    const State::Time now = state_->clock();
+    for (std::size_t i = row; i < state_->rows.size(); ++i) {
+        state_->rows[i].changed = now;
+    }
+    const auto first = static_cast<std::ptrdiff_t>(row);
+    if (state_->pressed >= first) {
+        state_->pressed = kNoRow;
+    }
+    if (QAbstractButton* held = heldButton(); held != nullptr && rowOfView(held) >= first) {
+        held->setDown(false);
     }
 }
 
 void TableView::reloadData() {
     settleAnimations();
     reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row); });
+    noteChangesFrom(0);  // nobody said which rows show what they did
 }
 
 // Whether each row shows afterwards what it shows now; others may come behind them.
@@ -158,9 +193,12 @@ void TableView::reloadData(const RowMap& newRowOf) {
     const auto moved = [&](std::ptrdiff_t row) {
         return state_->hasRow(row) ? newRowOf(static_cast<std::size_t>(row)) : kNoRow;
     };
+    const auto stays = [&](std::ptrdiff_t row) { return moved(row) == row ? row : kNoRow; };
     // The keyboard focus is brought home while the cells change and then put back.
     const std::ptrdiff_t focusedRow = moved(rowOfView(focusedControl()));
     const std::ptrdiff_t control = controlNumber(focusedControl());
+    const std::ptrdiff_t heldRow = stays(rowOfView(heldButton()));
+    const std::ptrdiff_t held = controlNumber(heldButton());
     if (control != kNoRow) {
         setFocus(Qt::OtherFocusReason);
     }
@@ -168,33 +206,53 @@ void TableView::reloadData(const RowMap& newRowOf) {
     const std::ptrdiff_t current = moved(state_->current);
     state_->current = current == kNoRow && keyboardIsHere ? state_->current : current;
     state_->selected = moved(state_->selected);
+    state_->pressed = stays(state_->pressed);
+    replaceRows(newRowOf);
+    rowsChanged();
+    orderControls();
+    focusControl(focusedRow, control, Qt::OtherFocusReason);
+    if (auto* button = qobject_cast<QAbstractButton*>(controlOfRow(heldRow, held))) {
+        button->setDown(true);
+    }
+}
+
+// Asks the delegate for all rows anew. A row that shows what it did is none that just came.
+void TableView::replaceRows(const RowMap& newRowOf) {
+    const std::vector<State::Row> before = state_->rows;
     while (!state_->rows.empty()) {
         retireRow(state_->rows.size() - 1);
     }
-    const std::size_t count =
-        state_->delegate != nullptr ? state_->delegate->numberOfRowsInTableView(*this) : 0;
-    for (std::size_t row = 0; row < count; ++row) {
-        appendRow(row);
+    if (const auto delegate = state_->delegate.lock()) {
+        const std::size_t count = delegate->numberOfRowsInTableView(*this);
+        for (std::size_t row = 0; row < count; ++row) {
+            appendRow(*delegate);
+        }
+    }
+    for (std::size_t row = 0; row < std::min(before.size(), state_->rows.size()); ++row) {
+        if (newRowOf(row) == static_cast<std::ptrdiff_t>(row)) {
+            state_->rows[row].changed = before[row].changed;
+        }
     }
     if (isAnimating()) {
         state_->slidingRow->raise();
     }
-    rowsChanged();
-    orderControls();
-    focusControl(focusedRow, control, Qt::OtherFocusReason);
 }
 
-void TableView::appendRow(std::size_t row) {
+void TableView::appendRow(TableDelegate& delegate) {
+    const std::size_t row = state_->rows.size();
     State::Row added;
-    added.view = state_->delegate->tableView_rowViewForRow(*this, row);
+    added.changed = state_->clock();
+    added.view = delegate.tableView_rowViewForRow(*this, row);
     if (added.view == nullptr) {
         added.view = new TableRowView;
     }
     added.view->setParent(this);
-    added.cell = state_->delegate->tableView_viewForTableColumn_row(*this, row);
+    added.cell = delegate.tableView_viewForTableColumn_row(*this, row);
     if (added.cell != nullptr) {
         added.cell->setParent(added.view);
     }
+    // Before the row counts, since the toolkit takes the number of rows for the new one's place.
+    tellScreenReaders(added.view, QAccessible::ObjectCreated);
     state_->rows.push_back(added);
     placeRows();
     if (added.cell != nullptr) {
@@ -211,6 +269,7 @@ void TableView::appendRow(std::size_t row) {
 // of its own events just now.
 void TableView::retireRow(std::size_t row) {
     const State::Row retired = state_->rows[row];
+    tellScreenReaders(retired.view, QAccessible::ObjectDestroyed);
     state_->rows.erase(state_->rows.begin() + static_cast<std::ptrdiff_t>(row));
     if (retired.cell != nullptr) {
         retired.cell->hide();
@@ -223,7 +282,6 @@ void TableView::retireRow(std::size_t row) {
 
 // Brings what depends on the number of rows up to date.
 void TableView::rowsChanged() {
-    state_->pressed = kNoRow;
     state_->current = std::min(state_->current, state_->lastRow());
     setSelectedRow(state_->selected);
     setFocusPolicy(state_->rows.empty() ? Qt::NoFocus : Qt::StrongFocus);
@@ -231,6 +289,7 @@ void TableView::rowsChanged() {
     placeRows();
     updateGeometry();
     scrollToKeyboard();
+    state_->announcement->start();
 }
 
 void TableView::removeRow(std::size_t row, RowAnimation animation) {
@@ -254,6 +313,7 @@ void TableView::removeRow(std::size_t row, RowAnimation animation) {
     if (state_->current > removed) {
         --state_->current;
     }
+    noteChangesFrom(row);
     if (slides) {
         startRemoval(row, picture, animation);
     }
@@ -277,6 +337,9 @@ void TableView::settleAnimations() {
         return;
     }
     state_->animation->stop();
+    if (state_->progress < 1) {
+        noteChangesFrom(state_->movingFrom);  // they jump the rest of the way
+    }
     state_->progress = 1;
     state_->slidingRow->hide();
     state_->slidingRow->deleteLater();
@@ -309,6 +372,11 @@ void TableView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     placeRows();
     scrollToKeyboard();
+}
+
+void TableView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    noteChangesFrom(0);
 }
 
 QSize TableView::sizeHint() const {

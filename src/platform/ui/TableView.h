@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -9,11 +10,14 @@
 #include "platform/ui/Table.h"
 #include "platform/ui/TableRowView.h"
 
+class QAbstractButton;
+
 namespace quillet::platform {
 
 // One column of rows of equal height, as high as its rows, without scrolling, header, grid or
 // background. Where it is given less height, rows are cut off, not squeezed.
-// Mouse: a press and release on one row selects it; controls of the cell keep their own clicks.
+// Mouse: a press and release on one row selects it; controls of the cell keep their own clicks. A
+// press on a row that does not stand still does nothing, on its controls neither.
 // Keyboard: one Tab stop, arrows, Home and End move between rows, Return or Space selects; Tab
 // then goes through the controls of the row's cell in visual order. A scroll area that holds the
 // table keeps the row with the keyboard in sight. Screen readers see a list with an item a row.
@@ -25,8 +29,10 @@ public:
     explicit TableView(QWidget* parent = nullptr);
     ~TableView() override;
 
-    void setDelegate(TableDelegate* delegate);  // not owned; null for none
+    void setDelegate(std::weak_ptr<TableDelegate> delegate);  // one that has ended counts as none
     void setRowHeight(double points);
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+    void setClock(Clock clock);  // the system's steady clock unless set
 
     // A cell of this identifier that no row uses, or null.
     TableCellView* reusableCell(std::string_view identifier);
@@ -37,6 +43,9 @@ public:
     std::ptrdiff_t currentRow() const;
     // What a click on the row does: selects it and tells the delegate, unless it is selected.
     void clickRow(std::size_t row);
+    // Whether the user has had the time to see what the row shows: it is not moving, and nothing
+    // else came to its place within the last 200 ms. False beyond the last row.
+    Q_INVOKABLE bool standsStill(qsizetype row) const;
     // The controls of a row that Tab reaches, in visual order.
     std::vector<QWidget*> controlsOfRow(std::size_t row) const;
 
@@ -61,6 +70,7 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -72,17 +82,22 @@ private:
     struct State;
 
     bool keepsItsRows(const RowMap& newRowOf) const;
-    void appendRow(std::size_t row);
+    void replaceRows(const RowMap& newRowOf);
+    void appendRow(TableDelegate& delegate);
     void retireRow(std::size_t row);
     void placeRows();
     void startRemoval(std::size_t row, const QPixmap& picture, RowAnimation animation);
     std::ptrdiff_t rowAt(QPoint point) const;
     void rowsChanged();
+    void noteChangesFrom(std::size_t row);
     void orderControls();
 
     std::ptrdiff_t rowForKey(int key) const;
     void setCurrentRow(std::ptrdiff_t row);
+    void announceCurrentRow();
     QWidget* focusedControl() const;
+    QAbstractButton* heldButton() const;
+    QWidget* controlOfRow(std::ptrdiff_t row, std::ptrdiff_t control) const;
     std::ptrdiff_t controlNumber(const QWidget* control) const;
     void updateKeyboardMark();
     void noteReason(Qt::FocusReason reason);

@@ -1,13 +1,16 @@
 // The mouse and the keyboard in a table.
 
-#include <QAccessible>
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollArea>
+#include <QTimer>
 #include <algorithm>
+#include <utility>
 
+#include "platform/ui/Accessibility.h"
 #include "platform/ui/TableViewState.h"
 
 namespace quillet::platform {
@@ -26,7 +29,8 @@ void TableView::mousePressEvent(QMouseEvent* event) {
         event->ignore();
         return;
     }
-    state_->pressed = rowAt(event->position().toPoint());
+    const std::ptrdiff_t row = rowAt(event->position().toPoint());
+    state_->pressed = standsStill(row) ? row : kNoRow;
     state_->keyboardUsed = false;
     updateKeyboardMark();
 }
@@ -53,9 +57,15 @@ void TableView::setCurrentRow(std::ptrdiff_t row) {
     state_->current = row;
     updateKeyboardMark();
     scrollToKeyboard();
-    if (TableRowView* view = rowViewAtRow(static_cast<std::size_t>(row)); view && hasFocus()) {
-        QAccessibleEvent event(view, QAccessible::Focus);
-        QAccessible::updateAccessibility(&event);
+    state_->announcement->start();
+}
+
+// Tells screen readers which row has the keyboard, where that is news.
+void TableView::announceCurrentRow() {
+    TableRowView* view = rowViewAtRow(static_cast<std::size_t>(state_->current));
+    if (view != nullptr && hasFocus() && view != state_->announced) {
+        state_->announced = view;
+        tellScreenReaders(view, QAccessible::Focus);
     }
 }
 
@@ -124,7 +134,10 @@ void TableView::keyPressEvent(QKeyEvent* event) {
     }
     state_->keyboardUsed = true;
     if (selects) {
-        clickRow(static_cast<std::size_t>(row));
+        // A key that is held down has pressed a button before it comes upon the row here.
+        if (!event->isAutoRepeat()) {
+            clickRow(static_cast<std::size_t>(row));
+        }
         return;
     }
     // From a control of a cell, the arrows lead to the same control of another row.
@@ -136,6 +149,7 @@ void TableView::keyPressEvent(QKeyEvent* event) {
 void TableView::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
     noteReason(event->reason());
+    state_->announced.clear();
     if (state_->current == kNoRow) {
         state_->current = state_->selected != kNoRow
                               ? state_->selected
@@ -179,6 +193,16 @@ QWidget* TableView::focusedControl() const {
     return rowOfView(focused) != kNoRow ? focused : nullptr;
 }
 
+// The button of a row that is held down, else null.
+QAbstractButton* TableView::heldButton() const {
+    for (QAbstractButton* button : findChildren<QAbstractButton*>()) {
+        if (button->isDown() && rowOfView(button) != kNoRow) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
 // The number of a control in the visual order of its row; kNoRow for none.
 std::ptrdiff_t TableView::controlNumber(const QWidget* control) const {
     const std::ptrdiff_t row = rowOfView(control);
@@ -189,17 +213,23 @@ std::ptrdiff_t TableView::controlNumber(const QWidget* control) const {
     return std::find(controls.begin(), controls.end(), control) - controls.begin();
 }
 
-// Focuses a control of a row (by its number in visual order); false where there is none.
-bool TableView::focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason) {
+// A control of a row by its number in visual order; null where there is none.
+QWidget* TableView::controlOfRow(std::ptrdiff_t row, std::ptrdiff_t control) const {
     if (!state_->hasRow(row)) {
-        return false;
+        return nullptr;
     }
     const std::vector<QWidget*> controls = controlsOfRow(static_cast<std::size_t>(row));
-    if (control < 0 || static_cast<std::size_t>(control) >= controls.size()) {
-        return false;
+    const bool inside = control >= 0 && static_cast<std::size_t>(control) < controls.size();
+    return inside ? controls[static_cast<std::size_t>(control)] : nullptr;
+}
+
+// Focuses a control of a row; false where there is none.
+bool TableView::focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason) {
+    QWidget* view = controlOfRow(row, control);
+    if (view != nullptr) {
+        view->setFocus(reason);
     }
-    controls[static_cast<std::size_t>(control)]->setFocus(reason);
-    return true;
+    return view != nullptr;
 }
 
 // Tab goes from the table through the controls of the current row and then out; the other rows'
@@ -253,9 +283,15 @@ void TableView::orderControls() {
     }
 }
 
-// Watches the controls of the cells: a control that gets the focus makes its row the current one,
-// but Shift+Tab from behind the table, which comes upon the last row, is led to the current row.
+// Watches the controls of the cells. A press on one does nothing where its row does not stand
+// still. A control that gets the focus makes its row the current one, but Shift+Tab from behind the
+// table, which comes upon the last row, is led to the current row.
 bool TableView::eventFilter(QObject* watched, QEvent* event) {
+    const bool isPress =
+        event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    if (isPress && !standsStill(rowOfView(static_cast<QWidget*>(watched)))) {
+        return true;
+    }
     if (event->type() == QEvent::FocusIn) {
         auto* control = static_cast<QWidget*>(watched);
         const std::ptrdiff_t row = rowOfView(control);

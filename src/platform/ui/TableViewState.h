@@ -1,19 +1,25 @@
 #pragma once
 
 #include <QPointer>
+#include <chrono>
+#include <memory>
 #include <vector>
 
 #include "platform/ui/SlidingRow.h"
 #include "platform/ui/TableView.h"
 
+class QTimer;
 class QVariantAnimation;
 
 namespace quillet::platform {
 
 struct TableView::State {
+    using Time = std::chrono::steady_clock::time_point;
+
     struct Row {
         TableRowView* view = nullptr;   // a child of the table
         TableCellView* cell = nullptr;  // a child of the row view; may be null
+        Time changed;                   // when it last came to its place without moving there
     };
 
     bool hasRow(std::ptrdiff_t row) const {
@@ -21,7 +27,8 @@ struct TableView::State {
     }
     std::ptrdiff_t lastRow() const { return static_cast<std::ptrdiff_t>(rows.size()) - 1; }
 
-    TableDelegate* delegate = nullptr;
+    std::weak_ptr<TableDelegate> delegate;
+    Clock clock = &std::chrono::steady_clock::now;
     double rowHeight = 20;  // points
     std::vector<Row> rows;
     std::vector<TableCellView*> pool;  // hidden children of the table; the last is taken first
@@ -30,6 +37,11 @@ struct TableView::State {
     std::ptrdiff_t current = kNoRow;  // where the keyboard stands
     std::ptrdiff_t pressed = kNoRow;  // where the mouse button went down
     bool keyboardUsed = false;        // the user moves by keyboard and should see where
+
+    // Runs out on the next turn of the event loop: a table that gets the focus is announced by the
+    // toolkit when the table itself is done with it, and a screen reader stays with the last word.
+    QTimer* announcement = nullptr;    // a child of the table
+    QPointer<TableRowView> announced;  // the row that was announced last
 
     // A removal under way: the rows from `movingFrom` on move up by what is left of a row's height.
     QVariantAnimation* animation = nullptr;  // a child of the table

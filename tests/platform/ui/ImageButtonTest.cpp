@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -65,6 +66,18 @@ TEST(ImageButton, ShowsThatItIsPressedOrFocusedAndNothingOfHovering) {
     QTest::keyClick(&button, Qt::Key_Space);
     QTest::keyClick(&button, Qt::Key_Return);
     EXPECT_EQ(runs, 3);
+}
+
+TEST(ImageButton, DescriptionDoesNotRepeatTheName) {
+    ImageButton button;
+    button.setAccessibleName(QStringLiteral("Reply"));
+    for (const char* tip : {"Reply", "To the sender"}) {
+        button.setToolTip(QLatin1String(tip));
+        const QString description =
+            QAccessible::queryAccessibleInterface(&button)->text(QAccessible::Description);
+        EXPECT_EQ(description,
+                  QLatin1String(button.accessibleName() == button.toolTip() ? "" : tip));
+    }
 }
 
 }  // namespace

@@ -52,7 +52,8 @@ public:
         behind->setParent(&window);
         behind->setGeometry(0, 620, 320, 20);
         table->setRowHeight(60);
-        table->setDelegate(this);
+        table->setDelegate(self_);
+        table->setClock([this] { return now; });
         window.resize(320, 640);
         window.show();
         window.activateWindow();
@@ -60,6 +61,7 @@ public:
             events.emplace_back("the window is not active");
         }
         table->reloadData();
+        pass(200);
     }
     RecordingTable(const RecordingTable&) = delete;
     RecordingTable& operator=(const RecordingTable&) = delete;
@@ -100,6 +102,14 @@ public:
         animation()->pause();
     }
 
+    // Lets time pass for the table and for what moves in it.
+    void pass(int milliseconds) {
+        now += std::chrono::milliseconds(milliseconds);
+        if (table->isAnimating()) {
+            animation()->setCurrentTime(milliseconds);
+        }
+    }
+
     QVariantAnimation* animation() const { return table->findChild<QVariantAnimation*>(); }
     NamedCell* cell(std::size_t row) const {
         return static_cast<NamedCell*>(table->cellAtRow(row));
@@ -127,6 +137,7 @@ public:
     }
     std::vector<std::string> takeEvents() { return std::exchange(events, {}); }
 
+    std::chrono::steady_clock::time_point now;  // the table's clock
     std::vector<std::string> rows;
     std::vector<std::string> events;
     int cellsMade = 0;
@@ -137,6 +148,8 @@ public:
 
 private:
     static QPoint inWindow(QPoint place) { return place + QPoint(0, 20); }
+
+    std::shared_ptr<TableDelegate> self_{this, [](auto*) {}};  // the table holds it weakly
 };
 
 }  // namespace quillet::test

@@ -1,7 +1,10 @@
+#include <QAccessible>
 #include <QApplication>
 #include <QScrollArea>
 #include <gmock/gmock.h>
+#include <map>
 
+#include "platform/ui/Accessibility.h"
 #include "tests/platform/ui/RecordingTable.h"
 
 namespace quillet::test {
@@ -82,6 +85,11 @@ TEST_F(TableViewKeyboard, ReturnAndSpaceSelectTheCurrentRowOrPressTheButton) {
     }
     EXPECT_THAT(data_.takeEvents(),
                 ElementsAre("selected 0", "selected 1", "first of b", "first of b"));
+    places(Qt::Key_Tab, 1);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);  // removes the row
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, {}, true);
+    QCoreApplication::sendEvent(QApplication::focusWidget(), &repeated);
+    EXPECT_THAT(data_.takeEvents(), ElementsAre("second of b")) << "the key is still down";
 }
 
 TEST_F(TableViewKeyboard, TheMarkIsShownToThoseWhoUseTheKeyboard) {
@@ -127,6 +135,38 @@ TEST_F(TableViewKeyboard, TheFocusFollowsItsRowThroughAReloadAndNoOtherRowsButto
     data_.before->setFocus();
     reload({"new", "c"}, 1);
     EXPECT_EQ(place(), "before");
+}
+
+TEST_F(TableViewKeyboard, AScreenReaderIsToldOfRowsThatComeAndGoAndLastOfTheRowWithTheFocus) {
+    std::vector<std::string> told;
+    platform::setScreenReaderObserver([&](QWidget* view, QAccessible::Event what) {
+        const std::map<QAccessible::Event, std::string> words{
+            {QAccessible::Focus, "focus "},
+            {QAccessible::ObjectCreated, "come "},
+            {QAccessible::ObjectDestroyed, "gone "}};
+        const QAccessibleInterface* row = QAccessible::queryAccessibleInterface(view);
+        told.push_back(words.at(what) + row->text(QAccessible::Name).toStdString());
+    });
+    const auto takeTold = [&] {
+        QCoreApplication::processEvents();
+        return std::exchange(told, {});
+    };
+    data_.before->setFocus();
+    places(Qt::Key_Tab, 1);
+    EXPECT_THAT(told, IsEmpty()) << "the toolkit has yet to announce the table";
+    EXPECT_THAT(takeTold(), ElementsAre("focus a"));
+    places(Qt::Key_Tab, 2);
+    EXPECT_THAT(takeTold(), IsEmpty()) << "the buttons are the toolkit's to announce";
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_THAT(takeTold(), ElementsAre("gone a", "focus b"));
+    data_.removeRow(0);
+    EXPECT_THAT(takeTold(), ElementsAre("gone b", "focus c"));
+    data_.rows = {"new", "c"};
+    data_.table->reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row) + 1; });
+    EXPECT_THAT(takeTold(), ElementsAre("gone c", "come ", "come ", "focus c"));
+    data_.removeRow(0);
+    EXPECT_THAT(takeTold(), ElementsAre("gone new")) << "the focus has not moved";
+    platform::setScreenReaderObserver(nullptr);
 }
 
 TEST_F(TableViewKeyboard, AScrollAreaFollowsTheKeyboard) {

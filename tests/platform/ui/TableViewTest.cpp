@@ -1,6 +1,7 @@
 #include <QAccessible>
 #include <gmock/gmock.h>
 
+#include "platform/ui/AnimationContext.h"
 #include "platform/ui/SlidingRow.h"
 #include "platform/ui/TableView.h"
 #include "tests/platform/ui/RecordingTable.h"
@@ -42,9 +43,12 @@ TEST(TableView, OnlyAWholeClickOnAnotherRowSelects) {
         data.press(place);
         data.table->reloadData();  // the row, or the button's, is another one now
         data.release(place);
+        data.pass(200);
     }
     EXPECT_THAT(data.takeEvents(), IsEmpty());
-    data.click({262, 40});
+    data.press({262, 40});
+    data.table->reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row); });
+    data.release({262, 40});
     data.click({100, 75});  // on the text
     data.click({5, 115});   // beside everything, on the same row
     EXPECT_THAT(data.takeEvents(), ElementsAre("first of a", "selected 1"));
@@ -83,12 +87,63 @@ TEST(TableView, ARemovedRowSlidesOutWhileTheRowsBelowMoveUp) {
     EXPECT_FALSE(leaving->isVisible());
 }
 
-TEST(TableView, ClicksDuringARemovalMeanTheRowsThatStay) {
+TEST(TableView, APressActsOnlyOnARowThatStandsStill) {
+    const struct {
+        const char* name;
+        bool slides;
+        int later;  // milliseconds after the second row was removed by its button
+        QPoint place;
+        const char* sent;  // by the second click; empty for nothing
+    } cases[] = {
+        {"button that moves", true, 180, {290, 100}, ""},
+        {"row that moves", true, 249, {100, 100}, ""},
+        {"row above those that move", true, 60, {100, 40}, "selected 0"},
+        {"button that came to rest", true, 250, {290, 100}, "second of c"},
+        {"row that came to rest", true, 250, {100, 100}, "selected 1"},
+        {"button that jumped", false, 60, {290, 100}, ""},
+        {"row that jumped", false, 199, {100, 100}, ""},
+        {"row above those that jumped", false, 60, {100, 40}, "selected 0"},
+        {"button that jumped long ago", false, 200, {290, 100}, "second of c"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        platform::AnimationContext::setEnabled(row.slides);
+        RecordingTable data({"a", "b", "c", "d"});
+        data.click({290, 100});
+        EXPECT_THAT(data.takeEvents(), ElementsAre("second of b"));
+        data.pass(row.later);
+        data.click(row.place);
+        const auto events = data.takeEvents();
+        EXPECT_EQ(events.empty() ? "" : events.front(), row.sent);
+    }
+    platform::AnimationContext::setEnabled(true);
+    RecordingTable data({"a", "b", "c"});
+    QTest::mouseDClick(data.window.windowHandle(), Qt::LeftButton, {}, {290, 120});
+    EXPECT_THAT(data.takeEvents(), ElementsAre("second of b"));
+}
+
+TEST(TableView, APressWaitsForWhatCameToItsPlaceAndForNothingElse) {
     RecordingTable data({"a", "b", "c", "d"});
-    data.click({290, 100});  // takes out "b", the row the button is in
-    data.click({290, 100});  // on the row that leaves
-    data.click({100, 190});  // on "d", which is still near its old place
-    EXPECT_THAT(data.takeEvents(), ElementsAre("second of b", "selected 2"));
+    const auto click = [&data](std::size_t row) {
+        data.click({262, 40 + 60 * static_cast<int>(row)});
+        return data.takeEvents();
+    };
+    data.rows = {"a", "new", "b"};
+    data.table->reloadData([](std::size_t row) { return row == 0 ? 0 : Table::kNoRow; });
+    data.pass(199);
+    EXPECT_THAT(click(0), ElementsAre("first of a"));
+    EXPECT_THAT(click(1), IsEmpty());
+    data.pass(1);
+    EXPECT_THAT(click(1), ElementsAre("first of new"));
+    data.removeRow(0);
+    data.pass(210);
+    data.removeRow(1);  // the row above has jumped to its end
+    EXPECT_THAT(click(0), IsEmpty());
+    data.pass(200);
+    EXPECT_THAT(click(0), ElementsAre("first of new"));
+    data.window.hide();
+    data.window.show();
+    EXPECT_THAT(click(0), IsEmpty());
 }
 
 TEST(TableView, ARemovalGoesOnThroughAReloadThatKeepsTheRowsInPlace) {
