@@ -104,5 +104,13 @@ TEST_F(ActionTest, TwoMessagesOfOneCommandBothSlideOut) {
     EXPECT_EQ(rows(), 3U);
 }
 
+TEST_F(ActionTest, ARowChosenBeforeTheSlideOpensTheMessageThatItShows) {
+    ExtensionUtilities::LaunchCommandForMessages({messageAt(1)}, "archive", true);
+    const CalledActions actions;
+    controller->myTableView()->setSelectedRow(3);
+    controller->tableViewSelectionDidChange();
+    EXPECT_THAT(actions.names(), ElementsAre("open d"));
+}
+
 }  // namespace
 }  // namespace quillet::test
