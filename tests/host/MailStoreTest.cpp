@@ -21,7 +21,6 @@ protected:
     // A file with all that the widget does not know, around these messages.
     static Value fileOf(Array messages) {
         Dictionary file{{"z", Array{Dictionary{{"nested", Array{true, Dictionary{}, Array{}}}}}},
-                        {"data", "of a repeated key the last one counts"},
                         {"folder", "<INBOX> & 李娜"},
                         {"bytes", Data{std::string("\0\xFF", 2)}},
                         {"when", Date{-86400}},
