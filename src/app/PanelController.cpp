@@ -76,21 +76,29 @@ void PanelController::appear() {
     const bool sameLook = widget_->darkAppearance() == (look() == Look::Dark);
     appearing_ = sameLook ? widget_ : makeWidget();
     platform::AnimationContext::setEnabled(false);
-    appearing_->viewWillAppear();
-    afterTwoTurns([this, expected = appearing_] {
-        if (appearing_ == expected) {  // neither hidden again nor overtaken meanwhile
-            present();
+    // A read may wait for the host and let the event loop go on meanwhile; as a block of the main
+    // queue it never runs inside another one's wait.
+    onMainQueue([this, expected = appearing_] {
+        if (appearing_ != expected) {  // hidden again or overtaken meanwhile
+            return;
         }
+        expected->viewWillAppear();
+        onMainQueue([this, expected] {
+            onMainQueue([this, expected] {
+                if (appearing_ == expected) {
+                    present();
+                }
+            });
+        });
     });
 }
 
-void PanelController::afterTwoTurns(std::function<void()> block) {
-    const auto guarded = [life = std::weak_ptr(life_), block = std::move(block)] {
+void PanelController::onMainQueue(std::function<void()> block) const {
+    platform::mainQueue().async([life = std::weak_ptr(life_), block = std::move(block)] {
         if (life.lock()) {
             block();
         }
-    };
-    platform::mainQueue().async([guarded] { platform::mainQueue().async(guarded); });
+    });
 }
 
 void PanelController::present() {
@@ -120,7 +128,13 @@ void PanelController::toggle() {
     }
 }
 
+// One request that has not begun does for all that come meanwhile.
 void PanelController::requestUpdate() {
+    if (isUpdateRequested_) {
+        return;
+    }
+    isUpdateRequested_ = true;
+    onMainQueue([this] { isUpdateRequested_ = false; });  // runs right before the update
     widget_->widgetPerformUpdateWithCompletionHandler([](NCUpdateResult) {});
 }
 

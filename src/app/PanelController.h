@@ -38,7 +38,8 @@ private:
     void install(std::shared_ptr<TodayViewController> widget);
     void appear();
     void present();
-    void afterTwoTurns(std::function<void()> block);
+    // Runs the block unless the controller has ended by then.
+    void onMainQueue(std::function<void()> block) const;
     void requestUpdate();
     void watchStore();
 
@@ -51,6 +52,7 @@ private:
     std::unique_ptr<platform::FolderWatcher> storeWatcher_;
     std::unique_ptr<platform::FolderWatcher> accountsWatcher_;
     QTimer updateTimer_;
+    bool isUpdateRequested_ = false;
     // Ends with the controller; blocks that wait on a queue hold it weakly.
     std::shared_ptr<const bool> life_ = std::make_shared<const bool>(true);
 };

@@ -1,40 +1,121 @@
 #include "app/PanelProgram.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QSystemTrayIcon>
 #include <QTimer>
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 
 #include "app/PanelController.h"
 #include "app/ProgramIcon.h"
 #include "app/SingleInstance.h"
 #include "app/TrayIcon.h"
+#include "platform/desktop/LockWaitLoop.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
+#include "platform/foundation/LockWait.h"
 
 namespace quillet {
 
 namespace {
 
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
 // A panel that starts with the session may be there before the tray is.
 constexpr std::chrono::seconds kTrayInterval{2};
 constexpr int kTrayAttempts = 30;
-constexpr std::chrono::milliseconds kPatience{500};
-// How long a host may take to start when the program is told to end: the session waits with it.
-constexpr std::chrono::seconds kPatienceWithHost{30};
+// Whoever ends the program sees it gone within a second, whatever it is busy with.
+constexpr milliseconds kLongestEnd{900};
+// How much of that hosts that still start and blocks under way are given.
+constexpr milliseconds kPatience{500};
 
-// Lets hosts that still start have their requests; those that do not get them are logged. After the
-// user has quit nobody sees the wait, so it is as long as a start may take, and a signal ends it.
-void handOverRequests(std::optional<platform::StopSignals>& stopSignals, bool isTold) {
-    platform::Workspace& workspace = platform::Workspace::sharedWorkspace();
-    if (isTold) {
-        workspace.flush(kPatienceWithHost);
-        return;
+// Ends the program when the toolkit is to quit, which would leave it to the windows otherwise: a
+// panel that hides instead of closing keeps it from quitting.
+class QuitFilter final : public QObject {
+public:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        const bool isQuit = event->type() == QEvent::Quit;
+        if (isQuit) {
+            platform::StopSignals::request();
+        }
+        return isQuit;
     }
-    stopSignals.reset();
-    workspace.flush();
+};
+
+void stop() {
+    platform::endLockWaits();
+    QCoreApplication::exit(0);  // other than quit() it asks no window
+}
+
+// The tray's icon, as soon as there is a tray.
+class Tray {
+public:
+    explicit Tray(PanelController& panel) : panel_(panel) {
+        timer_.callOnTimeout([this] { look(); });
+        timer_.start(kTrayInterval);
+    }
+    bool isThere() const { return icon_.has_value(); }
+
+private:
+    void look() {
+        if (QSystemTrayIcon::isSystemTrayAvailable()) {
+            icon_.emplace(panel_);
+        }
+        if (icon_ || ++attempts_ == kTrayAttempts) {
+            timer_.stop();
+        }
+    }
+
+    PanelController& panel_;
+    QTimer timer_;
+    int attempts_ = 0;
+    std::optional<TrayIcon> icon_;
+};
+
+// False where blocks are still under way: they hold the widget, whose views must end before the
+// application does. Requests whose host has not come up by then are logged.
+bool finishWork() {
+    const auto end = Clock::now() + kPatience;
+    platform::Workspace::sharedWorkspace().flush(kPatience);
+    const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
+    return platform::drainBackgroundQueue(std::max(left, milliseconds{0}));
+}
+
+int runAlone(std::optional<platform::Look> look,
+             SingleInstance& instance,
+             std::optional<PanelController>& panel) {
+    QApplication::setWindowIcon(programIcon());
+    platform::Workspace::sharedWorkspace();
+    platform::StopSignals stopSignals(kLongestEnd);
+    stopSignals.connect(stop);
+    QuitFilter filter;
+    QCoreApplication::instance()->installEventFilter(&filter);
+    platform::answerDuringLockWaits();
+    panel.emplace(look);
+    std::optional<Tray> tray(std::in_place, *panel);
+    panel->panel().setDismissed([&] {
+        panel->hide();
+        // A hidden panel that nothing could bring back would only linger.
+        if (!tray->isThere() && !instance.isReachable()) {
+            QCoreApplication::quit();
+        }
+    });
+    panel->show();
+    const int status = QApplication::exec();
+    panel->hide();
+    tray.reset();
+    instance.release();  // a start from now on does not wait for what is still to be done
+    if (!finishWork()) {
+        std::_Exit(status);
+    }
+    panel.reset();
+    QCoreApplication::sendPostedEvents();
+    return status;
 }
 
 }  // namespace
@@ -47,51 +128,19 @@ int runPanel(std::optional<platform::Look> look) {
             panel->toggle();
         }
     });
-    const SingleInstance::Role role = instance.claim();
-    if (role == SingleInstance::Role::Later) {
-        return 0;
+    switch (instance.claim()) {
+        case SingleInstance::Claim::Alone:
+            return runAlone(look, instance, panel);
+        case SingleInstance::Claim::Told:
+            return 0;
+        case SingleInstance::Claim::Unreachable:
+            break;
     }
-    QApplication::setWindowIcon(programIcon());
-    platform::Workspace::sharedWorkspace();
-    std::optional<platform::StopSignals> stopSignals(std::in_place);
-    bool isTold = false;
-    stopSignals->connect([&isTold] {
-        isTold = true;
-        QCoreApplication::quit();
-    });
-    panel.emplace(look);
-    std::optional<TrayIcon> tray;
-    QTimer trayTimer;
-    const auto lookForTray = [&, attempts = 0]() mutable {
-        if (QSystemTrayIcon::isSystemTrayAvailable()) {
-            tray.emplace(*panel);
-        }
-        if (tray || ++attempts == kTrayAttempts) {
-            trayTimer.stop();
-        }
-    };
-    QObject::connect(&trayTimer, &QTimer::timeout, &trayTimer, lookForTray);
-    trayTimer.start(kTrayInterval);
-    panel->panel().setDismissed([&] {
-        panel->hide();
-        // A hidden panel that nothing could bring back would only linger.
-        if (!tray && role != SingleInstance::Role::First) {
-            QCoreApplication::quit();
-        }
-    });
-    panel->show();
-    const int status = QApplication::exec();
-    panel->hide();
-    tray.reset();
-    SingleInstance::release();  // a start from now on does not wait for what is still to be done
-    handOverRequests(stopSignals, isTold);
-    // Blocks still under way hold the widget, whose views must end before the application does.
-    if (!platform::drainBackgroundQueue(kPatience)) {
-        std::_Exit(status);  // the host holds its lock; whoever quits does not wait for it
-    }
-    panel.reset();
-    QCoreApplication::sendPostedEvents();
-    return status;
+    std::fputs(
+        "quillet-today: the panel is running already, and no session bus leads to it that could "
+        "show it\n",
+        stderr);
+    return 1;
 }
 
 }  // namespace quillet

@@ -2,34 +2,51 @@
 
 #include <QObject>
 #include <functional>
+#include <optional>
+
+#include "platform/foundation/FileLock.h"
 
 namespace quillet {
 
-// Lets one panel of a bundle run in a desktop session: the first start owns a name on the session
-// bus, a later one asks it to toggle. Main thread only.
+// Lets one panel of a bundle run in a desktop session. The first start holds a lock in the runtime
+// folder, and a name on the session bus whenever there is a bus; a later start asks the owner of
+// the name to toggle. Main thread only.
 class SingleInstance : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "it.tarno.quillet.Today")
 
 public:
-    enum class Role {
-        First,    // the name is ours
-        Later,    // another process has it and was told to toggle
-        Unknown,  // no session bus
+    enum class Claim {
+        Alone,        // as far as can be told, no other panel runs
+        Told,         // another process runs one and was told to toggle
+        Unreachable,  // another process runs one, and no bus leads to it
     };
 
     // `toggle` runs, from the event loop, when another start asks for it.
     explicit SingleInstance(std::function<void()> toggle);
+    ~SingleInstance() override;
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
 
-    Role claim();
-    // Gives the name away, before the program ends.
-    static void release();
+    // Once alone, the name is taken again on every new connection to the bus, unless somebody else
+    // has it by then.
+    Claim claim();
+    // Whether another start could make this one toggle.
+    bool isReachable() const;
+    // Gives lock and name away, before the program ends.
+    void release();
 
     // Called over the bus.
     Q_SLOT void Toggle();
 
 private:
+    bool takeLock();
+    bool takeName();
+    void stay();
+
     std::function<void()> toggle_;
+    std::optional<platform::FileLock> lock_;
+    QString connection_;  // on which the name was taken; "" for none
 };
 
 }  // namespace quillet

@@ -12,6 +12,7 @@
 #include "platform/desktop/Display.h"
 #include "platform/desktop/SessionBus.h"
 #include "platform/foundation/FileManager.h"
+#include "platform/foundation/LockWait.h"
 
 namespace {
 
@@ -106,13 +107,10 @@ int main(int argc, char** argv) {
     }
     const auto& line = std::get<CommandLine>(read);
     applySettings(line);
-    switch (line.command) {
-        case CommandLine::Command::List:
-            return runList(line);
-        case CommandLine::Command::Snapshot:
-            return runSnapshot(line, argc, argv);
-        case CommandLine::Command::Panel:
-            break;
+    if (line.command == CommandLine::Command::Panel) {
+        return runPanel(line, argc, argv);
     }
-    return runPanel(line, argc, argv);
+    quillet::platform::tellOfLongLockWaits("quillet-today");
+    return line.command == CommandLine::Command::List ? runList(line)
+                                                      : runSnapshot(line, argc, argv);
 }

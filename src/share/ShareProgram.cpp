@@ -27,6 +27,7 @@
 #include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
 #include "platform/foundation/Bundle.h"
+#include "platform/foundation/LockWait.h"
 #include "platform/foundation/Uninterrupted.h"
 #include "widget/ExtensionUtilities.h"
 
@@ -260,6 +261,7 @@ std::optional<std::size_t> handOver(const ExtensionMessage& draft, const ShareCo
 }  // namespace
 
 int runShare(const ShareCommandLine& line) {
+    platform::tellOfLongLockWaits("quillet-share");
     Input input = readInput(line);
     if (input.context.inputItems.empty()) {
         return kFailure;

@@ -2,8 +2,8 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QMetaObject>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/desktop/Queues.h"
 #include "platform/desktop/SessionBus.h"
 #include "platform/foundation/NotificationCenter.h"
 
@@ -101,9 +102,12 @@ private:
             return;
         }
         waiting_.push_back(std::move(topic));
-        // Everything else that has come from the bus by now is received before it is delivered.
-        QMetaObject::invokeMethod(
-            this, [this] { deliverNext(); }, Qt::QueuedConnection);
+        // Everything else that comes from the bus until the queue gets there is received before.
+        mainQueue().async([state = QPointer(this)] {
+            if (state) {
+                state->deliverNext();
+            }
+        });
     }
 
     void deliverNext() {

@@ -53,7 +53,21 @@ private:
 
     void wakeUp() { QCoreApplication::postEvent(runner_, new QEvent(QEvent::User)); }
 
+    // A block may run an event loop of its own, for what cannot wait as long as the block does.
     void runNext() {
+        if (isRunning_) {
+            ++postponed_;
+            return;
+        }
+        isRunning_ = true;
+        runFirst();
+        isRunning_ = false;
+        for (; postponed_ > 0; --postponed_) {
+            wakeUp();
+        }
+    }
+
+    void runFirst() {
         Block block;
         {
             const std::lock_guard lock(mutex_);
@@ -66,6 +80,8 @@ private:
     std::mutex mutex_;
     std::deque<Block> blocks_;
     Runner* runner_ = nullptr;  // lives on the main thread, as long as the program
+    bool isRunning_ = false;    // this and the next: main thread only
+    std::size_t postponed_ = 0;
 };
 
 // The queues are never destroyed: threads may schedule until the very end.

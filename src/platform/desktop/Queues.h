@@ -7,7 +7,8 @@
 namespace quillet::platform {
 
 // The queue of the main thread: runs blocks one at a time, in the order given, from the event
-// loop. A block given before there is an event loop waits for it.
+// loop; none inside another one, also where that runs an event loop. A block given before there is
+// an event loop waits for it.
 Queue& mainQueue();
 
 // The global queue of background priority: runs blocks on worker threads of lowest priority. Where

@@ -6,7 +6,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <ctime>
 #include <sys/eventfd.h>
+#include <unistd.h>
 #include <utility>
 
 #include "platform/foundation/FileDescriptor.h"
@@ -19,13 +21,40 @@ constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
 
 std::atomic<int> counter = -1;  // the event counter that a signal raises
 std::atomic<int> last = 0;
-static_assert(std::atomic<int>::is_always_lock_free, "used by a signal handler");
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
+              "used by a signal handler");
 
-void raiseCounter(int signal) {
+// Ends a program that does not end in time.
+struct Limit {
+    std::atomic<bool> isSet = false;  // and not running yet
+    timer_t timer{};
+    itimerspec time{};
+};
+Limit limitOfEnd;
+
+void raiseCounter() {
+    if (limitOfEnd.isSet.exchange(false)) {
+        ::timer_settime(limitOfEnd.timer, 0, &limitOfEnd.time, nullptr);
+    }
+    ::eventfd_write(counter, 1);
+}
+
+void receive(int signal) {
     const int before = errno;
     last = signal;
-    ::eventfd_write(counter, 1);
+    raiseCounter();
     errno = before;
+}
+
+void setLimit(std::chrono::milliseconds limit) {
+    struct sigaction action {};
+    action.sa_handler = [](int /*signal*/) { ::_exit(0); };
+    ::sigaction(SIGALRM, &action, nullptr);
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit);
+    limitOfEnd.time.it_value.tv_sec = seconds.count();
+    limitOfEnd.time.it_value.tv_nsec = std::chrono::nanoseconds(limit - seconds).count();
+    // Without an event of its own the timer raises SIGALRM.
+    limitOfEnd.isSet = ::timer_create(CLOCK_MONOTONIC, nullptr, &limitOfEnd.timer) == 0;
 }
 
 }  // namespace
@@ -37,11 +66,15 @@ struct StopSignals::State {
     std::unique_ptr<QSocketNotifier> notifier;
 };
 
-StopSignals::StopSignals() : state_(std::make_unique<State>()) {
+StopSignals::StopSignals(std::optional<std::chrono::milliseconds> limit)
+    : state_(std::make_unique<State>()) {
+    if (limit) {
+        setLimit(*limit);
+    }
     counter = state_->events.get();
     last = 0;
     struct sigaction action {};
-    action.sa_handler = raiseCounter;
+    action.sa_handler = receive;
     action.sa_flags = SA_RESTART;
     for (std::size_t index = 0; index < kSignals.size(); ++index) {
         struct sigaction& before = state_->before[index];
@@ -57,6 +90,10 @@ StopSignals::~StopSignals() {
         ::sigaction(kSignals[index], &state_->before[index], nullptr);
     }
     counter = -1;
+}
+
+void StopSignals::request() noexcept {
+    raiseCounter();
 }
 
 int StopSignals::received() noexcept {

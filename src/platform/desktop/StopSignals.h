@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace quillet::platform {
 
@@ -10,15 +12,18 @@ namespace quillet::platform {
 // inherit nothing. One at a time; main thread only.
 class StopSignals {
 public:
-    // From now on the signals no longer end the program.
-    StopSignals();
-    // From now on they do again.
+    // From now on the signals no longer end the program, except that it is gone with status 0 once
+    // `limit` has passed since the first one, whatever it does then.
+    explicit StopSignals(std::optional<std::chrono::milliseconds> limit = std::nullopt);
+    // From now on they do again. A limit that runs goes on.
     ~StopSignals();
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
 
     // Calls `stop` when signals come, those that came before included. With an application object.
     void connect(std::function<void()> stop);
+    // Does what one of the signals does, for somebody else who asks the program to end.
+    static void request() noexcept;
     // The signal that came last since the last one was made; 0 for none.
     static int received() noexcept;
 

@@ -1,5 +1,6 @@
 #include "platform/desktop/UserDefaults.h"
 
+#include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QString>
@@ -14,21 +15,27 @@ QString keyOf(std::string_view key) {
     return QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
 }
 
+// Whether the toolkit may open what stands there: a FIFO would be waited for.
+bool isFileOrNothing(const QString& path) {
+    const QFileInfo found(path);
+    return found.isFile() || !found.exists();
+}
+
 class StandardUserDefaults final : public UserDefaults {
 public:
     std::int64_t integerForKey(std::string_view key) const override {
         if (const auto kept = unsaved_.find(key); kept != unsaved_.end()) {
             return kept->second;
         }
+        if (!isFileOrNothing(path())) {
+            return 0;
+        }
         const QSettings settings(path(), QSettings::IniFormat);
         return integerValueOfText(settings.value(keyOf(key)).toString().toStdString());
     }
 
     void setInteger(std::int64_t value, std::string_view key) override {
-        QSettings settings(path(), QSettings::IniFormat);
-        settings.setValue(keyOf(key), QVariant::fromValue(qint64{value}));
-        settings.sync();
-        if (settings.status() == QSettings::NoError) {
+        if (write(value, key)) {
             unsaved_.erase(std::string(key));
         } else {
             unsaved_.insert_or_assign(std::string(key), value);
@@ -36,6 +43,17 @@ public:
     }
 
 private:
+    static bool write(std::int64_t value, std::string_view key) {
+        // The toolkit locks the file by another one beside it.
+        if (!isFileOrNothing(path()) || !isFileOrNothing(path() + QStringLiteral(".lock"))) {
+            return false;
+        }
+        QSettings settings(path(), QSettings::IniFormat);
+        settings.setValue(keyOf(key), QVariant::fromValue(qint64{value}));
+        settings.sync();
+        return settings.status() == QSettings::NoError;
+    }
+
     static QString path() {
         return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                QStringLiteral("/quillet/today.ini");

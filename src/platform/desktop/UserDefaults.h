@@ -16,8 +16,8 @@ public:
     virtual void setInteger(std::int64_t value, std::string_view key) = 0;
 
     // $XDG_CONFIG_HOME/quillet/today.ini; read and written at each call, so that a change made by
-    // another program is seen. A file that cannot be written leaves the value for this process
-    // alone.
+    // another program is seen. What is no regular file holds nothing and is never waited for. A
+    // file that cannot be written leaves the value for this process alone.
     static UserDefaults& standard();
 
 protected:

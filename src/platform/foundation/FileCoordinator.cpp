@@ -1,18 +1,10 @@
 #include "platform/foundation/FileCoordinator.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdint>
-#include <fcntl.h>
 #include <filesystem>
 #include <string_view>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <utility>
 
-#include "platform/foundation/FileDescriptor.h"
-#include "platform/foundation/FileManager.h"
 #include "platform/foundation/Path.h"
 #include "platform/foundation/Result.h"
 
@@ -22,39 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kLongestName = 255;  // bytes
-constexpr std::string_view kSuffix = ".lock";
-constexpr std::string_view kDataFolderItself = "%2E";
-
-std::string hashedName(std::string_view bytes) {
-    std::uint64_t hash = 0xcbf29ce484222325;  // FNV-1a
-    for (const char byte : bytes) {
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
-    }
-    std::string name = "%h";
-    for (int shift = 60; shift >= 0; shift -= 4) {
-        name += "0123456789abcdef"[(hash >> shift) & 0xF];
-    }
-    return name;
-}
-
-// A file name that stands for `bytes` and ends in `suffix`.
-std::string lockName(std::string_view bytes, std::string_view suffix) {
-    std::string name;
-    for (const char byte : bytes) {
-        if (byte == '%') {
-            name += "%25";
-        } else if (byte == '/') {
-            name += "%2F";
-        } else {
-            name += byte;
-        }
-    }
-    if (name.size() + suffix.size() > kLongestName) {
-        name = hashedName(bytes);
-    }
-    return name.append(suffix);
-}
+constexpr std::string_view kDataFolderItself = "%2E.lock";
 
 // The path with symbolic links followed as far as it exists, without "." and "..". Where they
 // cannot be followed (a circle, a folder that may not be entered), the path as it is spelled: what
@@ -104,72 +64,24 @@ std::optional<std::string> itemBelow(const std::string& dataFolder,
 // Makes the folder of the lock files and returns the path of the item's.
 Result<std::string> lockFileOf(const std::optional<std::string>& dataFolder,
                                const std::string& path) {
-    const Result<std::string> runtime = FileManager::runtimeFolder();
-    if (!runtime) {
-        return runtime.error();
+    const Result<std::string> locks = FileLock::folder();
+    if (!locks) {
+        return locks.error();
     }
     const std::string canonical = canonicalPath(path);
-    std::string folder = Path::appendingPathComponent(runtime.value(), "quillet");
-    std::string name = lockName(canonical, kSuffix);
-    ::mkdir(folder.c_str(), S_IRWXU);  // a failure shows when the lock file is made
     if (dataFolder) {
         const std::string canonicalFolder = canonicalPath(*dataFolder);
         if (const auto item = itemBelow(canonicalFolder, path, canonical)) {
-            folder = Path::appendingPathComponent(folder, lockName(canonicalFolder, ""));
-            ::mkdir(folder.c_str(), S_IRWXU);
-            name = item->empty() ? std::string(kDataFolderItself).append(kSuffix)
-                                 : lockName(*item, kSuffix);
-        }
-    }
-    return Path::appendingPathComponent(folder, name);
-}
-
-// A held lock; let go at the end of the scope.
-class Lock {
-public:
-    explicit Lock(FileDescriptor file) : file_(std::move(file)) {}
-    Lock(Lock&&) noexcept = default;
-    Lock& operator=(Lock&&) noexcept = delete;
-    ~Lock() {
-        // Closing alone would leave the lock with a child that was forked meanwhile.
-        if (file_) {
-            ::flock(file_.get(), LOCK_UN);
-        }
-    }
-
-private:
-    FileDescriptor file_;
-};
-
-bool isFileAt(const std::string& path, int file) {
-    struct stat opened {};
-    struct stat named {};
-    return ::fstat(file, &opened) == 0 && ::stat(path.c_str(), &named) == 0 &&
-           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
-}
-
-Result<Lock> acquire(const std::string& lockFile, int operation) {
-    for (;;) {
-        FileDescriptor file(::open(lockFile.c_str(),
-                                   O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
-                                   S_ISVTX | S_IRUSR | S_IWUSR));
-        if (!file) {
-            if (errno == EINTR) {
-                continue;
+            const std::string folder =
+                Path::appendingPathComponent(locks.value(), FileLock::nameFor(canonicalFolder, ""));
+            if (auto error = makeLockFolder(folder)) {
+                return *std::move(error);
             }
-            return posixError(errno, lockFile);
-        }
-        while (::flock(file.get(), operation) != 0) {
-            if (errno != EINTR) {
-                return posixError(errno, lockFile);
-            }
-        }
-        // While this call waited, somebody may have swept the file away: the next one to come
-        // would lock another file.
-        if (isFileAt(lockFile, file.get())) {
-            return Lock(std::move(file));
+            return Path::appendingPathComponent(
+                folder, item->empty() ? kDataFolderItself : FileLock::nameFor(*item));
         }
     }
+    return Path::appendingPathComponent(locks.value(), FileLock::nameFor(canonical));
 }
 
 }  // namespace
@@ -179,12 +91,12 @@ FileCoordinator::FileCoordinator(std::optional<std::string> dataFolder)
 
 std::optional<Error> FileCoordinator::coordinateReading(const std::optional<std::string>& path,
                                                         const Accessor& accessor) const {
-    return coordinate(path, Access::Shared, accessor);
+    return coordinate(path, FileLock::Access::Shared, accessor);
 }
 
 std::optional<Error> FileCoordinator::coordinateWriting(const std::optional<std::string>& path,
                                                         const Accessor& accessor) const {
-    return coordinate(path, Access::Exclusive, accessor);
+    return coordinate(path, FileLock::Access::Exclusive, accessor);
 }
 
 std::optional<Error> FileCoordinator::coordinateWritingIfFree(const std::string& path,
@@ -193,7 +105,7 @@ std::optional<Error> FileCoordinator::coordinateWritingIfFree(const std::string&
     if (!lockFile) {
         return lockFile.error();
     }
-    const Result<Lock> lock = acquire(lockFile.value(), LOCK_EX | LOCK_NB);
+    const Result<FileLock> lock = FileLock::tryNow(lockFile.value(), FileLock::Access::Exclusive);
     if (!lock) {
         return lock.error();
     }
@@ -202,7 +114,7 @@ std::optional<Error> FileCoordinator::coordinateWritingIfFree(const std::string&
 }
 
 std::optional<Error> FileCoordinator::coordinate(const std::optional<std::string>& path,
-                                                 Access access,
+                                                 FileLock::Access access,
                                                  const Accessor& accessor) const {
     if (!path) {
         return posixError(EINVAL, "there is no path to coordinate");
@@ -211,8 +123,7 @@ std::optional<Error> FileCoordinator::coordinate(const std::optional<std::string
     if (!lockFile) {
         return lockFile.error();
     }
-    const Result<Lock> lock =
-        acquire(lockFile.value(), access == Access::Shared ? LOCK_SH : LOCK_EX);
+    const Result<FileLock> lock = FileLock::wait(lockFile.value(), access, *path);
     if (!lock) {
         return lock.error();
     }

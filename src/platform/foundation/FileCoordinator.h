@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/foundation/Error.h"
+#include "platform/foundation/FileLock.h"
 
 namespace quillet::platform {
 
@@ -25,8 +26,9 @@ namespace quillet::platform {
 // the lock of a process that dies is free at once. An item outside the data folder is locked by
 // its own canonical path, as <runtime folder>/quillet/<canonical path>.lock.
 //
-// Any thread; waits without a limit for the holder of the lock. Threads of one process exclude
-// each other like processes do; an accessor must not coordinate the same item again.
+// Any thread; waits for the holder of the lock until it is free, or until the program is to end
+// (see LockWait.h). Threads of one process exclude each other like processes do; an accessor must
+// not coordinate the same item again.
 class FileCoordinator {
 public:
     using Accessor = std::function<void(const std::string& path)>;
@@ -37,8 +39,8 @@ public:
 
     // Waits for the item, runs the accessor on the calling thread with the path to use, then lets
     // the item go, also when the accessor throws. On an error the accessor has not run: the path
-    // is none, there is no usable runtime folder (see FileManager::runtimeFolder), or the lock
-    // file cannot be made.
+    // is none, there is no usable runtime folder (see FileManager::runtimeFolder), the lock file
+    // cannot be made or is no regular file, or the program is to end before the item is free.
     std::optional<Error> coordinateReading(const std::optional<std::string>& path,
                                            const Accessor& accessor) const;
     std::optional<Error> coordinateWriting(const std::optional<std::string>& path,
@@ -48,10 +50,8 @@ public:
                                                  const Accessor& accessor) const;
 
 private:
-    enum class Access { Shared, Exclusive };
-
     std::optional<Error> coordinate(const std::optional<std::string>& path,
-                                    Access access,
+                                    FileLock::Access access,
                                     const Accessor& accessor) const;
 
     std::optional<std::string> dataFolder_;
