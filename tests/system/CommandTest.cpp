@@ -8,11 +8,13 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
 #include <list>
 #include <nlohmann/json.hpp>
 
 #include "platform/foundation/FileCoordinator.h"
+#include "tests/support/CoordinatingProcess.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/WaitUntil.h"
 #include "tests/system/TodayProcess.h"
@@ -245,6 +247,54 @@ TEST_F(CommandTest, ARestartedBusBringsHostAndPanelTogetherAgain) {
     EXPECT_THAT(followed(), ElementsAre("delete 3 removed in the background"));
     EXPECT_TRUE(shows({"1", "2", "4", "5"}));
     EXPECT_TRUE(eventually([&] { return panel_->height() == 4 * 60; }));
+    EXPECT_TRUE(TodayProcess().ends());
+    EXPECT_TRUE(shows({})) << "the second start hides the panel";
+}
+
+TEST_F(CommandTest, APanelEndsWhenItIsToldToAlsoWhileItsHostHoldsALock) {
+    startBus({});
+    const auto quit = [](TodayProcess& panel) { panel.quit(); };
+    const auto terminate = [](TodayProcess& panel) { kill(panel.process(), SIGTERM); };
+    showPanel();
+    quit(*panel_);
+    EXPECT_TRUE(panel_->ends()) << "with its window shown";
+    const std::string folder = container.path("SharedData");
+    const struct {
+        std::string item;
+        std::function<void(TodayProcess&)> end;
+        const char* line;
+    } cases[] = {
+        {"Today", quit, "updateData coordinator "},
+        {"Accounts.plist", quit, "NSFileCoordinator Accounts "},
+        {"Today", terminate, "updateData coordinator "},
+        {"Accounts.plist", terminate, "NSFileCoordinator Accounts "},
+    };
+    for (const auto& row : cases) {
+        const auto whileHeld = [&row](const std::string& /*path*/) {
+            TodayProcess panel;
+            EXPECT_TRUE(eventually([&] { return waitsForLock(panel.process()); }));
+            row.end(panel);
+            EXPECT_TRUE(panel.ends());
+            EXPECT_EQ(panel.logged(row.line), 1) << row.item;
+        };
+        EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(folder + "/" + row.item,
+                                                                         whileHeld));
+    }
+}
+
+TEST_F(CommandTest, APanelThatWaitsForItsHostAnswersOtherStarts) {
+    startBus({});
+    showPanel();
+    const auto whileHeld = [this](const std::string& /*path*/) {
+        writeStore({"6"});
+        EXPECT_TRUE(eventually([&] { return waitsForLock(panel_->process()); }));
+        EXPECT_TRUE(TodayProcess().ends());
+        EXPECT_TRUE(shows({})) << "the second start hides the panel";
+    };
+    const std::string folder = container.path("SharedData");
+    EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(folder + "/Today", whileHeld));
+    EXPECT_TRUE(TodayProcess().ends());
+    EXPECT_TRUE(shows({"6"}));
 }
 
 }  // namespace

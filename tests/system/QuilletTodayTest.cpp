@@ -4,10 +4,17 @@
 #include <QProcess>
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <tuple>
+#include <unistd.h>
 
+#include "platform/foundation/FileCoordinator.h"
+#include "platform/foundation/FileDescriptor.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 
@@ -125,20 +132,65 @@ TEST_F(QuilletTodayTest, FailuresAndWrongUsageHaveTheirStatusAndSayWhatToDo) {
 TEST_F(QuilletTodayTest, OfSeveralStartsOnePanelStays) {
     writeDemo();
     environment_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    const std::array panels{
-        start("quillet-today", {}), start("quillet-today", {}), start("quillet-today", {})};
-    const auto isRunning = [](const auto& panel) { return panel->state() == QProcess::Running; };
-    for (const auto& panel : panels) {
-        ASSERT_TRUE(panel->waitForStarted());
-    }
-    ASSERT_TRUE(waitUntil([&] { return std::ranges::count_if(panels, isRunning) == 1; }, kLimit));
-    for (const auto& panel : panels) {
-        if (isRunning(panel)) {
-            panel->terminate();
-            panel->waitForFinished(kLimit);
-        } else {
-            EXPECT_EQ(panel->exitCode(), 0);
+    for (const bool hasBus : {true, false}) {
+        if (!hasBus) {
+            environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                                QStringLiteral("disabled:"));
         }
+        const std::array panels{
+            start("quillet-today", {}), start("quillet-today", {}), start("quillet-today", {})};
+        const auto isRunning = [](const auto& panel) {
+            return panel->state() == QProcess::Running;
+        };
+        for (const auto& panel : panels) {
+            ASSERT_TRUE(panel->waitForStarted());
+        }
+        ASSERT_TRUE(
+            waitUntil([&] { return std::ranges::count_if(panels, isRunning) == 1; }, kLimit));
+        for (const auto& panel : panels) {
+            if (isRunning(panel)) {
+                panel->terminate();
+                panel->waitForFinished(kLimit);
+            } else {
+                EXPECT_EQ(panel->exitCode(), hasBus ? 0 : 1);
+                EXPECT_EQ(panel->readAllStandardError().contains("running already"), !hasBus);
+            }
+        }
+    }
+}
+
+TEST_F(QuilletTodayTest, OnATerminalAProgramSaysWhatItWaitsFor) {
+    writeDemo();
+    const platform::FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY));
+    ASSERT_TRUE(::grantpt(terminal.get()) == 0 && ::unlockpt(terminal.get()) == 0);
+    const std::tuple<const char*, QStringList, std::string> cases[] = {
+        {"quillet-today", {QStringLiteral("list")}, "Today"},
+        {"quillet-today",
+         {QStringLiteral("snapshot"), text(config.path("a.png"))},
+         "Accounts.plist"},
+        {"quillet-share",
+         {QStringLiteral("--print"),
+          QStringLiteral("--service=In"),
+          text(config.writeFile("a", ""))},
+         "In"},
+    };
+    const EnvironmentVariable sameRuntime("XDG_RUNTIME_DIR", runtime.path());
+    const std::string folder = container.path("SharedData");
+    for (const auto& [program, arguments, item] : cases) {
+        QProcess process;
+        process.setStandardErrorFile(QString::fromLocal8Bit(::ptsname(terminal.get())));
+        process.setProcessEnvironment(environment_);
+        const auto whileHeld = [&](const std::string& /*path*/) {
+            process.start(QStringLiteral(QUILLET_BIN "/") + QLatin1String(program), arguments);
+            std::array<char, 1000> said{};
+            EXPECT_GT(::read(terminal.get(), said.data(), said.size()), 0);
+            EXPECT_THAT(said.data(), HasSubstr(program + std::string(": waiting for ")));
+            EXPECT_THAT(said.data(), HasSubstr("\"" + item + "\""));
+        };
+        EXPECT_FALSE(
+            platform::FileCoordinator(folder).coordinateWriting(folder + "/" + item, whileHeld));
+        EXPECT_TRUE(process.waitForFinished(kLimit));
+        EXPECT_EQ(process.exitCode(), 0) << program;
     }
 }
 

@@ -23,13 +23,21 @@ public:
     // Asks the program to end, and expects it to end well.
     ~TodayProcess() {
         process_.terminate();
-        EXPECT_TRUE(process_.waitForFinished(kLimit));
+        EXPECT_TRUE(ends());
         EXPECT_TRUE(process_.exitStatus() == QProcess::NormalExit && process_.exitCode() == 0)
             << process_.exitCode() << "\n"
             << (errors_ + process_.readAllStandardError()).constData();
     }
     TodayProcess(const TodayProcess&) = delete;
     TodayProcess& operator=(const TodayProcess&) = delete;
+
+    // Ends the program as the tray's "Quit" does.
+    void quit() { process_.closeWriteChannel(); }
+    // Whether the program has ended, or does without further ado.
+    bool ends() {
+        return process_.state() == QProcess::NotRunning || process_.waitForFinished(kLimit);
+    }
+    pid_t process() const { return static_cast<pid_t>(process_.processId()); }
 
     // The window driver's answer to one of its commands.
     nlohmann::json ask(const std::string& command) {

@@ -18,11 +18,11 @@ public:
 
     // The lock at once. An error where somebody holds it (EWOULDBLOCK), where the file cannot be
     // made or opened, and where it is no regular file, which is never waited for.
-    static Result<FileLock> tryNow(const std::string& file, Access access);
+    static Result<FileLock> tryNow(const std::string& path, Access access);
 
     // Waits for the lock as LockWait.h tells, or not at all after endLockWaits(): then a lock that
     // somebody holds is an error (ECANCELED). `item` is what the lock is for.
-    static Result<FileLock> wait(const std::string& file, Access access, const std::string& item);
+    static Result<FileLock> wait(const std::string& path, Access access, const std::string& item);
 
     // The folder of all lock files, "quillet" in the runtime folder (see FileManager), which is
     // made with mode 0700. An error names the folder that cannot be made.

@@ -33,6 +33,7 @@ TEST(MainQueue, BlocksRunInTheOrderGivenAndNeverInsideTheCall) {
     std::vector<int> order;
     mainQueue().async([&] {
         mainQueue().async([&] { order.push_back(3); });
+        QCoreApplication::processEvents();  // runs none of the others inside this block
         order.push_back(1);
     });
     mainQueue().async([&] { order.push_back(2); });

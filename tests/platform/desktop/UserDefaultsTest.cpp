@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <limits>
+#include <sys/stat.h>
 
 #include "platform/desktop/UserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
@@ -45,8 +46,15 @@ TEST_F(UserDefaultsTest, WhatAnotherProgramWritesIsSeenAndKept) {
 
 TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenLeavesTheValueToThisProcess) {
     folder_.writeFile("file", "");
-    {
-        const EnvironmentVariable config("XDG_CONFIG_HOME", folder_.path("file"));
+    for (const char* config : {"fifo/quillet", "fifo lock/quillet"}) {
+        folder_.makeFolder(config);
+    }
+    ASSERT_EQ(::mkfifo(folder_.path("fifo/quillet/today.ini").c_str(), 0600), 0);
+    ASSERT_EQ(::mkfifo(folder_.path("fifo lock/quillet/today.ini.lock").c_str(), 0600), 0);
+    for (const char* place : {"file", "fifo", "fifo lock"}) {
+        SCOPED_TRACE(place);
+        const EnvironmentVariable config("XDG_CONFIG_HOME", folder_.path(place));
+        EXPECT_EQ(defaults_.integerForKey("other"), 0);
         defaults_.setInteger(3, "unsaved");
         EXPECT_EQ(defaults_.integerForKey("unsaved"), 3);
     }

@@ -1,14 +1,17 @@
 #include <chrono>
+#include <filesystem>
 #include <functional>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
 
 #include "platform/foundation/FileCoordinator.h"
 #include "platform/foundation/FileManager.h"
+#include "platform/foundation/LockWait.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -111,19 +114,47 @@ TEST_F(FileCoordinatorTest, TheAccessorGetsThePathAsItIsSpelledAndTheContainerIs
     EXPECT_TRUE(platform::FileManager::contentsOfFolder(data_).value().empty());
 }
 
-TEST_F(FileCoordinatorTest, WithoutAPathOrAUsableRuntimeFolderTheAccessorDoesNotRun) {
+TEST_F(FileCoordinatorTest, AWaitThatIsGivenUpIsAnErrorAndLeavesNoLock) {
+    const platform::LockWaiter before = platform::lockWaiter();
+    platform::setLockWaiter([](const platform::LockWait& wait) {
+        EXPECT_TRUE(waitFor([] { return waitsForLock(::getpid()); })) << wait.item();
+    });
+    const CoordinatingProcess holder(data_, data_ + "/Today", Access::Write);
+    ASSERT_TRUE(waitFor([&] { return holder.isInside(); }));
+    const auto error = FileCoordinator(data_).coordinateWriting(
+        data_ + "/Today", [](const std::string&) { FAIL() << "the lock is held"; });
+    platform::setLockWaiter(before);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, ECANCELED);
+    holder.letGo();
+    const CoordinatingProcess next(data_, data_ + "/Today", Access::Write);
+    EXPECT_TRUE(waitFor([&] { return next.isInside(); }));
+}
+
+TEST_F(FileCoordinatorTest, WithoutAPathOrALockFileTheAccessorDoesNotRunAndTheErrorSaysWhy) {
+    const OrdinaryPermissions ordinary;
     const EnvironmentVariable temporary("TMPDIR", folder_.path("missing"));
-    const std::pair<const char*, std::optional<std::string>> cases[] = {
-        {"run", std::nullopt},
-        {"missing", data_ + "/Today"},
+    ::chmod(folder_.makeFolder("readonly").c_str(), 0500);
+    ASSERT_FALSE(FileCoordinator(data_).coordinateReading(data_, [](const std::string&) {}));
+    const std::string fifo =
+        folder_.path("run/quillet/") +
+        platform::FileLock::nameFor(std::filesystem::canonical(data_).string(), "/Fifo.lock");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const struct {
+        const char* runtimeFolder;
+        std::optional<std::string> path;
+        std::string reason;
+    } cases[] = {
+        {"run", std::nullopt, "no path"},
+        {"missing", data_ + "/Today", "missing"},
+        {"readonly", data_ + "/Today", "readonly/quillet: Permission denied"},
+        {"run", data_ + "/Fifo", "Fifo.lock is no regular file"},
     };
-    for (const auto& [runtimeFolder, path] : cases) {
-        SCOPED_TRACE(runtimeFolder + path.value_or(" without a path"));
-        const EnvironmentVariable runtime("XDG_RUNTIME_DIR", folder_.path(runtimeFolder));
-        bool ran = false;
-        EXPECT_TRUE(FileCoordinator(data_).coordinateReading(
-            path, [&](const std::string&) { ran = true; }));
-        EXPECT_FALSE(ran);
+    for (const auto& row : cases) {
+        const EnvironmentVariable runtime("XDG_RUNTIME_DIR", folder_.path(row.runtimeFolder));
+        const auto error = FileCoordinator(data_).coordinateReading(
+            row.path, [&](const std::string&) { ADD_FAILURE() << row.reason; });
+        EXPECT_THAT(error.value_or(platform::Error{}).text, testing::HasSubstr(row.reason));
     }
 }
 
