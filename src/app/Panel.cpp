@@ -14,6 +14,7 @@
 
 #include "app/ScrollIndicator.h"
 #include "platform/desktop/Compositing.h"
+#include "platform/ui/WindowHints.h"
 #include "views/Theme.h"
 
 namespace quillet {
@@ -53,7 +54,8 @@ void paintShadow(QPainter& painter, const QRectF& panel, QColor darkest) {
     }
 }
 
-// The panel's shape for a screen that cannot blend: whole pixels, in or out.
+// The panel's shape in whole pixels, in or out: what takes clicks, and all that is seen where the
+// screen cannot blend.
 QRegion solidShape(const QRect& panel) {
     QBitmap bitmap(panel.size());
     bitmap.fill(Qt::color0);
@@ -106,7 +108,9 @@ void Panel::takeContents() {
 void Panel::present() {
     shadow_ = placesItself_ && platform::isCompositing() ? Theme::kPanelShadowRadius : 0;
     applyMargins();
+    create();
     fit();
+    platform::leaveOutOfTaskbars(*windowHandle());
     show();
     followScreen();
     raise();
@@ -151,7 +155,11 @@ void Panel::fit() {
     scrollIndicator_->place();
     if (placesItself_) {
         move(available.right() + 1 - width(), available.top());
-        shadow_ == 0 ? setMask(solidShape(frame())) : clearMask();
+        const QRegion shape = solidShape(frame());
+        shadow_ == 0 ? setMask(shape) : clearMask();
+        if (windowHandle() != nullptr) {
+            platform::setInputRegion(*windowHandle(), shape);
+        }
     }
 }
 
