@@ -1,5 +1,6 @@
 #include "host/MessageWindow.h"
 
+#include <QAccessibleWidget>
 #include <QDateTime>
 #include <QFormLayout>
 #include <QLabel>
@@ -129,6 +130,9 @@ MessageWindow::MessageWindow() {
     setFrameShape(QFrame::NoFrame);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(tr("Quillet sample host"));
+    // To a screen reader a scroll area is no window. Its name is the title.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
+    QAccessible::registerAccessibleInterface(new QAccessibleWidget(this, QAccessible::Window));
     lines_->setLabelAlignment(Qt::AlignTop);
     lines_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     addNote(tr("Click a message in the Today panel to open it here."));

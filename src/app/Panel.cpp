@@ -1,5 +1,6 @@
 #include "app/Panel.h"
 
+#include <QAccessibleWidget>
 #include <QBitmap>
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -78,6 +79,9 @@ Panel::Panel()
         setAttribute(Qt::WA_TranslucentBackground);
     }
     setWindowTitle(QStringLiteral("Quillet Today"));
+    // To a screen reader a plain widget is no window. Its name is the title.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
+    QAccessible::registerAccessibleInterface(new QAccessibleWidget(this, QAccessible::Window));
     scrollArea_->setFrameShape(QFrame::NoFrame);
     scrollArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scrollArea_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the indicator stands in

@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QScreen>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -29,7 +30,7 @@ constexpr EdgeInsets kInsets{10, 0, 10, 0};
 
 }  // namespace
 
-TEST(Panel, DocksAtTheRightEdgeAndFollowsItsContents) {
+TEST(Panel, IsAWindowThatDocksAtTheRightEdgeAndFollowsItsContents) {
     Contents contents(100);
     Panel panel;
     panel.setContents(&contents, kInsets, platform::Look::Light);
@@ -45,6 +46,9 @@ TEST(Panel, DocksAtTheRightEdgeAndFollowsItsContents) {
     contents.setHeight(5000);
     EXPECT_TRUE(waitUntil([&] { return contents.height() == 5000; }));
     EXPECT_LE(panel.height(), screen.height()) << "what is higher scrolls";
+    const QAccessibleInterface* window = QAccessible::queryAccessibleInterface(&panel);
+    EXPECT_EQ(window->role(), QAccessible::Window);
+    EXPECT_EQ(window->text(QAccessible::Name), QStringLiteral("Quillet Today"));
     panel.takeContents();
 }
 

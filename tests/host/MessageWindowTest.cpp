@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QScreen>
 #include <QScrollBar>
 #include <QTextBrowser>
@@ -24,12 +25,15 @@ TEST(MessageWindow, EveryDraftIsShownFromItsBeginningOnWithinTheScreen) {
     many.subject = "Many files";
     many.attachments.resize(2'000, {"/d/שם.txt", DraftAttachment::State::Taken, 1, {}});
     MessageWindow window;
+    const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&window);
+    EXPECT_EQ(accessible->role(), QAccessible::Window);
     for (const Draft& draft : {many, many, empty}) {
         SCOPED_TRACE(draft.subject);
         present(window, draft);
         EXPECT_GT(window.height(), window.findChild<QTextBrowser*>()->height());
         EXPECT_LT(window.height(), window.screen()->availableGeometry().height());
         EXPECT_EQ(window.verticalScrollBar()->value(), 0);
+        EXPECT_EQ(accessible->text(QAccessible::Name), window.windowTitle());
         window.verticalScrollBar()->setValue(window.verticalScrollBar()->maximum());
     }
 }
