@@ -62,7 +62,17 @@ int runList(const CommandLine& line) {
     return 0;
 }
 
+// Without a session the toolkit would look for a runtime folder of its own, make it and warn. It
+// takes the one in which the program keeps its locks.
+void settleRuntimeFolder() {
+    const auto folder = quillet::platform::FileManager::runtimeFolder();
+    if (folder) {
+        setenv("XDG_RUNTIME_DIR", folder.value().c_str(), 1);
+    }
+}
+
 int runSnapshot(const CommandLine& line, int argc, char** argv) {
+    settleRuntimeFolder();
     // --scale alone decides how large the picture is.
     for (const char* variable : {"QT_SCREEN_SCALE_FACTORS",
                                  "QT_FONT_DPI",

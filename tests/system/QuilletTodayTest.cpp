@@ -102,6 +102,9 @@ TEST_F(QuilletTodayTest, SnapshotIsAsLargeAsItsRowsAtEveryScale) {
     writeDemo();
     const Outcome list = run("quillet-today", {QStringLiteral("list"), QStringLiteral("--json")});
     const auto rows = static_cast<int>(Json::parse(list.output)["messages"].size());
+    const TemporaryFolder temporary;
+    environment_.insert(QStringLiteral("TMPDIR"), text(temporary.path()));
+    environment_.remove(QStringLiteral("XDG_RUNTIME_DIR"));
     for (const char* scale : {"1", "1.25", "1.5", "2", "3"}) {
         const QString file = text(config.path("picture.png"));
         const Outcome outcome = run("quillet-today",
@@ -111,6 +114,7 @@ TEST_F(QuilletTodayTest, SnapshotIsAsLargeAsItsRowsAtEveryScale) {
                                      QStringLiteral("--scale"),
                                      QLatin1String(scale)});
         ASSERT_EQ(outcome.status, 0) << outcome.errors;
+        EXPECT_EQ(outcome.errors, "");
         const QImage picture(file);
         const double ratio = std::stod(scale);
         EXPECT_EQ(picture.width(), 320 * ratio) << scale;
