@@ -8,6 +8,7 @@
 #include "platform/desktop/UserDefaults.h"
 #include "platform/foundation/Path.h"
 #include "platform/ui/AnimationContext.h"
+#include "views/UserPlace.h"
 
 namespace quillet {
 
@@ -50,11 +51,16 @@ std::shared_ptr<TodayViewController> PanelController::makeWidget() const {
 }
 
 void PanelController::install(std::shared_ptr<TodayViewController> widget) {
+    const std::optional<UserPlace> place =
+        widget_ ? std::optional<UserPlace>(*widget_) : std::nullopt;
     panel_.takeContents();
     widget_ = std::move(widget);
     panel_.setContents(widget_->view(),
                        widget_->widgetMarginInsetsForProposedMarginInsets(kProposedMargins),
                        widget_->darkAppearance() ? Look::Dark : Look::Light);
+    if (place) {
+        place->restore(*widget_);
+    }
 }
 
 // The look is fixed when a view tree is built, so another look takes another tree.

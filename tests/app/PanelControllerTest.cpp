@@ -1,9 +1,15 @@
+#include <QTest>
 #include <gmock/gmock.h>
 
 #include "app/PanelController.h"
 #include "platform/desktop/Queues.h"
+#include "platform/ui/SegmentedControl.h"
+#include "tests/support/CalledActions.h"
 #include "tests/support/WaitUntil.h"
 #include "tests/widget/StoreFixture.h"
+#include "views/TodayHeaderView.h"
+#include "views/TodayTableView.h"
+#include "views/TodayTableViewCell.h"
 
 namespace quillet::test {
 
@@ -18,6 +24,32 @@ protected:
 
     static std::vector<std::string> rows(PanelController& panel) {
         return identifiersOf(panel.widget().dataToShow());
+    }
+
+    static TodayTableView& table(PanelController& panel) {
+        return static_cast<TodayTableView&>(*panel.widget().myTableView());
+    }
+    static std::string messageAt(PanelController& panel, std::ptrdiff_t row) {
+        const auto* cell =
+            static_cast<TodayTableViewCell*>(table(panel).cellAtRow(static_cast<std::size_t>(row)));
+        return cell == nullptr ? "none" : cell->message()->messageId().value_or("");
+    }
+    // Where the keyboard is: "panel", "header", "row m" or "Reply of m"; "!" where the user sees
+    // it.
+    static std::string keyboard(PanelController& panel) {
+        QWidget* focused = panel.panel().focusWidget();
+        const std::string message = messageAt(panel, table(panel).currentRow());
+        if (focused == panel.widget().myHeaderView()->control()) {
+            return panel.widget().myHeaderView()->control()->showsFocus() ? "header!" : "header";
+        }
+        if (focused == &table(panel)) {
+            const auto row = static_cast<std::size_t>(table(panel).currentRow());
+            const bool isMarked = table(panel).rowViewAtRow(row)->hasKeyboardMark();
+            return "row " + message + (isMarked ? "!" : "");
+        }
+        return focused == &panel.panel() || focused == nullptr
+                   ? "panel"
+                   : focused->accessibleName().toStdString() + " of " + message;
     }
 
     TemporaryFolder config;
@@ -36,6 +68,47 @@ TEST_F(PanelControllerTest, AppearsWithItsRowsAndFollowsTheStore) {
 
     writeFile("a@x", "2.plist", fileXml(messageXml("n", 1000)));
     EXPECT_TRUE(waitUntil([&] { return rows(panel).size() == 2; })) << "no reread on a change";
+}
+
+TEST_F(PanelControllerTest, AnotherLookKeepsSelectionAndKeyboardWithTheirMessages) {
+    struct Case {
+        std::vector<Qt::Key> keys;
+        const char* keyboard;
+        const char* afterwards;
+    };
+    using namespace Qt;
+    const std::vector<Case> cases{
+        {{}, "panel", "panel"},
+        {{Key_Tab}, "header!", "header!"},
+        {{Key_Tab, Key_Tab, Key_End}, "row b!", "row b!"},
+        {{Key_Tab, Key_Tab, Key_End, Key_Tab, Key_Tab}, "Archive of b", "Archive of b"},
+        {{Key_Tab, Key_Tab, Key_Tab}, "Reply of gone", "row newer!"},
+    };
+    const QPalette light = QGuiApplication::palette();
+    for (const auto& [keys, before, afterwards] : cases) {
+        SCOPED_TRACE(before);
+        const std::string messages = messageXml("a", 2000) + messageXml("b", 1000);
+        writeFile("a@x", "1.plist", fileXml(messageXml("gone", 3000) + messages));
+        PanelController panel(std::nullopt);
+        panel.show();
+        ASSERT_TRUE(waitUntil([&] { return panel.isShown() && panel.panel().isActiveWindow(); }));
+        for (const Qt::Key key : keys) {
+            QTest::keyClick(panel.panel().windowHandle(), key);
+        }
+        table(panel).setSelectedRow(2);
+        ASSERT_EQ(keyboard(panel), before);
+
+        const CalledActions called;
+        writeFile("a@x",
+                  "1.plist",
+                  fileXml(messageXml("newer", 5000) + messageXml("new", 4000) + messages));
+        QGuiApplication::setPalette(QPalette(Qt::black));
+        EXPECT_TRUE(waitUntil([&] { return panel.widget().legacyDarkBackground(); }));
+        QGuiApplication::setPalette(light);
+        EXPECT_EQ(keyboard(panel), afterwards);
+        EXPECT_EQ(messageAt(panel, table(panel).selectedRow()), "b");
+        EXPECT_THAT(called.names(), testing::IsEmpty());
+    }
 }
 
 TEST_F(PanelControllerTest, HidingBeforeThePanelIsUpKeepsItDown) {

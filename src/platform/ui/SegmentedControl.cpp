@@ -271,6 +271,15 @@ std::size_t SegmentedControl::segmentForKey(int key) const {
     }
 }
 
+bool SegmentedControl::showsFocus() const {
+    return state_->focusVisible;
+}
+
+void SegmentedControl::setShowsFocus(bool shows) {
+    state_->focusVisible = shows;
+    update();
+}
+
 void SegmentedControl::keyPressEvent(QKeyEvent* event) {
     const int key = event->key();
     const bool chooses = key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter;

@@ -35,6 +35,9 @@ public:
     // The place of a segment in the control's coordinates, in points.
     QRect segmentRect(std::size_t segment) const;
     void setDark(bool dark);
+    // Whether the user sees that the control has the keyboard, while it does.
+    bool showsFocus() const;
+    void setShowsFocus(bool shows);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -41,6 +41,16 @@ public:
     std::ptrdiff_t rowOfView(const QWidget* view) const;  // the row that holds it, or kNoRow
     // The row that the keyboard stands on, or kNoRow.
     std::ptrdiff_t currentRow() const;
+    // Where the keyboard stands in the table.
+    struct Keyboard {
+        std::ptrdiff_t row = kNoRow;      // the current row
+        std::ptrdiff_t control = kNoRow;  // the focused control of its cell, in visual order
+        bool hasFocus = false;            // of the window, also while that is not active
+        bool isShown = false;             // the user moves by keyboard and should see where
+    };
+    Keyboard keyboard() const;
+    // Puts the keyboard there: as near as the rows allow, and without selecting anything.
+    void setKeyboard(const Keyboard& keyboard);
     // What a click on the row does: selects it and tells the delegate, unless it is selected.
     void clickRow(std::size_t row);
     // Whether the user has had the time to see what the row shows: it is not moving, and nothing

@@ -69,6 +69,22 @@ void TableView::announceCurrentRow() {
     }
 }
 
+TableView::Keyboard TableView::keyboard() const {
+    const std::ptrdiff_t control = controlNumber(focusedControl());
+    return {.row = state_->current,
+            .control = control,
+            .hasFocus = control != kNoRow || window()->focusWidget() == this,
+            .isShown = state_->keyboardUsed};
+}
+
+void TableView::setKeyboard(const Keyboard& keyboard) {
+    state_->keyboardUsed = keyboard.isShown;
+    setCurrentRow(std::min(keyboard.row, state_->lastRow()));
+    if (keyboard.hasFocus && !focusControl(keyboard.row, keyboard.control, Qt::OtherFocusReason)) {
+        setFocus(Qt::OtherFocusReason);
+    }
+}
+
 void TableView::updateKeyboardMark() {
     const bool shown = state_->keyboardUsed && hasFocus();
     for (std::size_t i = 0; i < state_->rows.size(); ++i) {
