@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs a program with the sample host at hand: the session bus starts it as soon as somebody asks it
-# for something. Everything ends with the program.
+# for something. Everything ends with the program. The caller holds the demo's lock on descriptor 9,
+# which the program keeps as well, for as long as it runs.
 # Usage: tools/with_demo_host.sh FOLDER IDENTIFIER PROGRAM [ARGUMENT]…
 # FOLDER, an absolute path, has the container and gets the host's log, host.log; IDENTIFIER is that
 # of the widget, which chooses the host's name on the bus.
@@ -130,13 +131,6 @@ run_to_its_end() {
     return "$status"
 }
 
-# The program keeps the lock as well, for as long as it runs.
-exec 9>"$demo/lock"
-if ! flock --nonblock 9; then
-    # The demo runs already: this start only shows or hides its panel, on whichever bus that is.
-    [ ! -s "$demo/bus" ] || DBUS_SESSION_BUS_ADDRESS=$(<"$demo/bus") exec "$@"
-    exec "$@"
-fi
 clean_up
 trap clean_up EXIT
 : >"$demo/host.log"
