@@ -127,8 +127,8 @@ TEST_F(FileCoordinatorTest, AWaitThatIsGivenUpIsAnErrorAndLeavesNoLock) {
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ECANCELED);
     holder.letGo();
-    const CoordinatingProcess next(data_, data_ + "/Today", Access::Write);
-    EXPECT_TRUE(waitFor([&] { return next.isInside(); }));
+    EXPECT_FALSE(
+        FileCoordinator(data_).coordinateWriting(data_ + "/Today", [](const std::string&) {}));
 }
 
 TEST_F(FileCoordinatorTest, WithoutAPathOrALockFileTheAccessorDoesNotRunAndTheErrorSaysWhy) {
