@@ -4,10 +4,6 @@
 
 namespace quillet::platform {
 
-std::string Error::description() const {
-    return text + " (" + domain + " " + std::to_string(code) + ")";
-}
-
 Error posixError(int code, const std::string& what) {
     return {"POSIX", code, what + ": " + std::generic_category().message(code)};
 }

@@ -12,8 +12,8 @@ struct Error {
     std::int64_t code = 0;
     std::string text;
 
-    // "text (domain code)", for log lines.
-    std::string description() const;
+    // For people and log lines: the text. Domain and code are for the program.
+    const std::string& description() const { return text; }
 };
 
 // An Error of the domain "POSIX" for `code` (an errno value); its text is "what: reason".

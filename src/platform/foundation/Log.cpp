@@ -1,9 +1,9 @@
 #include "platform/foundation/Log.h"
 
-#include <cstdio>
 #include <mutex>
 #include <utility>
 
+#include "platform/foundation/StandardError.h"
 #include "platform/foundation/TextFormat.h"
 
 namespace quillet::platform {
@@ -21,30 +21,15 @@ State& state() {
     return *instance;
 }
 
-bool isControl(char character) {
-    const auto byte = static_cast<unsigned char>(character);
-    return byte < 0x20 || byte == 0x7F;
-}
-
-void writeToStandardError(std::string line) {
-    for (char& character : line) {
-        if (isControl(character)) {
-            character = ' ';
-        }
-    }
-    line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stderr);
-}
-
 }  // namespace
 
 void Log::write(std::string_view format, std::initializer_list<std::string_view> arguments) {
-    std::string line = formatText(format, arguments);
+    const std::string line = formatText(format, arguments);
     const std::lock_guard lock(state().mutex);
     if (state().sink) {
         state().sink(line);
     } else {
-        writeToStandardError(std::move(line));
+        writeErrorLine(line);
     }
 }
 

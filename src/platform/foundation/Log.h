@@ -13,7 +13,7 @@ public:
     using Sink = std::function<void(const std::string& line)>;
 
     // Writes formatText(format, arguments) as one line. It goes to standard error, which the
-    // session's journal keeps, with control characters shown as blanks.
+    // session's journal keeps (see writeErrorLine).
     static void write(std::string_view format,
                       std::initializer_list<std::string_view> arguments = {});
 
