@@ -42,7 +42,7 @@ std::optional<std::string> drawSnapshot(const Snapshot& snapshot) {
     if (!pictureOf(*view, snapshot.look).save(&buffer, "png")) {
         return "cannot encode the picture";
     }
-    const auto error = platform::FileManager::writeFileAtomically(
+    const auto error = platform::FileManager::writeFile(
         snapshot.file, {png.constData(), static_cast<std::size_t>(png.size())});
     return error ? std::optional(error->description()) : std::nullopt;
 }

@@ -9,7 +9,7 @@
 namespace quillet {
 
 struct Snapshot {
-    std::string file;  // path of a PNG
+    std::string file;  // path of a PNG; a FIFO or a device is written into
     std::optional<std::int64_t> segment;
     platform::Look look = platform::Look::Light;
 };

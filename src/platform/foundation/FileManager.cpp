@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <cstdlib>
 #include <dirent.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <limits>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Path.h"
 #include "platform/foundation/RegularFile.h"
 #include "platform/foundation/TemporaryFile.h"
@@ -94,6 +96,21 @@ bool folderExists(const std::string& path) {
     return status(path, found) && S_ISDIR(found.st_mode);
 }
 
+std::optional<Error> checkFolder(const std::string& path) {
+    struct stat found {};
+    errno = ENOENT;  // of a path with a zero byte, which nothing can have
+    if (!status(path, found)) {
+        return posixError(errno, path);
+    }
+    if (!S_ISDIR(found.st_mode)) {
+        return posixError(ENOTDIR, path);
+    }
+    if (::faccessat(AT_FDCWD, path.c_str(), R_OK | X_OK, AT_EACCESS) != 0) {
+        return posixError(errno, path);
+    }
+    return std::nullopt;
+}
+
 Result<std::vector<std::string>> contentsOfFolder(const std::string& path) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(path.c_str()), &::closedir);
     if (!folder) {
@@ -136,13 +153,16 @@ std::optional<Error> writeFileAtomically(const std::string& path, std::string_vi
     const std::filesystem::path canonical = std::filesystem::canonical(path, ignored);
     const std::string target = canonical.empty() ? path : canonical.string();
 
+    struct stat old {};
+    const bool replaces = status(target, old);
+    if (replaces && !S_ISREG(old.st_mode)) {
+        return posixError(S_ISDIR(old.st_mode) ? EISDIR : EINVAL, path);
+    }
     Result<TemporaryFile> made = TemporaryFile::beside(target);
     if (!made) {
         return made.error();
     }
     TemporaryFile& file = made.value();
-    struct stat old {};
-    const bool replaces = status(target, old);
     if (!writeAll(file.descriptor(), bytes) ||
         (replaces &&
          ::fchmod(file.descriptor(), old.st_mode & static_cast<mode_t>(ALLPERMS)) != 0) ||
@@ -150,6 +170,19 @@ std::optional<Error> writeFileAtomically(const std::string& path, std::string_vi
         return posixError(errno, path);
     }
     return file.replace(target);
+}
+
+std::optional<Error> writeFile(const std::string& path, std::string_view bytes) {
+    struct stat found {};
+    if (!status(path, found) || S_ISREG(found.st_mode) || S_ISDIR(found.st_mode)) {
+        return writeFileAtomically(path, bytes);
+    }
+    const FileDescriptor file(
+        uninterrupted([&] { return ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY); }));
+    if (!file || !writeAll(file.get(), bytes)) {
+        return posixError(errno, path);
+    }
+    return std::nullopt;
 }
 
 std::optional<Error> createFolder(const std::string& path) {

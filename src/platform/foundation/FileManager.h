@@ -17,6 +17,10 @@ namespace quillet::platform::FileManager {
 bool fileExists(const std::string& path);
 bool folderExists(const std::string& path);
 
+// An error where a folder cannot be used: ENOENT for none, ENOTDIR for something else, EACCES for
+// one that the user may not list or enter.
+std::optional<Error> checkFolder(const std::string& path);
+
 // Names (not paths) of a folder's entries in the system's order, without "." and "..". An error
 // where the folder cannot be listed.
 Result<std::vector<std::string>> contentsOfFolder(const std::string& path);
@@ -30,8 +34,13 @@ std::optional<Error> readFile(const std::string& path, ByteBuffer& bytes, std::s
 
 // Writes a file whole or not at all: a new file beside it (its name begins with "."), synced,
 // then renamed over it; removed again on an error. The mode of an existing file is kept; a new one
-// gets 0666 less the process's file mode mask. A symbolic link is followed.
+// gets 0666 less the process's file mode mask. A symbolic link is followed. What stands there and
+// is no regular file stays as it is: an error (EISDIR for a folder, else EINVAL).
 std::optional<Error> writeFileAtomically(const std::string& path, std::string_view bytes);
+
+// Writes where a user says: a FIFO or a device that stands at the path is written
+// into, as a shell would, and waited for; everything else goes by writeFileAtomically.
+std::optional<Error> writeFile(const std::string& path, std::string_view bytes);
 
 // Copies the contents of a regular file, symbolic links followed, to `destination`, where nothing
 // may stand yet: whole or not at all. The kernel copies, and shares the blocks where the file

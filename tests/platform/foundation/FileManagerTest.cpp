@@ -1,10 +1,12 @@
 #include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/FileManager.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/FileSizeLimit.h"
@@ -101,11 +103,30 @@ TEST(FileManager, AFileIsReplacedWholeAndKeepsItsModeAndAFailedWriteLeavesNothin
     folder.writeFile("taken/\xFE\xFF", "");
     EXPECT_EQ(FileManager::writeFileAtomically(folder.path("taken"), "text")->code, EISDIR);
     EXPECT_EQ(FileManager::writeFileAtomically(folder.path("missing/file"), "text")->code, ENOENT);
+    ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(FileManager::writeFileAtomically(folder.path("fifo"), "text")->code, EINVAL);
     EXPECT_THAT(FileManager::contentsOfFolder(folder.path()).value(),
-                UnorderedElementsAre("file", "link", "made", "taken"));
+                UnorderedElementsAre("fifo", "file", "link", "made", "taken"));
     EXPECT_THAT(FileManager::contentsOfFolder(folder.path("taken")).value(),
                 UnorderedElementsAre("\xFE\xFF"));
     EXPECT_EQ(FileManager::contentsOfFolder(folder.path("file")).error().code, ENOTDIR);
+}
+
+TEST(FileManager, WhatIsNoRegularFileIsWrittenIntoWhereTheUserSaysSo) {
+    const TemporaryFolder folder;
+    const std::string fifo = folder.path("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("fifo", folder.path("link").c_str()), 0);
+    const platform::FileDescriptor reader(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK));
+    EXPECT_FALSE(FileManager::writeFile(folder.path("link"), "text"));
+    std::string read(8, '\0');
+    read.resize(static_cast<std::size_t>(::read(reader.get(), read.data(), read.size())));
+    EXPECT_EQ(read, "text");
+    EXPECT_TRUE(std::filesystem::is_fifo(fifo));
+    EXPECT_EQ(FileManager::writeFile("/dev/full", "text")->code, ENOSPC);
+    EXPECT_EQ(FileManager::writeFile(folder.path(), "text")->code, EISDIR);
+    EXPECT_FALSE(FileManager::writeFile(folder.path("made"), "text"));
+    EXPECT_EQ(readText(folder.path("made")), "text");
 }
 
 TEST(FileManager, ACopyIsWholeOrNotThereAtAll) {
