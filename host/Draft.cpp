@@ -5,9 +5,12 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <iterator>
+#include <optional>
 #include <string_view>
 #include <unistd.h>
 
+#include "handoff/ExtensionUtilities.h"
 #include "handoff/MessageRendering.h"
 #include "handoff/MessageUrl.h"
 #include "platform/foundation/FileCoordinator.h"
@@ -31,21 +34,29 @@ bool isPicture(std::string_view start) {
     });
 }
 
-// The path without symbolic links where it lies in the folder; empty where it does not. The file
-// need not be there.
-std::string pathInside(const fs::path& folder, const std::string& path) {
+// A file in a staging folder, or where it would stand; symbolic links are resolved.
+struct StagedFile {
+    fs::path folder;
+    fs::path path;
+};
+
+// None where the path leads to no place in a staging folder of the data folder.
+std::optional<StagedFile> stagedFile(const fs::path& dataFolder, const std::string& path) {
     if (!path.starts_with('/') || path.find('\0') != std::string::npos) {
-        return {};
+        return std::nullopt;
     }
     std::error_code failure;
-    const fs::path root = fs::canonical(folder, failure);
+    const fs::path root = fs::canonical(dataFolder, failure);
     if (failure) {
-        return {};
+        return std::nullopt;
     }
     const fs::path canonical = fs::weakly_canonical(path, failure);
-    const auto end = std::mismatch(root.begin(), root.end(), canonical.begin(), canonical.end());
-    const bool isInside = !failure && end.first == root.end() && end.second != canonical.end();
-    return isInside ? canonical.string() : std::string();
+    const auto [end, item] =
+        std::mismatch(root.begin(), root.end(), canonical.begin(), canonical.end());
+    const bool isInside = !failure && end == root.end() && item != canonical.end() &&
+                          std::next(item) != canonical.end() &&
+                          ExtensionUtilities::namesStagingFolder(item->string());
+    return isInside ? std::optional(StagedFile{root / *item, canonical}) : std::nullopt;
 }
 
 void takePicture(const std::string& path, DraftAttachment& attachment, std::size_t mostBytes) {
@@ -70,6 +81,27 @@ void takeFile(const std::string& path, DraftAttachment& attachment, std::size_t 
     }
 }
 
+void takeAttachment(const platform::FileCoordinator& coordinator,
+                    const std::string& dataFolder,
+                    DraftAttachment& attachment,
+                    std::size_t mostBytes) {
+    // A draft may name any number of paths, and each lock leaves a file.
+    const auto named = stagedFile(dataFolder, attachment.path);
+    if (!named) {
+        return;
+    }
+    if (!platform::FileManager::folderExists(named->folder)) {
+        attachment.state = State::Missing;
+        return;
+    }
+    coordinator.coordinateReading(attachment.path, [&](const std::string& path) {
+        // Resolved again: whoever shares may have put a link there meanwhile.
+        if (const auto staged = stagedFile(dataFolder, path)) {
+            takeFile(staged->path, attachment, mostBytes);
+        }
+    });
+}
+
 std::vector<DraftAttachment> takeAttachments(const ExtensionMessage::Attachments& named,
                                              const std::string& dataFolder) {
     const platform::FileCoordinator coordinator(dataFolder);
@@ -78,13 +110,7 @@ std::vector<DraftAttachment> takeAttachments(const ExtensionMessage::Attachments
     for (const std::any& each : named) {
         DraftAttachment& attachment = attachments.emplace_back();
         attachment.path = std::any_cast<const std::string&>(each);
-        // Resolved under the lock as well: whoever shares may put a link there meanwhile.
-        coordinator.coordinateReading(attachment.path, [&](const std::string& /*path*/) {
-            const std::string path = pathInside(dataFolder, attachment.path);
-            if (!path.empty()) {
-                takeFile(path, attachment, room);
-            }
-        });
+        takeAttachment(coordinator, dataFolder, attachment, room);
         room -= attachment.picture.size();
     }
     return attachments;

@@ -11,7 +11,8 @@ namespace quillet::host {
 // A file that a draft names. What is needed of it is taken when the draft comes: a later share may
 // empty the staging folder.
 struct DraftAttachment {
-    // Foreign: outside the data folder, symbolic links resolved; such a file is never opened.
+    // Foreign: in no staging folder, symbolic links resolved; such a file is never opened, and
+    // nothing is locked for it.
     enum class State { Taken, Missing, Unreadable, Foreign };
 
     std::string path;  // as the draft names it

@@ -89,7 +89,7 @@ QString sizeText(const DraftAttachment& attachment) {
         case DraftAttachment::State::Unreadable:
             return MessageWindow::tr("cannot be read");
         case DraftAttachment::State::Foreign:
-            return MessageWindow::tr("not taken: not in the container");
+            return MessageWindow::tr("not taken: not in a staging folder of the container");
     }
     return {};
 }

@@ -18,6 +18,9 @@
 // changes nothing and is logged as an error of the coordination, and so is a missing container.
 namespace quillet::ExtensionUtilities {
 
+// Whether a word names a staging folder. To empty what the host keeps beside them would lose mail.
+bool namesStagingFolder(std::string_view service);
+
 // Empties the staging folder, or makes it. To be called once before a share.
 void ShareInit(std::string_view service);
 

@@ -22,6 +22,8 @@ TEST(Draft, OnlyRegularFilesInsideTheDataFolderAreTaken) {
     folder.writeFile("Data2/beside.png", png);
     folder.writeFile("Data/Share/text.png", "GIF? no");
     folder.writeFile("Data/Share/empty", "");
+    folder.writeFile("Data/Share/folder/file", "");
+    folder.writeFile("Data/Today/1.plist", "");
     std::filesystem::create_symlink(secret, folder.path("Data/Share/out.png"));
     std::filesystem::create_symlink("image.png", folder.path("Data/Share/in.png"));
     const struct {
@@ -35,7 +37,10 @@ TEST(Draft, OnlyRegularFilesInsideTheDataFolderAreTaken) {
         {folder.path("Data/Share/text.png"), State::Taken, 7, ""},
         {folder.path("Data/Share/empty"), State::Taken, 0, ""},
         {folder.path("Data/Share/gone"), State::Missing, 0, ""},
-        {folder.path("Data/Share"), State::Unreadable, 0, ""},
+        {folder.path("Data/Share/folder"), State::Unreadable, 0, ""},
+        {folder.path("Data/New/gone"), State::Missing, 0, ""},
+        {folder.path("Data/Share"), State::Foreign, 0, ""},
+        {folder.path("Data/Today/1.plist"), State::Foreign, 0, ""},
         {folder.path("Data/Share/out.png"), State::Foreign, 0, ""},
         {folder.path("Data/Share/../../secret.png"), State::Foreign, 0, ""},
         {folder.path("Data2/beside.png"), State::Foreign, 0, ""},
@@ -62,6 +67,11 @@ TEST(Draft, OnlyRegularFilesInsideTheDataFolderAreTaken) {
         EXPECT_EQ(draft.attachments[index].size, rows[index].size);
         EXPECT_EQ(draft.attachments[index].picture, rows[index].picture);
     }
+    std::size_t locks = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(runtime.path())) {
+        locks += entry.is_regular_file() ? 1 : 0;
+    }
+    EXPECT_EQ(locks, 1U) << "only the folder \"Share\" has to be locked";
 }
 
 }  // namespace
