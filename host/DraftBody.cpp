@@ -3,11 +3,12 @@
 #include <QBuffer>
 #include <QImage>
 #include <QImageReader>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+
+#include "host/BodyLimits.h"
 
 namespace quillet::host {
 
@@ -19,10 +20,9 @@ constexpr int kHighest = 400;       // points
 constexpr int kPictureWidth = 390;  // points
 constexpr int kPictureHeight = 300;
 constexpr std::size_t kLongest = std::size_t{64} << 10U;  // bytes of HTML that are shown
-constexpr qsizetype kMostTables = 8;
 constexpr std::size_t kMostTags = 1000;
 
-// In place of a picture that is not shown. The toolkit would look for a null one on the disk.
+// In place of a picture that is not shown.
 QImage nothing() {
     QImage image(1, 1, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
@@ -41,14 +41,6 @@ QImage read(QByteArray bytes) {
         kPictureWidth, kPictureHeight, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
-// The toolkit's work for nested tables doubles with each level.
-QString withoutTables(QString html) {
-    static const QRegularExpression tag(
-        QStringLiteral("<(/?)(table|thead|tbody|tfoot|caption|tr|td|th)\\b"),
-        QRegularExpression::CaseInsensitiveOption);
-    return html.replace(tag, QStringLiteral("<\\1div"));
-}
-
 // The beginning of a body that the toolkit lays out in a moment, however deep its tags are nested.
 std::string_view beginningOf(std::string_view html) {
     html = html.substr(0, kLongest);
@@ -59,11 +51,8 @@ std::string_view beginningOf(std::string_view html) {
     return html.substr(0, end);
 }
 
-// Whether a cell reaches over so many others that the toolkit would be busy for minutes.
-bool hasWideCell(const QString& html) {
-    static const QRegularExpression wideCell(QStringLiteral("(col|row)span[^>\\d]*\\d{3}"),
-                                             QRegularExpression::CaseInsensitiveOption);
-    return html.contains(wideCell);
+QString textOf(std::string_view bytes) {
+    return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
 }  // namespace
@@ -78,20 +67,26 @@ DraftBody::DraftBody(const Draft& draft) {
     }
     setOpenLinks(false);
     document()->setTextWidth(kWidth);
-    const std::string_view shown = beginningOf(draft.body);
-    isCut_ = shown.size() < draft.body.size();
-    showBody(QString::fromUtf8(shown.data(), static_cast<qsizetype>(shown.size())));
+    showBody(draft.body);
     setMinimumHeight(kLowest);
 }
 
-void DraftBody::showBody(const QString& html) {
-    if (hasWideCell(html)) {
-        setPlainText(html);
-    } else if (html.count(QLatin1String("<table"), Qt::CaseInsensitive) > kMostTables) {
-        setHtml(withoutTables(html));
-    } else {
-        setHtml(html);
+void DraftBody::showBody(std::string_view body) {
+    std::string_view shown = beginningOf(body);
+    const QString html = textOf(shown);
+    switch (formOf(body, html)) {
+        case BodyForm::Html:
+            setHtml(html);
+            break;
+        case BodyForm::HtmlWithoutTables:
+            setHtml(withoutTables(html));
+            break;
+        case BodyForm::PlainText:
+            shown = body.substr(0, kLongest);
+            setPlainText(textOf(shown));
+            break;
     }
+    isCut_ = shown.size() < body.size();
 }
 
 QSize DraftBody::sizeHint() const {
@@ -106,8 +101,9 @@ void DraftBody::showEvent(QShowEvent* event) {
 }
 
 QVariant DraftBody::loadResource(int type, const QUrl& name) {
+    // What is answered with nothing at all the toolkit would look for on the disk itself.
     if (type != QTextDocument::ImageResource) {
-        return {};
+        return QByteArray("");
     }
     const QImage picture = read(pictures_.value(name));
     return picture.isNull() ? nothing() : picture;

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QTextBrowser>
 #include <QUrl>
+#include <string_view>
 
 #include "host/Draft.h"
 
@@ -24,9 +25,9 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    void showBody(const QString& html);
+    void showBody(std::string_view body);
 
-    bool isCut_;
+    bool isCut_ = false;
     QHash<QUrl, QByteArray> pictures_;  // by the address that the body names
 };
 

@@ -1,5 +1,7 @@
 #include <QImage>
+#include <QTextFrame>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "host/DraftBody.h"
 #include "platform/desktop/PngEncoding.h"
@@ -54,7 +56,40 @@ TEST(DraftBody, ABodyThatTakesTheToolkitVeryLongIsCutOrStaysAsItIsWritten) {
     EXPECT_EQ(shown("<table><tr><td>", 60'000), QStringLiteral("…"));
     EXPECT_EQ(shown("a ", 50'000),
               QStringLiteral("a ").repeated(32'768).trimmed() + QStringLiteral("…"));
-    EXPECT_EQ(shown("<td colspan='1000'>", 1), QStringLiteral("<td colspan='1000'>x"));
+    EXPECT_EQ(shown("<table><tr><td>x</td></tr></table>", 1'000).left(1), QStringLiteral("x"));
+    for (const char* plain : {"<td rowspan='21'>",
+                              "<TH x=1 COLSPAN = +99>",
+                              "<td colspan=99999999999>",
+                              "<td colspan=&#57;&#57;>",
+                              "<td c&#111;lspan=99>",
+                              "<td 'colspan'=99>",
+                              "<t&#100; colspan=99>"}) {
+        EXPECT_EQ(shown(plain, 1), QString::fromUtf8(plain) + QLatin1Char('x'));
+    }
+    EXPECT_TRUE(shown("<td>", 1'001).startsWith(QStringLiteral("<td><td>")));
+    // The toolkit never comes back from some tables whose tags are closed out of turn.
+    EXPECT_EQ(shown("<table><tr><td>a<div></tr><p><td>", 1), QStringLiteral("a\nx"));
+    Draft draft;
+    draft.body = "<table><tr><td colspan=' 020 ' style='a:&quot;b&quot;'>a</td></tr></table>";
+    EXPECT_EQ(DraftBody(draft).document()->rootFrame()->childFrames().size(), 1);
+}
+
+// What is answered with nothing at all the toolkit reads itself: a FIFO would hang the host.
+TEST(DraftBody, NoOtherResourceIsLeftToTheToolkit) {
+    const test::TemporaryFolder folder;
+    const std::string fifo = folder.path("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    Draft draft;
+    draft.body = "<style>@import url(file://" + fifo + ");</style><img src=\"" + fifo + "\">x";
+    DraftBody body(draft);
+    const QUrl name = QUrl::fromLocalFile(QString::fromStdString(fifo));
+    for (const int type : {QTextDocument::HtmlResource,
+                           QTextDocument::ImageResource,
+                           QTextDocument::StyleSheetResource,
+                           QTextDocument::MarkdownResource,
+                           QTextDocument::UserResource}) {
+        EXPECT_TRUE(body.document()->resource(type, name).isValid()) << type;
+    }
 }
 
 }  // namespace
