@@ -6,11 +6,12 @@
 #include <variant>
 #include <vector>
 
+#include "platform/foundation/ProgramArguments.h"
+
 namespace quillet::host {
 
-inline constexpr int kSuccess = 0;
-inline constexpr int kFailure = 1;
-inline constexpr int kWrongUsage = 2;
+using platform::kFailure;
+using platform::kSuccess;
 
 // What one start of quillet-sample-host is asked to do.
 struct CommandLine {
@@ -27,14 +28,8 @@ struct CommandLine {
     std::vector<std::string> urls;
 };
 
-// Text to print and the exit status to end with, instead of a command.
-struct EarlyExit {
-    int status = kSuccess;
-    std::string text;
-};
-
 // Reads the arguments of main, the program's name first; they are bytes of any encoding. Wrong
-// usage ends with kWrongUsage and says what is wrong.
-std::variant<CommandLine, EarlyExit> readCommandLine(std::span<char* const> arguments);
+// usage ends with status 2 and a text that says what is wrong.
+std::variant<CommandLine, platform::EarlyExit> readCommandLine(std::span<char* const> arguments);
 
 }  // namespace quillet::host

@@ -18,6 +18,7 @@
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/SessionBus.h"
 #include "platform/desktop/StopSignals.h"
+#include "platform/foundation/StandardError.h"
 
 namespace quillet::host {
 
@@ -29,7 +30,7 @@ using Claim = ApplicationService::Claim;
 constexpr std::chrono::seconds kPatience{2};
 
 int fail(const std::string& problem) {
-    std::cerr << "quillet-sample-host: " << problem << '\n';
+    platform::writeErrorLine("quillet-sample-host: " + problem);
     return kFailure;
 }
 
@@ -46,8 +47,8 @@ int handOver(const ApplicationService& service, const Call& call, const std::str
     if (!service.handOver(call)) {
         return fail(identifier + " is running already and does not answer");
     }
-    std::cerr << "quillet-sample-host: " << identifier
-              << " is running already; it was asked to come to the front instead\n";
+    platform::writeErrorLine("quillet-sample-host: " + identifier +
+                             " is running already; it was asked to come to the front instead");
     return kSuccess;
 }
 

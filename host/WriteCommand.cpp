@@ -5,6 +5,7 @@
 #include "host/SampleStore.h"
 #include "host/StoreWriter.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
+#include "platform/foundation/StandardError.h"
 
 namespace quillet::host {
 
@@ -12,18 +13,18 @@ int runWrite(const CommandLine& line) {
     const std::string folder = dataFolder(line.folder);
     const auto files = sampleStore(currentSampleTime());
     if (const auto failure = writeStore(folder, files)) {
-        std::cerr << "quillet-sample-host: " << failure->error.description() << '\n'
-                  << (failure->isOfLock
-                          ? "Let XDG_RUNTIME_DIR name a folder that is yours alone, or TMPDIR one "
-                            "that you may write into.\n"
-                          : "Name a folder that you may write into.\n");
+        platform::writeErrorLine("quillet-sample-host: " + failure->error.description());
+        platform::writeErrorLine(
+            failure->isOfLock ? "Let XDG_RUNTIME_DIR name a folder that is yours alone, or TMPDIR "
+                                "one that you may write into."
+                              : "Name a folder that you may write into.");
         return kFailure;
     }
     const bool isTold = platform::DistributedNotificationCenter::defaultCenter().postNotification(
         "k_today_widget_key", "k_today_widget_object");
     if (line.isVerbose) {
         for (const auto& file : files) {
-            std::cout << folder << '/' << file.path << '\n';
+            std::cout << platform::printableLine(folder + '/' + file.path) << '\n';
         }
         std::cout << (isTold ? "Told the widget to read it.\n"
                              : "There is no session bus on which to tell the widget.\n");

@@ -3,7 +3,6 @@
 
 #include <QCoreApplication>
 #include <cstdlib>
-#include <iostream>
 
 #include "host/CommandLine.h"
 #include "host/RunCommand.h"
@@ -29,9 +28,8 @@ void applyIdentifier(const CommandLine& line) {
 
 int main(int argc, char** argv) {
     const auto read = quillet::host::readCommandLine({argv, static_cast<std::size_t>(argc)});
-    if (const auto* exit = std::get_if<quillet::host::EarlyExit>(&read)) {
-        (exit->status == quillet::host::kSuccess ? std::cout : std::cerr) << exit->text;
-        return exit->status;
+    if (const auto* exit = std::get_if<quillet::platform::EarlyExit>(&read)) {
+        return quillet::platform::finish(*exit);
     }
     const auto& line = std::get<CommandLine>(read);
     applyIdentifier(line);

@@ -1,212 +1,180 @@
 #include "app/CommandLine.h"
 
-#include <QCommandLineParser>
+#include <array>
+#include <charconv>
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 namespace quillet {
 
 namespace {
 
+using platform::ProgramArguments;
+using platform::ProgramOption;
+using platform::UsageError;
+using Words = std::vector<std::string>;
+
 constexpr double kSmallestScale = 0.5;
 constexpr double kLargestScale = 8.0;
-constexpr int kWrongUsage = 2;
 
-// The parser works on text, but arguments are bytes that need not be text in any encoding. They
-// travel through it as Latin-1, which keeps every byte.
-QStringList textOf(std::span<char* const> arguments) {
-    QStringList words;
-    for (const char* argument : arguments) {
-        words.append(QString::fromLatin1(argument));
-    }
-    return words;
-}
-
-std::string bytesOf(const QString& text) {
-    return text.toLatin1().toStdString();
-}
-
-// Why the arguments cannot be followed.
-struct UsageError {
-    QString text;
+constexpr std::array kOptions{
+    ProgramOption{"container", "DIR", "read this container; empty: there is none\n"},
+    ProgramOption{"bundle-identifier",
+                  "ID",
+                  "act as the program with this identifier, which chooses the data\n"
+                  "folder and the mail application\n"},
+    ProgramOption{"dark", nullptr, "panel, snapshot: take the dark look\n"},
+    ProgramOption{"light", nullptr, "panel, snapshot: take the light look\n"},
+    ProgramOption{"segment",
+                  "N",
+                  "list, snapshot: show this segment instead of the one chosen last:\n"
+                  "0 everything, 1 Inbox, 2 To Do, 3 Memo, 4 the folder with the\n"
+                  "code 13, which the panel offers no segment for\n"},
+    ProgramOption{"json", nullptr, "list: print one JSON object instead of text\n"},
+    ProgramOption{"scale", "F", "snapshot: draw F device pixels a point, 0.5 to 8\n"},
 };
 
-struct Options {
-    QCommandLineOption container{QStringLiteral("container"),
-                                 QStringLiteral("Read the shared container <DIR>."),
-                                 QStringLiteral("DIR")};
-    QCommandLineOption bundleIdentifier{
-        QStringLiteral("bundle-identifier"),
-        QStringLiteral("Run as the bundle <ID>; it chooses the data folder and the host."),
-        QStringLiteral("ID")};
-    QCommandLineOption dark{QStringLiteral("dark"), QStringLiteral("Take the dark look.")};
-    QCommandLineOption light{QStringLiteral("light"), QStringLiteral("Take the light look.")};
-    QCommandLineOption segment{
-        QStringLiteral("segment"),
-        QStringLiteral("list, snapshot: show segment <N> (0 all, 1 Inbox, 2 To Do, 3 Memo)."),
-        QStringLiteral("N")};
-    QCommandLineOption json{QStringLiteral("json"), QStringLiteral("list: print JSON.")};
-    QCommandLineOption scale{QStringLiteral("scale"),
-                             QStringLiteral("snapshot: draw <F> device pixels a point."),
-                             QStringLiteral("F")};
-    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
-                            QStringLiteral("Print this text.")};
-    QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
-                               QStringLiteral("Print the version.")};
+constexpr std::array kEnvironment{
+    platform::ProgramVariable{"QUILLET_RESOURCES", "the folder of icons and translations\n"},
+    platform::ProgramVariable{"LC_ALL, LC_TIME, LANG",
+                              "form of dates: the first that is set and not empty\n"},
+    platform::ProgramVariable{"LANGUAGE, LC_ALL, LANG", "language of the texts\n"},
+    platform::ProgramVariable{"TZ", "time zone\n"},
 };
 
-void describe(QCommandLineParser& parser, const Options& options) {
-    parser.setApplicationDescription(
-        QStringLiteral("Shows the newest messages of the mail application in a panel."));
-    parser.addOptions({options.container,
-                       options.bundleIdentifier,
-                       options.dark,
-                       options.light,
-                       options.segment,
-                       options.json,
-                       options.scale,
-                       options.help,
-                       options.version});
-    parser.addPositionalArgument(
-        QStringLiteral("command"),
-        QStringLiteral("list prints the rows that the widget shows, snapshot draws it into "
-                       "FILE.png; without a command the panel comes up."),
-        QStringLiteral("[list | snapshot FILE.png]"));
+constexpr platform::Program kProgram{
+    "quillet-today",
+    QUILLET_VERSION,
+    "[OPTION]…\n"
+    "list [OPTION]…\n"
+    "snapshot FILE.png [OPTION]…\n",
+    R"(Shows the newest messages of the mail application in a panel at the edge of the
+screen. A second start hides the panel of the first, or shows it again; so does the
+icon in the tray. Escape hides the panel; where neither a tray nor a session bus could
+bring it back, Escape ends the program.
+
+Commands:
+  list      print the rows that the panel shows; needs no display
+  snapshot  draw the panel's contents into a picture; needs no display
+)",
+    kOptions,
+    kEnvironment,
+    "failure: there is no display for the panel, the container cannot be read,\n"
+    "the picture cannot be written\n"};
+
+// The whole text as a number; none where it is something else.
+template <typename Number>
+std::optional<Number> numberOf(const std::string& text) {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto [rest, failure] = std::from_chars(text.data(), end, number);
+    return failure == std::errc() && rest == end ? std::optional(number) : std::nullopt;
 }
 
-// The toolkit's text, but with the program's name whatever it was started as.
-std::string helpOf(const QCommandLineParser& parser) {
-    const QString text = parser.helpText();
-    return "Usage: quillet-today" +
-           text.mid(text.indexOf(QLatin1String(" [options]"))).toStdString();
-}
-
-std::int64_t segmentOf(const QString& text) {
-    bool valid = false;
-    const qlonglong segment = text.toLongLong(&valid);
-    if (!valid) {
-        throw UsageError{QStringLiteral("--segment takes a whole number, not \"%1\"").arg(text)};
+std::int64_t segmentOf(const std::string& text) {
+    const auto segment = numberOf<std::int64_t>(text);
+    if (!segment) {
+        throw UsageError{"\"--segment\" takes a whole number, not \"" + text + "\""};
     }
-    return segment;
+    return *segment;
 }
 
-double scaleOf(const QString& text) {
-    bool valid = false;
-    const double scale = text.toDouble(&valid);
-    if (!valid || !(scale >= kSmallestScale && scale <= kLargestScale)) {
-        throw UsageError{QStringLiteral("--scale takes a number from %1 to %2, not \"%3\"")
-                             .arg(kSmallestScale)
-                             .arg(kLargestScale)
-                             .arg(text)};
+double scaleOf(const std::string& text) {
+    const auto scale = numberOf<double>(text);
+    if (!scale || !(*scale >= kSmallestScale && *scale <= kLargestScale)) {
+        throw UsageError{"\"--scale\" takes a number from 0.5 to 8, not \"" + text + "\""};
     }
-    return scale;
+    return *scale;
 }
 
 // An absolute path, so that it means the same whatever the working folder; empty stays empty.
-std::string containerOf(const QString& path) {
-    if (path.isEmpty()) {
+std::string containerOf(const std::string& path) {
+    if (path.empty()) {
         return {};
     }
     std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(bytesOf(path), error);
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     if (error) {
-        throw UsageError{
-            QStringLiteral("--container needs an absolute path where there is no working folder")};
+        throw UsageError{"\"--container\" needs an absolute path where there is no working folder"};
     }
     return absolute.string();
 }
 
-void readCommand(const QStringList& words, CommandLine& line) {
-    if (words.isEmpty()) {
+void readCommand(const Words& words, CommandLine& line) {
+    if (words.empty()) {
         return;
     }
-    const QString& command = words.first();
-    if (command == QLatin1String("list")) {
+    const std::string& command = words.front();
+    if (command == "list") {
         line.command = CommandLine::Command::List;
-    } else if (command == QLatin1String("snapshot")) {
+    } else if (command == "snapshot") {
         line.command = CommandLine::Command::Snapshot;
     } else {
-        throw UsageError{QStringLiteral("there is no command \"%1\"").arg(command)};
+        throw UsageError{"there is no command \"" + command + "\""};
     }
-    const qsizetype wanted = line.command == CommandLine::Command::Snapshot ? 2 : 1;
-    if (words.size() < wanted) {
-        throw UsageError{QStringLiteral("snapshot needs the name of the file to write")};
+    const std::size_t wanted = line.command == CommandLine::Command::Snapshot ? 2 : 1;
+    if (words.size() < wanted || words[wanted - 1].empty()) {
+        throw UsageError{"\"snapshot\" needs the name of the file to write"};
     }
     if (words.size() > wanted) {
-        throw UsageError{QStringLiteral("\"%1\" is one argument too many").arg(words[wanted])};
+        throw UsageError{"\"" + words[wanted] + "\" is one argument too many"};
     }
     if (wanted > 1) {
-        line.picture = bytesOf(words[1]);
+        line.picture = words[1];
     }
 }
 
-void readOptions(const QCommandLineParser& parser, const Options& options, CommandLine& line) {
-    if (parser.isSet(options.container)) {
-        line.container = containerOf(parser.value(options.container));
+void readOptions(const ProgramArguments& arguments, CommandLine& line) {
+    if (const auto container = arguments.value("container")) {
+        line.container = containerOf(*container);
     }
-    if (parser.isSet(options.bundleIdentifier)) {
-        line.bundleIdentifier = bytesOf(parser.value(options.bundleIdentifier));
+    line.bundleIdentifier = arguments.value("bundle-identifier");
+    if (arguments.has("dark") || arguments.has("light")) {
+        line.look = arguments.has("dark") ? platform::Look::Dark : platform::Look::Light;
     }
-    if (parser.isSet(options.dark) || parser.isSet(options.light)) {
-        line.look = parser.isSet(options.dark) ? platform::Look::Dark : platform::Look::Light;
+    if (const auto segment = arguments.value("segment")) {
+        line.segment = segmentOf(*segment);
     }
-    if (parser.isSet(options.segment)) {
-        line.segment = segmentOf(parser.value(options.segment));
+    if (const auto scale = arguments.value("scale")) {
+        line.scale = scaleOf(*scale);
     }
-    if (parser.isSet(options.scale)) {
-        line.scale = scaleOf(parser.value(options.scale));
-    }
-    line.json = parser.isSet(options.json);
+    line.json = arguments.has("json");
 }
 
 // Options that the command has no use for are refused rather than ignored.
-void checkOptions(const QCommandLineParser& parser,
-                  const Options& options,
-                  const CommandLine& line) {
+void checkOptions(const ProgramArguments& arguments, const CommandLine& line) {
     const bool list = line.command == CommandLine::Command::List;
     const bool snapshot = line.command == CommandLine::Command::Snapshot;
-    if (parser.isSet(options.dark) && parser.isSet(options.light)) {
-        throw UsageError{QStringLiteral("choose one of --dark and --light")};
+    if (arguments.has("dark") && arguments.has("light")) {
+        throw UsageError{"choose one of \"--dark\" and \"--light\""};
     }
     if (line.look && list) {
-        throw UsageError{QStringLiteral("--dark and --light go with the panel and snapshot")};
+        throw UsageError{"\"--dark\" and \"--light\" go with the panel and \"snapshot\""};
     }
     if (line.json && !list) {
-        throw UsageError{QStringLiteral("--json goes with list")};
+        throw UsageError{"\"--json\" goes with \"list\""};
     }
-    if (parser.isSet(options.scale) && !snapshot) {
-        throw UsageError{QStringLiteral("--scale goes with snapshot")};
+    if (arguments.has("scale") && !snapshot) {
+        throw UsageError{"\"--scale\" goes with \"snapshot\""};
     }
     if (line.segment && !list && !snapshot) {
-        throw UsageError{QStringLiteral("--segment goes with list and snapshot")};
+        throw UsageError{"\"--segment\" goes with \"list\" and \"snapshot\""};
     }
+}
+
+CommandLine interpret(const ProgramArguments& arguments) {
+    CommandLine line;
+    readCommand(arguments.words(), line);
+    readOptions(arguments, line);
+    checkOptions(arguments, line);
+    return line;
 }
 
 }  // namespace
 
-std::variant<CommandLine, EarlyExit> readCommandLine(std::span<char* const> arguments) {
-    QCommandLineParser parser;
-    const Options options;
-    describe(parser, options);
-    try {
-        if (!parser.parse(textOf(arguments))) {
-            throw UsageError{parser.errorText()};
-        }
-        if (parser.isSet(options.help)) {
-            return EarlyExit{0, helpOf(parser)};
-        }
-        if (parser.isSet(options.version)) {
-            return EarlyExit{0, "quillet-today " QUILLET_VERSION "\n"};
-        }
-        CommandLine line;
-        readCommand(parser.positionalArguments(), line);
-        readOptions(parser, options, line);
-        checkOptions(parser, options, line);
-        return line;
-    } catch (const UsageError& error) {
-        return EarlyExit{
-            kWrongUsage,
-            "quillet-today: " + bytesOf(error.text) + "\nTry \"quillet-today --help\".\n"};
-    }
+std::variant<CommandLine, platform::EarlyExit> readCommandLine(std::span<char* const> arguments) {
+    return platform::readArguments(kProgram, arguments, interpret);
 }
 
 }  // namespace quillet

@@ -7,6 +7,7 @@
 #include <variant>
 
 #include "platform/desktop/Appearance.h"
+#include "platform/foundation/ProgramArguments.h"
 
 namespace quillet {
 
@@ -24,14 +25,8 @@ struct CommandLine {
     double scale = 1.0;   // device pixels a point
 };
 
-// Text to print and the exit status to end with, instead of a command.
-struct EarlyExit {
-    int status = 0;
-    std::string text;
-};
-
 // Reads the arguments of main, the program's name first. Wrong usage ends with status 2 and a text
-// that says what to do.
-std::variant<CommandLine, EarlyExit> readCommandLine(std::span<char* const> arguments);
+// that says what is wrong.
+std::variant<CommandLine, platform::EarlyExit> readCommandLine(std::span<char* const> arguments);
 
 }  // namespace quillet

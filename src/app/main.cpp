@@ -1,24 +1,33 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QLocale>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "app/CommandLine.h"
+#include "app/ContainerCheck.h"
 #include "app/ListCommand.h"
 #include "app/PanelProgram.h"
 #include "app/SnapshotCommand.h"
+#include "model/ExtensionUtilities.h"
 #include "platform/desktop/Display.h"
 #include "platform/desktop/SessionBus.h"
+#include "platform/foundation/Error.h"
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/LockWait.h"
+#include "platform/foundation/StandardError.h"
 
 namespace {
 
 using quillet::CommandLine;
+using quillet::platform::kFailure;
+using quillet::platform::kSuccess;
 
-constexpr int kFailure = 1;
+void complain(const std::string& problem) {
+    quillet::platform::writeErrorLine("quillet-today: " + problem);
+}
 
 void putInEnvironment(const char* name, const std::optional<std::string>& value) {
     if (value) {
@@ -31,13 +40,20 @@ void applySettings(const CommandLine& line) {
     putInEnvironment("QUILLET_CONTAINER", line.container);
     putInEnvironment("QUILLET_BUNDLE_IDENTIFIER", line.bundleIdentifier);
     quillet::platform::SessionBus::settleAddress();
-    if (line.container && !line.container->empty() &&
-        !quillet::platform::FileManager::folderExists(*line.container)) {
-        std::fprintf(stderr,
-                     "quillet-today: there is no folder %s yet; nothing to show until the mail "
-                     "application writes it\n",
-                     line.container->c_str());
+}
+
+// Tells what is wrong with the container; false where nothing can be read of it.
+bool checkContainer() {
+    const auto problem = quillet::containerProblem();
+    if (problem && problem->code == ENOENT) {
+        complain("there is no folder \"" + quillet::ExtensionUtilities::GroupPath().value() +
+                 "\" yet; nothing to show until the mail application writes it");
+        return true;
     }
+    if (problem) {
+        complain("the container cannot be read: " + problem->text);
+    }
+    return !problem;
 }
 
 // Takes over what the desktop would set, were there one: the direction of the user's language, and
@@ -56,10 +72,10 @@ int runList(const CommandLine& line) {
     const std::string rows = quillet::listRows(format, line.segment);
     if (std::fwrite(rows.data(), 1, rows.size(), stdout) != rows.size() ||
         std::fflush(stdout) != 0) {
-        std::perror("quillet-today: cannot print the list");
+        complain(quillet::platform::posixError(errno, "the list cannot be printed").text);
         return kFailure;
     }
-    return 0;
+    return kSuccess;
 }
 
 // Without a session the toolkit would look for a runtime folder of its own, make it and warn. It
@@ -87,17 +103,16 @@ int runSnapshot(const CommandLine& line, int argc, char** argv) {
     const auto error = quillet::drawSnapshot(
         {line.picture, line.segment, line.look.value_or(quillet::platform::Look::Light)});
     if (error) {
-        std::fprintf(stderr, "quillet-today: %s\n", error->c_str());
+        complain(*error);
     }
-    return error ? kFailure : 0;
+    return error ? kFailure : kSuccess;
 }
 
 int runPanel(const CommandLine& line, int argc, char** argv) {
     if (!quillet::platform::hasDisplay()) {
-        std::fputs(
-            "quillet-today: there is no display for the panel; start it in a desktop session, "
-            "or use \"quillet-today list\" or \"quillet-today snapshot FILE.png\"\n",
-            stderr);
+        complain(
+            "there is no display for the panel; start it in a desktop session, or use "
+            "\"quillet-today list\" or \"quillet-today snapshot FILE.png\"");
         return kFailure;
     }
     const QApplication application(argc, argv);
@@ -111,14 +126,17 @@ int runPanel(const CommandLine& line, int argc, char** argv) {
 
 int main(int argc, char** argv) {
     const auto read = quillet::readCommandLine({argv, static_cast<std::size_t>(argc)});
-    if (const auto* exit = std::get_if<quillet::EarlyExit>(&read)) {
-        std::fputs(exit->text.c_str(), exit->status == 0 ? stdout : stderr);
-        return exit->status;
+    if (const auto* exit = std::get_if<quillet::platform::EarlyExit>(&read)) {
+        return quillet::platform::finish(*exit);
     }
     const auto& line = std::get<CommandLine>(read);
     applySettings(line);
+    const bool isReadable = checkContainer();
     if (line.command == CommandLine::Command::Panel) {
         return runPanel(line, argc, argv);
+    }
+    if (!isReadable) {
+        return kFailure;
     }
     quillet::platform::tellOfLongLockWaits("quillet-today");
     return line.command == CommandLine::Command::List ? runList(line)

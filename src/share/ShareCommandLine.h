@@ -6,6 +6,8 @@
 #include <variant>
 #include <vector>
 
+#include "platform/foundation/ProgramArguments.h"
+
 namespace quillet {
 
 // How a text is taken that comes without a name.
@@ -22,15 +24,9 @@ struct ShareCommandLine {
     std::vector<std::string> items;  // bytes as given; empty: the clipboard
 };
 
-// Text to print and the exit status to end with, instead of sharing.
-struct ShareEarlyExit {
-    int status = 0;
-    std::string text;
-};
-
 // Reads the arguments of main, the program's name first. Wrong usage ends with status 2 and a text
-// that says what to do. One thread at a time.
-std::variant<ShareCommandLine, ShareEarlyExit> readShareCommandLine(
+// that says what is wrong.
+std::variant<ShareCommandLine, platform::EarlyExit> readShareCommandLine(
     std::span<char* const> arguments);
 
 }  // namespace quillet

@@ -28,6 +28,7 @@
 #include "platform/desktop/Workspace.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/LockWait.h"
+#include "platform/foundation/StandardError.h"
 #include "platform/foundation/Uninterrupted.h"
 #include "widget/ExtensionUtilities.h"
 
@@ -45,7 +46,7 @@ namespace {
 constexpr int kFailure = 1;
 
 int failure(const std::string& reason) {
-    std::fprintf(stderr, "quillet-share: %s\n", reason.c_str());
+    platform::writeErrorLine("quillet-share: " + reason);
     return kFailure;
 }
 

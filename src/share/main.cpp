@@ -1,5 +1,4 @@
 #include <QGuiApplication>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -7,6 +6,7 @@
 #include "share/ShareProgram.h"
 
 #include "platform/desktop/Display.h"
+#include "platform/foundation/StandardError.h"
 
 namespace {
 
@@ -26,18 +26,16 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
 
 int main(int argc, char** argv) {
     const auto read = quillet::readShareCommandLine({argv, static_cast<std::size_t>(argc)});
-    if (const auto* exit = std::get_if<quillet::ShareEarlyExit>(&read)) {
-        std::fputs(exit->text.c_str(), exit->status == 0 ? stdout : stderr);
-        return exit->status;
+    if (const auto* exit = std::get_if<quillet::platform::EarlyExit>(&read)) {
+        return quillet::platform::finish(*exit);
     }
     const auto& line = std::get<quillet::ShareCommandLine>(read);
     const bool withClipboard = line.items.empty();
     if (withClipboard && !quillet::platform::hasDisplay()) {
-        std::fputs(
+        quillet::platform::writeErrorLine(
             "quillet-share: there is no display whose clipboard could be shared; name files or "
-            "links, or \"-\" for standard input\n",
-            stderr);
-        return 1;
+            "links, or \"-\" for standard input");
+        return quillet::platform::kFailure;
     }
     const auto application = makeApplication(argc, argv, withClipboard);
     QCoreApplication::setApplicationName(QStringLiteral("quillet-share"));

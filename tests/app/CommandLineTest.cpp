@@ -13,7 +13,7 @@ using ::testing::StartsWith;
 
 namespace {
 
-std::variant<CommandLine, EarlyExit> readWords(std::vector<std::string> words) {
+std::variant<CommandLine, platform::EarlyExit> readWords(std::vector<std::string> words) {
     words.insert(words.begin(), "quillet-today");
     std::vector<char*> arguments;
     for (std::string& word : words) {
@@ -30,34 +30,25 @@ TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
         {{"list", "more"}, "\"more\" is one argument too many"},
         {{"snapshot"}, "needs the name of the file"},
         {{"snapshot", "a.png", "b.png"}, "\"b.png\""},
-        {{"--unknown"}, "unknown"},
-        {{"--container"}, "container"},
+        {{"--container"}, "\"--container\" needs a value"},
+        {{"list", "--json=1"}, "\"--json\" takes no value"},
         {{"list", "--segment", "two"}, "whole number"},
         {{"list", "--segment", "9223372036854775808"}, "whole number"},
-        {{"snapshot", "a.png", "--scale", "nan"}, "--scale takes"},
-        {{"snapshot", "a.png", "--scale", "0"}, "--scale takes"},
+        {{"snapshot", "a.png", "--scale", "nan"}, "\"--scale\" takes"},
+        {{"snapshot", "a.png", "--scale", "0"}, "\"--scale\" takes"},
         {{"--dark", "--light"}, "choose one"},
-        {{"--json"}, "--json goes with list"},
-        {{"list", "--dark"}, "--dark and --light go with"},
-        {{"list", "--scale", "2"}, "--scale goes with snapshot"},
-        {{"--segment", "1"}, "--segment goes with"},
+        {{"--json"}, "\"--json\" goes with"},
+        {{"list", "--dark"}, "\"--dark\" and \"--light\" go with"},
+        {{"list", "--scale", "2"}, "\"--scale\" goes with"},
+        {{"--segment", "1"}, "\"--segment\" goes with"},
     };
     for (const auto& [words, complaint] : cases) {
         SCOPED_TRACE(complaint);
-        const auto exit = std::get<EarlyExit>(readWords(words));
+        const auto exit = std::get<platform::EarlyExit>(readWords(words));
         EXPECT_EQ(exit.status, 2);
         EXPECT_THAT(exit.text, StartsWith("quillet-today: "));
         EXPECT_THAT(exit.text, HasSubstr(complaint));
         EXPECT_THAT(exit.text, HasSubstr("--help"));
-    }
-}
-
-TEST(CommandLine, HelpAndVersionEndWell) {
-    for (const auto& [word, text] : {std::pair("--help", "Usage: quillet-today [options]"),
-                                     std::pair("--version", "quillet-today 0.")}) {
-        const auto exit = std::get<EarlyExit>(readWords({word}));
-        EXPECT_EQ(exit.status, 0);
-        EXPECT_THAT(exit.text, HasSubstr(text));
     }
 }
 
@@ -84,7 +75,8 @@ TEST(CommandLine, RelativeContainerNeedsAWorkingFolder) {
         const TemporaryFolder gone;
         std::filesystem::current_path(gone.path());
     }
-    EXPECT_TRUE(std::holds_alternative<EarlyExit>(readWords({"list", "--container", "box"})));
+    EXPECT_TRUE(
+        std::holds_alternative<platform::EarlyExit>(readWords({"list", "--container", "box"})));
     std::filesystem::current_path(before);
 }
 

@@ -1,7 +1,11 @@
+#include <cerrno>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
+#include "app/ContainerCheck.h"
 #include "app/ListCommand.h"
+#include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/PropertyLists.h"
 #include "tests/widget/StoreFixture.h"
 
@@ -47,6 +51,34 @@ TEST_F(ListCommandTest, WithoutAContainerThereIsNoData) {
     EXPECT_TRUE(object["container"].is_null());
     EXPECT_EQ(object["result"], "NCUpdateResultNoData");
     EXPECT_EQ(listRows(ListFormat::Text, 0), "No messages\n");
+}
+
+TEST_F(ListCommandTest, AContainerThatCannotBeReadIsTold) {
+    container.makeFolder("SharedData/Today");
+    container.writeFile("file", "");
+    EXPECT_FALSE(containerProblem());
+    const struct {
+        const char* folder;  // nobody may enter it; or what is in the container's place
+        const char* container;
+        int code;
+    } rows[] = {
+        {nullptr, "missing", ENOENT},
+        {nullptr, "file", ENOTDIR},
+        {nullptr, "file/below", ENOTDIR},
+        {"SharedData", "", EACCES},
+        {"SharedData/Today", "", EACCES},
+    };
+    const OrdinaryPermissions permissions;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.folder == nullptr ? row.container : row.folder));
+        const EnvironmentVariable variable("QUILLET_CONTAINER", container.path(row.container));
+        const std::string closed = row.folder != nullptr ? container.path(row.folder) : "";
+        ::chmod(closed.c_str(), 0);
+        const auto problem = containerProblem();
+        ::chmod(closed.c_str(), S_IRWXU);
+        ASSERT_TRUE(problem);
+        EXPECT_EQ(problem->code, row.code);
+    }
 }
 
 TEST_F(ListCommandTest, TextCannotDisturbTheTerminal) {

@@ -20,7 +20,6 @@ protected:
 
 TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
     const std::string file = container.writeFile("file", "");
-    const std::string usage = "Usage: quillet-sample-host write DIR";
     const struct {
         std::string arguments;
         int status;
@@ -31,15 +30,14 @@ TEST_F(SampleHostProgram, ExitStatusAndOutputTellWhatWasDone) {
          "container/SharedData/Accounts.plist"},
         {"write --verbose " + container.path(), 0, "no session bus"},
         {"write " + file, 1, "Name a folder that you may write into."},
-        {"write", 2, usage},
-        {"write a b", 2, usage},
-        {"paint a", 2, usage},
-        {"write a --bundle-identifier", 2, usage},
-        {"write a --container b", 2, usage},
-        {"run --verbose", 2, usage},
+        {"write", 2, "needs a folder"},
+        {"write a b", 2, "\"b\""},
+        {"paint a", 2, "\"paint\""},
+        {"write a --bundle-identifier", 2, "needs a value"},
+        {"write a --container b", 2, "\"--container\""},
+        {"run --verbose", 2, "\"--verbose\""},
         {"run --container=", 1, "container"},
         {"run --container " + container.path(), 1, "no session bus"},
-        {"--help", 0, usage},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.arguments);

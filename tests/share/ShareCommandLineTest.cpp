@@ -7,11 +7,10 @@ namespace quillet::test {
 
 TEST(ShareCommandLine, WrongUsageNamesTheWordThatIsWrong) {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
-        {{"x", "--titel=T"}, "\"--titel=T\""},
-        {{"-x"}, "\"-x\""},
+        {{"x", "-vx"}, "\"-x\""},
         {{"x", "--to"}, "\"--to\" needs a value"},
-        {{"--html=1"}, "\"--html=1\""},
-        {{"--html", "--text"}, "one of --html and --text"},
+        {{"--html=1"}, "\"--html\" takes no value"},
+        {{"--html", "--text"}, "one of \"--html\" and \"--text\""},
         {{"--command", "two words"}, "\"two words\""},
         {{"--command", "a/b"}, "\"a/b\""},
         {{"--command="}, "not \"\""},
@@ -24,9 +23,9 @@ TEST(ShareCommandLine, WrongUsageNamesTheWordThatIsWrong) {
             arguments.push_back(word.data());
         }
         const auto result = readShareCommandLine(arguments);
-        ASSERT_TRUE(std::holds_alternative<ShareEarlyExit>(result));
-        EXPECT_EQ(std::get<ShareEarlyExit>(result).status, 2);
-        EXPECT_THAT(std::get<ShareEarlyExit>(result).text, testing::HasSubstr(reason));
+        ASSERT_TRUE(std::holds_alternative<platform::EarlyExit>(result));
+        EXPECT_EQ(std::get<platform::EarlyExit>(result).status, 2);
+        EXPECT_THAT(std::get<platform::EarlyExit>(result).text, testing::HasSubstr(reason));
     }
 }
 

@@ -12,6 +12,7 @@
 #include <tuple>
 #include <unistd.h>
 
+#include "model/ExtensionUtilities.h"
 #include "platform/foundation/FileCoordinator.h"
 #include "platform/foundation/FileDescriptor.h"
 #include "tests/support/EnvironmentVariable.h"
@@ -123,14 +124,57 @@ TEST_F(QuilletTodayTest, SnapshotIsAsLargeAsItsRowsAtEveryScale) {
     }
 }
 
-TEST_F(QuilletTodayTest, FailuresAndWrongUsageHaveTheirStatusAndSayWhatToDo) {
-    const Outcome usage = run("quillet-today", {QStringLiteral("lisst")});
-    EXPECT_EQ(usage.status, 2);
-    EXPECT_THAT(usage.errors, HasSubstr("--help"));
-    const Outcome failure =
-        run("quillet-today", {QStringLiteral("snapshot"), text(config.path("no/such/folder.png"))});
-    EXPECT_EQ(failure.status, 1);
-    EXPECT_THAT(failure.errors, HasSubstr("no/such/folder.png"));
+TEST_F(QuilletTodayTest, FailuresHaveTheirStatusAndCannotDisturbTheTerminal) {
+    const QString odd = text(config.path("no\x1b[31m/such/folder.png"));
+    const QString file = text(container.writeFile("file", ""));
+    const std::pair<QStringList, const char*> rows[] = {
+        {{QStringLiteral("snapshot"), odd}, "no [31m/such/folder.png"},
+        {{QStringLiteral("snapshot"), text(container.path())}, "Is a directory"},
+        {{QStringLiteral("list"), QStringLiteral("--container"), file}, "Not a directory"},
+    };
+    for (const auto& [words, reason] : rows) {
+        const Outcome failure = run("quillet-today", words);
+        EXPECT_EQ(failure.status, 1);
+        EXPECT_EQ(failure.output, "");
+        EXPECT_THAT(failure.errors, HasSubstr(reason));
+    }
+    const Outcome early =
+        run("quillet-today", {QStringLiteral("list"), QStringLiteral("--container"), odd});
+    EXPECT_EQ(early.status, 0);
+    EXPECT_EQ(early.output, "No messages\n");
+    EXPECT_THAT(early.errors, HasSubstr("no [31m/such/folder.png\" yet"));
+}
+
+TEST_F(QuilletTodayTest, AllProgramsHelpAndComplainInOneForm) {
+    for (const char* program : {"quillet-today", "quillet-share", "quillet-sample-host"}) {
+        SCOPED_TRACE(program);
+        const std::string name = program;
+        const Outcome help = run(program, {QStringLiteral("--help")});
+        EXPECT_EQ(help.status, 0);
+        EXPECT_EQ(help.output.rfind("Usage: " + name + " ", 0), 0U);
+        std::size_t last = 0;
+        for (const char* part : {"\nOptions:\n",
+                                 "-h, --help ",
+                                 "-v, --version ",
+                                 ExtensionUtilities::kGroupIdentifier.data(),
+                                 "\nEnvironment:\n",
+                                 "\n  QUILLET_CONTAINER ",
+                                 "\nExit status:\n  0  success\n  1  ",
+                                 "\n  2  wrong usage\n"}) {
+            const std::size_t found = help.output.find(part, last);
+            ASSERT_NE(found, std::string::npos) << part;
+            last = found;
+        }
+        EXPECT_EQ(run(program, {QStringLiteral("-h")}).output, help.output);
+        EXPECT_EQ(run(program, {QStringLiteral("-v")}).output.rfind(name + " 0.", 0), 0U);
+        for (const char* typed : {"--segmnt", "-x", "--hel"}) {
+            const Outcome wrong = run(program, {QLatin1String(typed)});
+            EXPECT_EQ(wrong.status, 2);
+            EXPECT_EQ(
+                wrong.errors,
+                name + ": there is no option \"" + typed + "\"\nTry \"" + name + " --help\".\n");
+        }
+    }
 }
 
 TEST_F(QuilletTodayTest, OfSeveralStartsOnePanelStays) {

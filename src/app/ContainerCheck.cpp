@@ -1,0 +1,30 @@
+#include "app/ContainerCheck.h"
+
+#include <cerrno>
+#include <string>
+
+#include "model/ExtensionUtilities.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Path.h"
+
+namespace quillet {
+
+std::optional<platform::Error> containerProblem() {
+    const std::optional<std::string> container = ExtensionUtilities::GroupPath();
+    if (!container) {
+        return std::nullopt;
+    }
+    if (auto problem = platform::FileManager::checkFolder(*container)) {
+        return problem;
+    }
+    const std::string dataFolder = ExtensionUtilities::GroupDataPath().value();
+    for (const std::string& folder :
+         {dataFolder, platform::Path::appendingPathComponent(dataFolder, "Today")}) {
+        if (auto problem = platform::FileManager::checkFolder(folder)) {
+            return problem->code == ENOENT ? std::nullopt : problem;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace quillet
