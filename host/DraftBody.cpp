@@ -20,6 +20,8 @@ constexpr int kHighest = 400;       // points
 constexpr int kPictureWidth = 390;  // points
 constexpr int kPictureHeight = 300;
 constexpr std::size_t kLongest = std::size_t{64} << 10U;  // bytes of HTML that are shown
+// Bytes of plain text: for a long word without a break the toolkit's work is the square of them.
+constexpr std::size_t kLongestPlain = std::size_t{16} << 10U;
 constexpr std::size_t kMostTags = 1000;
 
 // In place of a picture that is not shown.
@@ -82,7 +84,7 @@ void DraftBody::showBody(std::string_view body) {
             setHtml(withoutTables(html));
             break;
         case BodyForm::PlainText:
-            shown = body.substr(0, kLongest);
+            shown = body.substr(0, kLongestPlain);
             setPlainText(textOf(shown));
             break;
     }

@@ -160,9 +160,9 @@ TEST_F(GatheringTest, WhatCannotBeLoadedIsLoggedAndLeavesTheRest) {
         picture("bmp").replace(18, 8, std::string("\x60\xEA\0\0\x60\xEA\0\0", 8));
     const std::pair<Provider, const char*> cases[] = {
         {scripted(platform::kUTTypeURL, gives(error)),
-         "GetItemForExtension kUTTypeURL no luck (Test 7)"},
+         "GetItemForExtension kUTTypeURL no luck"},
         {scripted(platform::kUTTypeImage, gives(error)),
-         "GetItemForExtension kUTTypeImage no luck (Test 7)"},
+         "GetItemForExtension kUTTypeImage no luck"},
         {scripted(platform::kUTTypeURL, gives(Item("x"))), "GetItemForExtension kUTTypeURL "},
         {scripted(platform::kUTTypeImage, gives(kLink)), "GetItemForExtension kUTTypeImage "},
         {ready(picture("png").substr(0, 60)), "GetItemForExtension kUTTypeImage "},

@@ -53,7 +53,8 @@ TEST(DraftBody, ABodyThatTakesTheToolkitVeryLongIsCutOrStaysAsItIsWritten) {
     };
     EXPECT_EQ(shown("<b>", 900), QStringLiteral("x"));
     EXPECT_EQ(shown("<table><tr><td>", 100), QStringLiteral("x"));
-    EXPECT_EQ(shown("<table><tr><td>", 60'000), QStringLiteral("…"));
+    EXPECT_TRUE(
+        shown("<table><tr><td>", 60'000).startsWith(QStringLiteral("<table><tr><td><table>")));
     EXPECT_EQ(shown("a ", 50'000),
               QStringLiteral("a ").repeated(32'768).trimmed() + QStringLiteral("…"));
     EXPECT_EQ(shown("<table><tr><td>x</td></tr></table>", 1'000).left(1), QStringLiteral("x"));
