@@ -48,10 +48,10 @@ Commands:
 void readWrite(const ProgramArguments& arguments, CommandLine& line) {
     const auto& words = arguments.words();
     if (arguments.has("container") || arguments.has("identifier")) {
-        throw UsageError{"\"--container\" and \"--identifier\" go with \"run\""};
+        throw UsageError{R"("--container" and "--identifier" go with "run")"};
     }
     if (words.size() == 1 || words[1].empty()) {
-        throw UsageError{"\"write\" needs a folder"};
+        throw UsageError{R"("write" needs a folder)"};
     }
     if (words.size() > 2) {
         throw UsageError{"\"" + words[2] + "\" is one argument too many"};
@@ -64,7 +64,7 @@ void readWrite(const ProgramArguments& arguments, CommandLine& line) {
 void readRun(const ProgramArguments& arguments, CommandLine& line) {
     const auto& words = arguments.words();
     if (arguments.has("verbose")) {
-        throw UsageError{"\"--verbose\" goes with \"write\""};
+        throw UsageError{R"("--verbose" goes with "write")"};
     }
     line.command = Command::Run;
     line.container = arguments.value("container");

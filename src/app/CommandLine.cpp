@@ -75,7 +75,7 @@ std::optional<Number> numberOf(const std::string& text) {
 std::int64_t segmentOf(const std::string& text) {
     const auto segment = numberOf<std::int64_t>(text);
     if (!segment) {
-        throw UsageError{"\"--segment\" takes a whole number, not \"" + text + "\""};
+        throw UsageError{R"("--segment" takes a whole number, not ")" + text + "\""};
     }
     return *segment;
 }
@@ -83,7 +83,7 @@ std::int64_t segmentOf(const std::string& text) {
 double scaleOf(const std::string& text) {
     const auto scale = numberOf<double>(text);
     if (!scale || !(*scale >= kSmallestScale && *scale <= kLargestScale)) {
-        throw UsageError{"\"--scale\" takes a number from 0.5 to 8, not \"" + text + "\""};
+        throw UsageError{R"("--scale" takes a number from 0.5 to 8, not ")" + text + "\""};
     }
     return *scale;
 }
@@ -96,7 +96,8 @@ std::string containerOf(const std::string& path) {
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     if (error) {
-        throw UsageError{"\"--container\" needs an absolute path where there is no working folder"};
+        throw UsageError{
+            R"("--container" needs an absolute path where there is no working folder)"};
     }
     return absolute.string();
 }
@@ -115,7 +116,7 @@ void readCommand(const Words& words, CommandLine& line) {
     }
     const std::size_t wanted = line.command == CommandLine::Command::Snapshot ? 2 : 1;
     if (words.size() < wanted || words[wanted - 1].empty()) {
-        throw UsageError{"\"snapshot\" needs the name of the file to write"};
+        throw UsageError{R"("snapshot" needs the name of the file to write)"};
     }
     if (words.size() > wanted) {
         throw UsageError{"\"" + words[wanted] + "\" is one argument too many"};
@@ -147,19 +148,19 @@ void checkOptions(const ProgramArguments& arguments, const CommandLine& line) {
     const bool list = line.command == CommandLine::Command::List;
     const bool snapshot = line.command == CommandLine::Command::Snapshot;
     if (arguments.has("dark") && arguments.has("light")) {
-        throw UsageError{"choose one of \"--dark\" and \"--light\""};
+        throw UsageError{R"(choose one of "--dark" and "--light")"};
     }
     if (line.look && list) {
-        throw UsageError{"\"--dark\" and \"--light\" go with the panel and \"snapshot\""};
+        throw UsageError{R"("--dark" and "--light" go with the panel and "snapshot")"};
     }
     if (line.json && !list) {
-        throw UsageError{"\"--json\" goes with \"list\""};
+        throw UsageError{R"("--json" goes with "list")"};
     }
     if (arguments.has("scale") && !snapshot) {
-        throw UsageError{"\"--scale\" goes with \"snapshot\""};
+        throw UsageError{R"("--scale" goes with "snapshot")"};
     }
     if (line.segment && !list && !snapshot) {
-        throw UsageError{"\"--segment\" goes with \"list\" and \"snapshot\""};
+        throw UsageError{R"("--segment" goes with "list" and "snapshot")"};
     }
 }
 

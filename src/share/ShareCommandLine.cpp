@@ -40,7 +40,7 @@ ShareCommandLine interpret(const ProgramArguments& arguments) {
     line.command = arguments.value("command").value_or(line.command);
     line.title = arguments.value("title");
     if (arguments.has("html") && arguments.has("text")) {
-        throw UsageError{"choose one of \"--html\" and \"--text\""};
+        throw UsageError{R"(choose one of "--html" and "--text")"};
     }
     if (arguments.has("html") || arguments.has("text")) {
         line.textKind = arguments.has("html") ? TextKind::Html : TextKind::Plain;
@@ -49,7 +49,7 @@ ShareCommandLine interpret(const ProgramArguments& arguments) {
     line.print = arguments.has("print");
     line.items = arguments.words();
     if (line.command.empty() || !queryUrl(*ExtensionMessage::init(), line.command)) {
-        throw UsageError{"\"--command\" takes a plain word, not \"" + line.command + "\""};
+        throw UsageError{R"("--command" takes a plain word, not ")" + line.command + "\""};
     }
     return line;
 }
