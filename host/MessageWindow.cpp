@@ -131,8 +131,8 @@ MessageWindow::MessageWindow() {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(tr("Quillet sample host"));
     // To a screen reader a scroll area is no window. Its name is the title.
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
     QAccessible::registerAccessibleInterface(new QAccessibleWidget(this, QAccessible::Window));
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
     lines_->setLabelAlignment(Qt::AlignTop);
     lines_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     addNote(tr("Click a message in the Today panel to open it here."));

@@ -80,8 +80,8 @@ Panel::Panel()
     }
     setWindowTitle(QStringLiteral("Quillet Today"));
     // To a screen reader a plain widget is no window. Its name is the title.
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
     QAccessible::registerAccessibleInterface(new QAccessibleWidget(this, QAccessible::Window));
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
     scrollArea_->setFrameShape(QFrame::NoFrame);
     scrollArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scrollArea_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the indicator stands in
