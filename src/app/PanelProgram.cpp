@@ -6,7 +6,6 @@
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 
 #include "app/PanelController.h"
@@ -18,6 +17,8 @@
 #include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
 #include "platform/foundation/LockWait.h"
+#include "platform/foundation/ProgramArguments.h"
+#include "platform/foundation/StandardError.h"
 
 namespace quillet {
 
@@ -136,11 +137,10 @@ int runPanel(std::optional<platform::Look> look) {
         case SingleInstance::Claim::Unreachable:
             break;
     }
-    std::fputs(
+    platform::writeErrorLine(
         "quillet-today: the panel is running already, and no session bus leads to it that could "
-        "show it\n",
-        stderr);
-    return 1;
+        "show it");
+    return platform::kFailure;
 }
 
 }  // namespace quillet

@@ -4,12 +4,14 @@
 #include <atomic>
 #include <cstdio>
 #include <poll.h>
+#include <string>
 #include <sys/eventfd.h>
 #include <unistd.h>
 #include <utility>
 
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Path.h"
+#include "platform/foundation/StandardError.h"
 
 namespace quillet::platform {
 
@@ -68,10 +70,10 @@ void tellOfLongLockWaits(const char* program) {
     setLockWaiter([program](const LockWait& wait) {
         if (!wait.block(kPatience)) {
             // Whatever stands on the terminal's line so far is progress that goes on below.
-            std::fprintf(stderr,
-                         "\r\033[K%s: waiting for the mail application to finish with \"%s\" …\n",
-                         program,
-                         Path::lastPathComponent(wait.item()).c_str());
+            std::fputs("\r\033[K", stderr);
+            writeErrorLine(std::string(program) +
+                           ": waiting for the mail application to finish with \"" +
+                           Path::lastPathComponent(wait.item()) + "\" …");
             wait.block();
         }
     });
