@@ -159,8 +159,7 @@ TEST_F(GatheringTest, WhatCannotBeLoadedIsLoggedAndLeavesTheRest) {
     const std::string huge =
         picture("bmp").replace(18, 8, std::string("\x60\xEA\0\0\x60\xEA\0\0", 8));
     const std::pair<Provider, const char*> cases[] = {
-        {scripted(platform::kUTTypeURL, gives(error)),
-         "GetItemForExtension kUTTypeURL no luck"},
+        {scripted(platform::kUTTypeURL, gives(error)), "GetItemForExtension kUTTypeURL no luck"},
         {scripted(platform::kUTTypeImage, gives(error)),
          "GetItemForExtension kUTTypeImage no luck"},
         {scripted(platform::kUTTypeURL, gives(Item("x"))), "GetItemForExtension kUTTypeURL "},
