@@ -161,6 +161,10 @@ void print(const char* what, std::vector<double> seconds) {
 
 double clickReply(PanelController& panel, Peer& sampleHost) {
     const auto& table = static_cast<TodayTableView&>(*panel.widget().myTableView());
+    // Clicks on a row that nobody can have seen yet do nothing.
+    if (!QTest::qWaitFor([&table] { return table.standsStill(0); }, kLimit)) {
+        throw std::runtime_error("the row does not stand still");
+    }
     const QWidget* button = static_cast<TodayTableViewCell*>(table.cellAtRow(0))->replyButton();
     const double start = now();
     QTest::mouseClick(panel.panel().windowHandle(),

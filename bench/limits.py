@@ -72,10 +72,9 @@ def binary_file(elements, objects):
     return binary([root, b"\x56folder", b"\x57account", b"\x54data", b"\x09", data, *objects], 4)
 
 
-def shared_text(wide):
-    """Every text of every message is one text as long as the file; numbers are made of it, too."""
+def shared_text(wide, length=FILE_SIZE - 60 * RECORDS):
+    """Every text of every message is one text; numbers are made of it, too."""
     keys = [b"\x57subject", b"\x54from", b"\x56folder", b"\x54flip", b"\x54date"]
-    length = FILE_SIZE - 60 * RECORDS
     text = (b"\x6f\x12" + struct.pack(">I", length // 2) + b"\x00 " * (length // 2) if wide else
             b"\x5f\x12" + struct.pack(">I", length) + b" " * length)
     message = b"\xd5" + struct.pack(">10I", *range(6, 11), *[11] * 5)
@@ -104,6 +103,7 @@ FILES = {
     "4 million objects": many_objects,
     "one shared text": lambda: shared_text(wide=False),
     "one shared text in UTF-16": lambda: shared_text(wide=True),
+    "a short one in UTF-16": lambda: shared_text(wide=True, length=254),
 }
 
 

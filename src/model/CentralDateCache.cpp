@@ -17,16 +17,11 @@ namespace {
 // A store whose dates are spread wider than this is formatted again rather than remembered.
 constexpr std::size_t kMostEntries = 4096;
 
-// A read tells its dates in the zone that the system has when it begins.
-std::int64_t dayNumberInPresentZone(double now) {
-    platform::refreshTimeZone();
-    return ExtensionDate::shared().IntDate(now);
-}
-
 }  // namespace
 
-CentralDateCache::CentralDateCache(double now, RecordBlock& block)
-    : block_(block), today_(dayNumberInPresentZone(now)) {}
+CentralDateCache::CentralDateCache(double now, RecordBlock& block) : block_(block), now_(now) {
+    platform::refreshTimeZone();
+}
 
 // Dates of these decades lie between 2^30 and 2^31, where the leading 17 of the 52 bits behind the
 // binary point count steps of 8192 seconds. Taking bits is defined for every number.
@@ -56,6 +51,9 @@ const CentralDateCache::Entry& CentralDateCache::make(double date) {
     }
     const ExtensionDate& dates = ExtensionDate::shared();
     const std::int64_t day = dates.IntDate(date);
+    if (!today_) {
+        today_ = dates.IntDate(now_);
+    }
     // Times of today differ from instant to instant; an entry for one of them holds for it alone.
     constexpr double kEver = std::numeric_limits<double>::infinity();
     platform::LocalDay span{date, std::nextafter(date, kEver)};
@@ -65,7 +63,7 @@ const CentralDateCache::Entry& CentralDateCache::make(double date) {
         span.start = date < span.start ? -kEver : span.start;
         span.end = date >= span.end ? kEver : span.end;
     }
-    RecordText text = block_.store(dates.centralDate(date, day, today_));
+    RecordText text = block_.store(dates.centralDate(date, day, *today_));
     return entries_.insert_or_assign(span.start, Entry{span.start, span.end, std::move(text)})
         .first->second;
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 
 #include "model/RecordBlock.h"
 #include "model/RecordText.h"
@@ -41,8 +42,9 @@ private:
     const Entry& make(double date);
 
     RecordBlock& block_;
-    std::int64_t today_;               // as ExtensionDate::IntDate
-    std::map<double, Entry> entries_;  // by start
+    double now_;
+    std::optional<std::int64_t> today_;  // as ExtensionDate::IntDate; none before the first text
+    std::map<double, Entry> entries_;    // by start
     std::array<const Entry*, kPlaces> found_{};
 };
 

@@ -31,6 +31,8 @@ constexpr std::string_view kKeys[] = {
     "date",
 };
 
+constexpr std::size_t kLongText = 256;  // bytes; copying a shorter one costs less than finding it
+
 Number numberOf(const PropertyListValue& value) {
     return value ? value.numberValue() : Number();
 }
@@ -58,6 +60,7 @@ ExtensionMessageReader::ExtensionMessageReader(double now)
 void ExtensionMessageReader::readAll(const PropertyListValue& data) {
     const auto end = data.end();
     longTexts_.clear();
+    mayShareTexts_ = data.mayShareTexts(kLongText);
     block_->reserve(data.count());
     for (auto element = data.begin(); element != end; ++element) {
         fill(block_->append(), *element);
@@ -119,9 +122,8 @@ void ExtensionMessageReader::fillDate(ExtensionMessage& message) {
     message.dateString_ = dates_.text(static_cast<double>(date)).sharedInBlock();
 }
 
-ExtensionMessageReader::LongText* ExtensionMessageReader::longTextOf(Key key) {
-    constexpr std::size_t kLong = 128;  // bytes; copying a shorter one costs less than finding it
-    const std::optional<std::uint32_t> object = found_[key].sharedText(kLong);
+ExtensionMessageReader::LongText* ExtensionMessageReader::findLongText(Key key) {
+    const std::optional<std::uint32_t> object = found_[key].sharedText(kLongText);
     return object ? &longTexts_[*object] : nullptr;
 }
 
@@ -159,11 +161,10 @@ RecordText ExtensionMessageReader::textOf(Key key, std::string_view fallback) {
 }
 
 RecordText ExtensionMessageReader::textOf(Key key, SharedTexts& shared) {
-    if (!found_[key]) {
-        return shared.in(*block_, "");
+    if (longTextOf(key) != nullptr) {
+        return textOf(key, "");
     }
-    return longTextOf(key) != nullptr ? textOf(key, "")
-                                      : shared.in(*block_, found_[key].stringValue(scratch_));
+    return shared.in(*block_, found_[key] ? found_[key].stringValue(scratch_) : "");
 }
 
 }  // namespace quillet

@@ -71,7 +71,8 @@ private:
     void fillNumbers(ExtensionMessage& message);
     void fillTexts(ExtensionMessage& message);
     void fillDate(ExtensionMessage& message);
-    LongText* longTextOf(Key key);
+    LongText* longTextOf(Key key) { return mayShareTexts_ ? findLongText(key) : nullptr; }
+    LongText* findLongText(Key key);
     std::int64_t integerOf(Key key);
     float realOf(Key key);
     RecordText textOf(Key key, std::string_view fallback);
@@ -86,6 +87,7 @@ private:
     SharedTexts accounts_;
     SharedTexts senders_;
     SharedTexts folders_;
+    bool mayShareTexts_ = false;  // whether the file has long texts
     // Of one file, by their objects. A map, so that no choice of objects makes it slow.
     std::map<std::uint32_t, LongText> longTexts_;
 };

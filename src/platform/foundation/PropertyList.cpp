@@ -103,6 +103,7 @@ std::optional<PropertyListError> PropertyListDocument::parse(SharedBytes counted
     static std::atomic<std::uint64_t> generations{0};
     state_->generation = ++generations;
     state_->sharedBytes = counted;
+    state_->longestText = 0;
     state_->hasRoot = false;
     state_->nodes.clear();
     try {

@@ -82,6 +82,8 @@ public:
     // binary format, where many places may share one object; none for every other value. Whoever
     // reads many values can tell by it which long texts are the same without looking at them.
     std::optional<std::uint32_t> sharedText(std::size_t size) const noexcept;
+    // Whether sharedText may find any in this value's file.
+    bool mayShareTexts(std::size_t size) const noexcept;
 
     // Seconds since 2001-01-01 00:00:00 UTC. Raises for other types than dates.
     double dateValue() const;

@@ -1,5 +1,6 @@
 #include "platform/foundation/PropertyListBinaryObjects.h"
 
+#include <algorithm>
 #include <bit>
 #include <string_view>
 
@@ -177,7 +178,11 @@ const char* BinaryObjectReader::readBytes(std::uint64_t offset, unsigned marker,
     node.form = kind == kUtf16 ? Form::Utf16 : Form::Plain;
     node.length = static_cast<std::uint32_t>(count * width);
     node.extent = 1 + node.length / kTextBytesPerVisit;
-    return kind == kData || kind == kUtf16 ? nullptr : checkText(node);
+    if (kind == kData) {
+        return nullptr;
+    }
+    longestText_ = std::max(longestText_, node.length);
+    return kind == kUtf16 ? nullptr : checkText(node);
 }
 
 const char* BinaryObjectReader::checkText(Node& node) {

@@ -38,6 +38,7 @@ public:
 
     PropertyListErrorKind errorKind() const { return errorKind_; }
     std::uint64_t payloadRead() const { return payload_; }
+    std::uint32_t longestText() const { return longestText_; }  // bytes
 
 private:
     static const char* readSimple(unsigned low, PropertyListNode& node);
@@ -64,6 +65,7 @@ private:
     std::uint64_t end_;  // of the objects
     std::uint64_t referenceWidth_;
     std::uint64_t payload_ = 0;  // bytes of texts, data and references read so far
+    std::uint32_t longestText_ = 0;
     PropertyListErrorKind errorKind_ = PropertyListErrorKind::Malformed;
 };
 

@@ -242,6 +242,7 @@ void readBinaryPropertyList(PropertyListState& state) {
     if (objects.payloadRead() > bytes.size()) {
         failPropertyList(Kind::TooComplex, trailer.tableOffset, "objects that lie over each other");
     }
+    state.longestText = objects.longestText();
     state.setReferenceWidth(static_cast<std::uint8_t>(trailer.referenceWidth));
     state.root = static_cast<std::uint32_t>(trailer.root);
     TreeChecker(state, bytes, trailer).check(state.root);

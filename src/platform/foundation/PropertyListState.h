@@ -71,6 +71,7 @@ struct PropertyListState {
     std::uint8_t referenceSkip = 0;   // leading bytes of a reference, which are zero
     std::uint8_t referenceShift = 0;  // bits of the 32 behind them that are not the reference's
     bool hasRoot = false;
+    std::uint32_t longestText = 0;  // bytes, of the binary format; 0 for XML
     PropertyListDocument::SharedBytes sharedBytes = PropertyListDocument::SharedBytes::AtEachPlace;
 
     std::string_view textOf(const PropertyListNode& node) const noexcept {

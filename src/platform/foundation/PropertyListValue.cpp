@@ -152,6 +152,10 @@ std::optional<std::uint32_t> PropertyListValue::sharedText(std::size_t size) con
     return isShared && node().length >= size ? std::optional(node_) : std::nullopt;
 }
 
+bool PropertyListValue::mayShareTexts(std::size_t size) const noexcept {
+    return state_ != nullptr && state_->longestText >= size;
+}
+
 double PropertyListValue::dateValue() const {
     return nodeOfType(Type::Date, "date value").real();
 }

@@ -43,6 +43,11 @@ bool disturbs(std::string_view character) {
 }  // namespace
 
 std::string printableLine(std::string_view text) {
+    // Most lines are plain, and a hostile file makes tens of thousands of them.
+    const auto isPlain = [](char character) { return character >= ' ' && character <= '~'; };
+    if (std::all_of(text.begin(), text.end(), isPlain)) {
+        return std::string(text);
+    }
     const std::string valid = validUtf8(std::string(text));
     std::string line;
     line.reserve(valid.size());
