@@ -70,10 +70,10 @@ void tellOfLongLockWaits(const char* program) {
     setLockWaiter([program](const LockWait& wait) {
         if (!wait.block(kPatience)) {
             // Whatever stands on the terminal's line so far is progress that goes on below.
-            std::fputs("\r\033[K", stderr);
-            writeErrorLine(std::string(program) +
-                           ": waiting for the mail application to finish with \"" +
-                           Path::lastPathComponent(wait.item()) + "\" …");
+            const std::string line = printableLine(
+                std::string(program) + ": waiting for the mail application to finish with \"" +
+                Path::lastPathComponent(wait.item()) + "\" …");
+            std::fputs(("\r\033[K" + line + "\n").c_str(), stderr);
             wait.block();
         }
     });
