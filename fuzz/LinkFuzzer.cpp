@@ -1,5 +1,5 @@
-// Finds the links of a text. Each must lie in the text behind the one before, and stand for a URL
-// of a kind that is safe to click.
+// Finds the links of a text. Each must lie in the text after the one before, and stand for a URL
+// of a kind that is safe to click. Marking them up must not change a word of the text.
 
 #include <algorithm>
 #include <cctype>
@@ -10,7 +10,9 @@
 #include <string_view>
 
 #include "fuzz/Require.h"
+#include "platform/foundation/HtmlText.h"
 #include "platform/foundation/LinkDetector.h"
+#include "platform/foundation/StyledText.h"
 #include "platform/foundation/URL.h"
 
 namespace quillet::fuzz {
@@ -42,11 +44,23 @@ void findLinks(std::string_view text) {
     }
 }
 
+void markLinksUp(std::string_view text) {
+    const platform::StyledText plain{std::string(text), {}};
+    const auto linked = platform::StyledText::withLinks(std::string(text));
+    require(linked.plainString() == text, "the text stays as it is");
+    require(platform::textOfHtml(linked.htmlRepresentation()) ==
+                platform::textOfHtml(plain.htmlRepresentation()),
+            "anchors change no word");
+    require(platform::textOfHtml(text).find('\n') == std::string::npos, "HTML is read as one line");
+}
+
 }  // namespace
 
 }  // namespace quillet::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    quillet::fuzz::findLinks({reinterpret_cast<const char*>(data), size});
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    quillet::fuzz::findLinks(text);
+    quillet::fuzz::markLinksUp(text);
     return 0;
 }
