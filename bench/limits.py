@@ -6,6 +6,7 @@ ACCOUNT = "account1@quillet.example"
 FILE_SIZE = 64 * 1024 * 1024  # bytes: the most that a file may have
 VALUES = 4 * 1024 * 1024  # the most values of a file
 RECORDS = 50_000  # the most messages of a file
+SHARED = 65536  # bytes: the longest text that counts once
 # What a file may cost: milliseconds at once and for each megabyte, and the MiB of the process.
 ALLOWED_BASE, ALLOWED_PER_MEGABYTE, ALLOWED_MEMORY = 300, 20, 512
 DAY = 86400
@@ -53,6 +54,23 @@ def many_keys():
     return HEAD + b"<dict>" + keys + b"</dict>" + TAIL
 
 
+def long_keys():
+    references = b"&#65;" * (FILE_SIZE // RECORDS // 5 - 7)
+    keys = b"".join(b"<key>%d%s</key><true/>" % (i, references) for i in range(RECORDS))
+    return HEAD + b"<dict>" + keys + b"</dict>" + TAIL
+
+
+def one_key():
+    """A dictionary of one key at all places, as long as the budget of the file allows."""
+    units = FILE_SIZE // RECORDS * 16 // 2 - 32
+    key = b"\x6f\x12" + struct.pack(">I", units) + b"\0k" * units
+    data = b"\xdf\x12" + struct.pack(f">I{2 * RECORDS}I", RECORDS, *[6] * RECORDS, *[4] * RECORDS)
+    room = FILE_SIZE - len(key) - len(data) - 200
+    unused = b"\x4f\x12" + struct.pack(">I", room) + bytes(room)
+    root = b"\xd3" + struct.pack(">6I", 1, 2, 3, 4, 4, 5)
+    return binary([root, b"\x56folder", b"\x57account", b"\x54data", b"\x09", data, key, unused], 4)
+
+
 def binary(objects, width):
     """A binary property list of encoded objects, the first of which is the root."""
     table, at = [], 8
@@ -72,7 +90,7 @@ def binary_file(elements, objects):
     return binary([root, b"\x56folder", b"\x57account", b"\x54data", b"\x09", data, *objects], 4)
 
 
-def shared_text(wide, length=FILE_SIZE - 60 * RECORDS):
+def shared_text(wide, length):
     """Every text of every message is one text; numbers are made of it, too."""
     keys = [b"\x57subject", b"\x54from", b"\x56folder", b"\x54flip", b"\x54date"]
     text = (b"\x6f\x12" + struct.pack(">I", length // 2) + b"\x00 " * (length // 2) if wide else
@@ -93,6 +111,8 @@ FILES = {
     "a day for each message": different_days,
     "dates beyond the calendar": dates_beyond_the_calendar,
     "keys as messages": many_keys,
+    "long keys as messages": long_keys,
+    "one key at all places": one_key,
     "4 million values": lambda: xml(b"<dict>" + b"<key/><dict/>" * (VALUES // 2 - 50) + b"</dict>"),
     "more values than allowed": lambda: xml(b"<dict/>" * (FILE_SIZE // 7 - 20)),
     "more messages than allowed": lambda: xml(b"<dict/>" * (RECORDS + 1)),
@@ -101,8 +121,8 @@ FILES = {
     "references": lambda: xml(b"<string>" + b"&#65;" * (FILE_SIZE // 5 - 40) + b"</string>"),
     "nested lists": lambda: xml((b"<array>" * 500 + b"</array>" * 500) * 8000),
     "4 million objects": many_objects,
-    "one shared text": lambda: shared_text(wide=False),
-    "one shared text in UTF-16": lambda: shared_text(wide=True),
+    "one shared text": lambda: shared_text(wide=False, length=SHARED),
+    "one shared text in UTF-16": lambda: shared_text(wide=True, length=SHARED),
     "a short one in UTF-16": lambda: shared_text(wide=True, length=254),
 }
 

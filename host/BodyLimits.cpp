@@ -159,7 +159,8 @@ void addCell(QStringView attributes, TableWork& work) {
         if (isOneOf(key.text, {u"colspan", u"rowspan"})) {
             places *= spanOf(value.text);
         }
-        work.isTooWide = !key.isPlain || places == 0;
+        // An attribute may be repeated without end.
+        work.isTooWide = !key.isPlain || places == 0 || places > kMostWork;
     }
     work.places += places;
 }

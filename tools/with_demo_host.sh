@@ -109,6 +109,7 @@ stop_host() {
 
 # Takes away what this start, or one that was killed, has left.
 clean_up() {
+    rm -f "$demo/ready"
     if grep -qsF "\"$demo/start-host\"" "$users_services/$host.service"; then
         rm -f "$users_services/$host.service"
         bus_call ReloadConfig >/dev/null || true
@@ -139,4 +140,5 @@ if ! offer_on_users_bus; then
     echo "The demo has a session bus of its own: its clicks never reach your mail application."
     offer_on_private_bus
 fi
+echo "$widget" >"$demo/ready"  # from now on another start may toggle the panel
 run_to_its_end "$@"

@@ -109,6 +109,7 @@ int runAlone(std::optional<platform::Look> look,
     panel->show();
     const int status = QApplication::exec();
     panel->hide();
+    panel->panel().setDismissed({});
     tray.reset();
     instance.release();  // a start from now on does not wait for what is still to be done
     if (!finishWork()) {

@@ -84,12 +84,6 @@ Result<std::string> stageData(std::string_view data, const std::string& folder) 
 
 }  // namespace
 
-bool namesStagingFolder(std::string_view service) {
-    constexpr std::string_view kNot[] = {"", ".", "..", "Today", "Accounts.plist", "Contacts"};
-    return std::find(std::begin(kNot), std::end(kNot), service) == std::end(kNot) &&
-           service.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
-}
-
 void ShareInit(std::string_view service) {
     const auto error = coordinate(service, [](const std::string& folder) {
         if (const auto failure = FileManager::removeItem(folder)) {

@@ -5,25 +5,20 @@
 #include <iterator>
 #include <optional>
 
+#include "handoff/ExtensionUtilities.h"
 #include "model/ExtensionUtilities.h"
 #include "platform/foundation/Path.h"
 
 namespace quillet {
 
-namespace {
-
-// Whether a word names a folder of its own in the data folder. To empty what the host keeps there
-// would lose mail.
-bool namesStagingFolder(std::string_view service) {
+bool ExtensionUtilities::namesStagingFolder(std::string_view service) {
     constexpr std::string_view kNot[] = {"", ".", "..", "Today", "Accounts.plist", "Contacts"};
     return std::find(std::begin(kNot), std::end(kNot), service) == std::end(kNot) &&
            service.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
 }
 
-}  // namespace
-
 platform::Result<std::string> stagingFolder(std::string_view service) {
-    if (!namesStagingFolder(service)) {
+    if (!ExtensionUtilities::namesStagingFolder(service)) {
         return platform::posixError(EINVAL, "\"" + std::string(service) + "\" as a staging folder");
     }
     const std::optional<std::string> dataFolder = ExtensionUtilities::GroupDataPath();

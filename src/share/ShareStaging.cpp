@@ -51,8 +51,12 @@ std::optional<Seconds> beginOf(const std::string& word) {
                : std::nullopt;
 }
 
+bool isMarked(const std::string& folder) {
+    return ::lgetxattr(folder.c_str(), kMark, nullptr, 0) >= 0;
+}
+
 void removeIfMarked(const std::string& folder) {
-    if (::lgetxattr(folder.c_str(), kMark, nullptr, 0) >= 0) {
+    if (isMarked(folder)) {
         (void)FileManager::removeItem(folder);
     }
 }
@@ -64,10 +68,10 @@ void removeOldFolders(const std::string& dataFolder, Seconds now) {
         return;
     }
     for (const std::string& name : names.value()) {
-        if (const auto begin = beginOf(name); begin && *begin < now - kAge) {
-            (void)FileCoordinator(dataFolder)
-                .coordinateWritingIfFree(platform::Path::appendingPathComponent(dataFolder, name),
-                                         removeIfMarked);
+        const std::string folder = platform::Path::appendingPathComponent(dataFolder, name);
+        // Asked before, too: a lock leaves a file.
+        if (const auto begin = beginOf(name); begin && *begin < now - kAge && isMarked(folder)) {
+            (void)FileCoordinator(dataFolder).coordinateWritingIfFree(folder, removeIfMarked);
         }
     }
 }

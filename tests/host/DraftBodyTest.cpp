@@ -61,6 +61,7 @@ TEST(DraftBody, ABodyThatTakesTheToolkitVeryLongIsCutOrStaysAsItIsWritten) {
     for (const char* plain : {"<td rowspan='21'>",
                               "<TH x=1 COLSPAN = +99>",
                               "<td colspan=99999999999>",
+                              "<td colspan=16 colspan=16 colspan=16 colspan=16>",
                               "<td colspan=&#57;&#57;>",
                               "<td c&#111;lspan=99>",
                               "<td 'colspan'=99>",

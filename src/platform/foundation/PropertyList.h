@@ -172,11 +172,13 @@ public:
     static constexpr std::size_t kVisitsBase = 65536;
     static constexpr std::size_t kVisitsPerElement = 5;
 
-    // What the bytes of a shared text or data count.
+    // What the bytes of a shared text or data count. Longer ones than kMaximumSharedBytes count at
+    // each place anyway, since even comparing them takes long.
     enum class SharedBytes {
         AtEachPlace,  // for readers that copy the text at each place
         Once,         // for readers that know a shared text again, see sharedText()
     };
+    static constexpr std::size_t kMaximumSharedBytes = 65536;
 
     PropertyListDocument();
     ~PropertyListDocument();
@@ -227,6 +229,7 @@ private:
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
     std::vector<std::string_view> keys_;
+    std::size_t longestKey_ = 0;            // bytes
     std::vector<std::uint32_t> positions_;  // of each key in the dictionary before, or kNone
     std::vector<std::uint32_t> expected_;   // the key at each position there, or kNone
     std::string scratch_;

@@ -160,7 +160,8 @@ void TreeChecker::checkValues(Frame& frame) {
             open(static_cast<std::uint32_t>(object));
             return;
         }
-        const bool isCounted = node.isContainer() || !textsCountOnce_;
+        const bool isCounted = node.isContainer() || !textsCountOnce_ ||
+                               node.length > PropertyListDocument::kMaximumSharedBytes;
         addVisits(frame, (isCounted ? node.extent : 1) + price);
         frame.height = std::max(frame.height, node.heightOrShape);
         ++frame.next;

@@ -15,7 +15,11 @@ using State = PropertyListState;
 }  // namespace
 
 PropertyListKeys::PropertyListKeys(std::span<const std::string_view> keys)
-    : keys_(keys.begin(), keys.end()), positions_(keys_.size(), kNone) {}
+    : keys_(keys.begin(), keys.end()), positions_(keys_.size(), kNone) {
+    for (const std::string_view key : keys_) {
+        longestKey_ = std::max(longestKey_, key.size());
+    }
+}
 
 bool PropertyListKeys::Shape::holds(const State& state, const Node& dictionary) const {
     if (generation != state.generation || length != dictionary.length) {
@@ -57,7 +61,11 @@ void PropertyListKeys::search(const PropertyListValue& dictionary,
         } else {
             at = state.nodes[value].extent;
         }
-        const std::uint32_t index = keyAt(position, textOfNode(state, state.nodes[key], scratch_));
+        const Node& text = state.nodes[key];
+        // One of UTF-16 that is longer than any of the wanted keys is not converted.
+        const bool isWanted = text.form != Form::Utf16 || text.length <= 2 * longestKey_;
+        const std::uint32_t index =
+            isWanted ? keyAt(position, textOfNode(state, text, scratch_)) : kNone;
         // Of a repeated key the last one counts.
         if (index != kNone) {
             positions_[index] = position;

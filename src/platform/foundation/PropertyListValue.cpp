@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <deque>
 #include <limits>
 #include <numeric>
 #include <string>
@@ -53,6 +54,37 @@ Number numberOf(const Node& node) {
             return node.form == Form::Unsigned ? Number(node.bits())
                                                : Number(static_cast<std::int64_t>(node.bits()));
     }
+}
+
+// Merges the entries of equal keys, `keyOf` their numbers, into the first of them with the value of
+// the last.
+template <typename KeyOf>
+void mergeEqual(std::vector<PropertyListValue::Entry>& entries, KeyOf keyOf) {
+    std::vector<std::size_t> order(entries.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, {}, keyOf);
+    for (std::size_t i = 1, first = 0; i < order.size(); ++i) {
+        if (keyOf(order[first]) != keyOf(order[i])) {
+            first = i;
+            continue;
+        }
+        entries[order[first]].second = entries[order[i]].second;
+        order[i] = entries.size();
+    }
+    std::vector<PropertyListValue::Entry> merged;
+    std::ranges::sort(order);
+    for (const std::size_t entry : order) {
+        if (entry < entries.size()) {
+            merged.push_back(entries[entry]);
+        }
+    }
+    entries = std::move(merged);
+}
+
+// Whether a text is `key`. One of UTF-16 that is too long for it is not converted.
+bool isText(const State& state, const Node& text, std::string_view key, std::string& scratch) {
+    const bool mayBe = text.form != Form::Utf16 || text.length <= 2 * key.size();
+    return mayBe && textOfNode(state, text, scratch) == key;
 }
 
 bool isNumber(Type type) {
@@ -196,7 +228,7 @@ PropertyListValue PropertyListValue::valueForKey(std::string_view key) const {
             at = state_->nodes[valueNode].extent;
         }
         // The search goes on behind a match: of a repeated key the last one counts.
-        if (textOfNode(*state_, state_->nodes[keyNode], scratch) == key) {
+        if (isText(*state_, state_->nodes[keyNode], key, scratch)) {
             found = PropertyListValue(state_, valueNode);
         }
     }
@@ -266,28 +298,22 @@ std::vector<PropertyListValue::Entry> PropertyListValue::entries() const {
     return result;
 }
 
-// Leaves each key at its first place, with the value of its last one.
+// Leaves each key at its first place, with the value of its last one. Each key is converted once:
+// those that share an object are merged before.
 void PropertyListValue::mergeRepeatedKeys(std::vector<Entry>& entries) {
-    std::vector<std::uint32_t> order(entries.size());
-    std::iota(order.begin(), order.end(), 0U);
-    std::string scratch;
-    std::string others;
-    const auto text = [&](std::uint32_t entry, std::string& buffer) {
-        return entries[entry].first.stringValue(buffer);
-    };
-    std::stable_sort(order.begin(), order.end(), [&](std::uint32_t left, std::uint32_t right) {
-        return text(left, scratch) < text(right, others);
-    });
-    constexpr PropertyListValue kMerged;
-    for (std::size_t i = 1, first = 0; i < order.size(); ++i) {
-        if (text(order[first], scratch) == text(order[i], others)) {
-            entries[order[first]].second = entries[order[i]].second;
-            entries[order[i]].first = kMerged;
-        } else {
-            first = i;
+    mergeEqual(entries, [&](std::size_t entry) { return entries[entry].first.node_; });
+    std::deque<std::string> converted;
+    std::vector<std::string_view> texts;
+    texts.reserve(entries.size());
+    for (const Entry& entry : entries) {
+        std::string scratch;
+        std::string_view text = entry.first.stringValue(scratch);
+        if (text.data() == scratch.data()) {
+            text = converted.emplace_back(std::move(scratch));
         }
+        texts.push_back(text);
     }
-    std::erase_if(entries, [](const Entry& entry) { return !entry.first; });
+    mergeEqual(entries, [&](std::size_t entry) { return texts[entry]; });
 }
 
 }  // namespace quillet::platform

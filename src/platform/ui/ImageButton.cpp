@@ -1,6 +1,7 @@
 #include "platform/ui/ImageButton.h"
 
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
 
@@ -91,7 +92,21 @@ void ImageButton::drawImage(QPainter& painter) const {
 // row.
 void ImageButton::hideEvent(QHideEvent* event) {
     QAbstractButton::hideEvent(event);
-    setDown(false);
+    cancelPress(*this);
+}
+
+void cancelPress(QAbstractButton& button) {
+    button.setDown(false);
+    // The toolkit's button would come down again as soon as the pointer moves. A release of one
+    // that is up is no click and ends that.
+    const QPointF outside(-1, -1);
+    QMouseEvent release(QEvent::MouseButtonRelease,
+                        outside,
+                        button.mapToGlobal(outside),
+                        Qt::LeftButton,
+                        Qt::NoButton,
+                        Qt::NoModifier);
+    static_cast<QObject&>(button).event(&release);  // not sent: parents would get it as well
 }
 
 void ImageButton::keyPressEvent(QKeyEvent* event) {

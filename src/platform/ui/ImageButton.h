@@ -40,4 +40,8 @@ private:
     std::function<void()> action_;
 };
 
+// Takes a press back that still goes on, for good: neither its release nor a move of the pointer
+// brings it back.
+void cancelPress(QAbstractButton& button);
+
 }  // namespace quillet::platform

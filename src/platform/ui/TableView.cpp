@@ -11,6 +11,7 @@
 #include "platform/ui/Accessibility.h"
 #include "platform/ui/AnimationContext.h"
 #include "platform/ui/AnimationGroup.h"
+#include "platform/ui/ImageButton.h"
 #include "platform/ui/TableViewState.h"
 
 namespace quillet::platform {
@@ -19,6 +20,9 @@ namespace {
 
 // What stands shorter than this, nobody can have aimed at.
 constexpr std::chrono::milliseconds kTimeToSee{200};
+// What is so few points from its place has come to rest for the eye. The last of them take as long
+// as people need from one click to the next.
+constexpr double kStill = 2;
 
 // A cell that was shown or hidden in another place has stale geometry until its layouts run.
 void activateLayouts(QWidget* view) {
@@ -151,7 +155,8 @@ bool TableView::standsStill(qsizetype row) const {
         return false;
     }
     const auto index = static_cast<std::size_t>(row);
-    const bool moves = isAnimating() && index >= state_->movingFrom;
+    const bool moves = isAnimating() && index >= state_->movingFrom &&
+                       (1 - state_->progress) * state_->rowHeight > kStill;
     return !moves && state_->clock() - state_->rows[index].changed >= kTimeToSee;
 }
 
@@ -166,7 +171,7 @@ void TableView::noteChangesFrom(std::size_t row) {
         state_->pressed = kNoRow;
     }
     if (QAbstractButton* held = heldButton(); held != nullptr && rowOfView(held) >= first) {
-        held->setDown(false);
+        cancelPress(*held);
     }
 }
 

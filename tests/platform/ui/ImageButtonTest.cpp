@@ -61,6 +61,11 @@ TEST(ImageButton, ShowsThatItIsPressedOrFocusedAndNothingOfHovering) {
     EXPECT_GT(image().pixelColor(10, 10).alpha(), resting.pixelColor(10, 10).alpha());
     QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, {10, 10});
     EXPECT_EQ(image(), resting);
+    QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, {10, 10});
+    platform::cancelPress(button);
+    QTest::mouseMove(window.windowHandle(), {11, 10});
+    EXPECT_EQ(image(), resting);
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, {11, 10});
     button.setFocus(Qt::TabFocusReason);
     EXPECT_GT(image().pixelColor(10, 0).alpha(), 0);
     QTest::keyClick(&button, Qt::Key_Space);
