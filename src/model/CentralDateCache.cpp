@@ -55,13 +55,13 @@ const CentralDateCache::Entry& CentralDateCache::make(double date) {
         today_ = dates.IntDate(now_);
     }
     // Times of today differ from instant to instant; an entry for one of them holds for it alone.
-    constexpr double kEver = std::numeric_limits<double>::infinity();
-    platform::LocalDay span{date, std::nextafter(date, kEver)};
+    using Limits = std::numeric_limits<double>;
+    platform::LocalDay span{date, std::nextafter(date, Limits::infinity())};
     if (day != today_) {
         span = platform::localDayOf(date);
         // All instants beyond the calendar's limits are held at one day.
-        span.start = date < span.start ? -kEver : span.start;
-        span.end = date >= span.end ? kEver : span.end;
+        span.start = date < span.start ? Limits::lowest() : span.start;
+        span.end = date >= span.end ? Limits::infinity() : span.end;
     }
     RecordText text = block_.store(dates.centralDate(date, day, *today_));
     return entries_.insert_or_assign(span.start, Entry{span.start, span.end, std::move(text)})
