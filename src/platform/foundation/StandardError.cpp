@@ -1,6 +1,7 @@
 #include "platform/foundation/StandardError.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
 
@@ -11,33 +12,36 @@ namespace quillet::platform {
 namespace {
 
 // Line and paragraph separators, and what turns the direction of a text.
-constexpr std::string_view kDisturbing[] = {
-    "\u061C",
-    "\u200E",
-    "\u200F",
-    "\u2028",
-    "\u2029",
-    "\u202A",
-    "\u202B",
-    "\u202C",
-    "\u202D",
-    "\u202E",
-    "\u2066",
-    "\u2067",
-    "\u2068",
-    "\u2069",
-};
+constexpr std::uint32_t kDisturbing[] = {0x061C,
+                                         0x200E,
+                                         0x200F,
+                                         0x2028,
+                                         0x2029,
+                                         0x202A,
+                                         0x202B,
+                                         0x202C,
+                                         0x202D,
+                                         0x202E,
+                                         0x2066,
+                                         0x2067,
+                                         0x2068,
+                                         0x2069};
 
-bool isControl(std::string_view character) {
+// The number of a character of valid UTF-8.
+std::uint32_t codeOf(std::string_view character) {
     const auto lead = static_cast<unsigned char>(character[0]);
-    const auto last = static_cast<unsigned char>(character.back());
-    return lead < 0x20 || lead == 0x7F || (lead == 0xC2 && last < 0xA0);
+    std::uint32_t code = character.size() == 1 ? lead : lead & (0x3FU >> (character.size() - 1));
+    for (const char byte : character.substr(1)) {
+        code = (code << 6U) | (static_cast<unsigned char>(byte) & 0x3FU);
+    }
+    return code;
 }
 
 bool disturbs(std::string_view character) {
-    return isControl(character) ||
-           std::find(std::begin(kDisturbing), std::end(kDisturbing), character) !=
-               std::end(kDisturbing);
+    const std::uint32_t code = codeOf(character);
+    const bool isControl = code < 0x20 || (code >= 0x7F && code < 0xA0);
+    return isControl ||
+           std::find(std::begin(kDisturbing), std::end(kDisturbing), code) != std::end(kDisturbing);
 }
 
 }  // namespace
