@@ -20,9 +20,6 @@ namespace {
 
 // What stands shorter than this, nobody can have aimed at.
 constexpr std::chrono::milliseconds kTimeToSee{200};
-// What is so few points from its place has come to rest for the eye. The last of them take as long
-// as people need from one click to the next.
-constexpr double kStill = 2;
 
 // A cell that was shown or hidden in another place has stale geometry until its layouts run.
 void activateLayouts(QWidget* view) {
@@ -155,9 +152,14 @@ bool TableView::standsStill(qsizetype row) const {
         return false;
     }
     const auto index = static_cast<std::size_t>(row);
-    const bool moves = isAnimating() && index >= state_->movingFrom &&
-                       (1 - state_->progress) * state_->rowHeight > kStill;
+    // At the very end of a slide the rows are drawn at their places already.
+    const bool moves = isAnimating() && index >= state_->movingFrom && yetToMove() > 0;
     return !moves && state_->clock() - state_->rows[index].changed >= kTimeToSee;
+}
+
+// How many points the rows that move are drawn below their places.
+long TableView::yetToMove() const {
+    return std::lround((1 - state_->progress) * state_->rowHeight);
 }
 
 // The rows from this one on show something else at their places: what was pressed there is no more.
@@ -360,7 +362,7 @@ void TableView::placeRows() {
     const auto edge = [this](std::size_t row) {
         return std::lround(static_cast<double>(row) * state_->rowHeight);
     };
-    const long yetToMove = std::lround((1 - state_->progress) * state_->rowHeight);
+    const long yetToMove = this->yetToMove();
     for (std::size_t i = 0; i < state_->rows.size(); ++i) {
         const bool moves = isAnimating() && i >= state_->movingFrom;
         const long top = edge(i) + (moves ? yetToMove : 0);

@@ -98,6 +98,7 @@ private:
     void placeRows();
     void startRemoval(std::size_t row, const QPixmap& picture, RowAnimation animation);
     std::ptrdiff_t rowAt(QPoint point) const;
+    long yetToMove() const;
     void rowsChanged();
     void noteChangesFrom(std::size_t row);
     void orderControls();

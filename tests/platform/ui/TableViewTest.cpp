@@ -96,8 +96,8 @@ TEST(TableView, APressActsOnlyOnARowThatStandsStill) {
         const char* sent;  // by the second click; empty for nothing
     } cases[] = {
         {"button that moves", true, 180, {290, 100}, ""},
-        {"row that moves", true, 200, {100, 100}, ""},
-        {"row that is as good as there", true, 220, {100, 100}, "selected 1"},
+        {"row that moves", true, 220, {100, 100}, ""},
+        {"row that is drawn at its place", true, 240, {100, 100}, "selected 1"},
         {"row above those that move", true, 60, {100, 40}, "selected 0"},
         {"button that came to rest", true, 250, {290, 100}, "second of c"},
         {"row that came to rest", true, 250, {100, 100}, "selected 1"},
