@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/foundation/Number.h"
+#include "platform/plist/Number.h"
 
 namespace quillet::bench {
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "bench/Timing.h"
-#include "platform/foundation/LinkDetector.h"
+#include "platform/url/LinkDetector.h"
 
 namespace quillet::bench {
 

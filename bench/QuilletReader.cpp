@@ -3,8 +3,8 @@
 #include "bench/Digest.h"
 #include "bench/Readers.h"
 #include "model/ExtensionMessage.h"
+#include "platform/base/Queue.h"
 #include "platform/desktop/UserDefaults.h"
-#include "platform/foundation/Queue.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet::bench {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Number.h"
+#include "platform/plist/Number.h"
 
 // The readers that are measured. Each does what the widget's update does: it reads every file of
 // the store, builds a record of every message with all fields and the date text, and sorts the

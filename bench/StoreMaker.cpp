@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/StoreWriter.h"
-#include "platform/foundation/FileManager.h"
+#include "platform/files/FileManager.h"
 
 namespace quillet::bench {
 

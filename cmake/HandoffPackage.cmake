@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/quillet-handoff")
-set(package_targets handoff model util foundation desktop options)
+set(package_targets handoff model util extension dates url plist files base desktop options)
 list(TRANSFORM package_targets PREPEND quillet_ OUTPUT_VARIABLE package_libraries)
 foreach(name IN LISTS package_targets)
     set_target_properties(quillet_${name} PROPERTIES EXPORT_NAME ${name})
@@ -22,3 +22,17 @@ configure_package_config_file(cmake/quillet-handoff-config.cmake.in "${package_c
 write_basic_package_version_file("${package_version}" COMPATIBILITY SameMinorVersion)
 install(FILES "${package_config}" "${package_version}"
         DESTINATION "${package_folder}" COMPONENT handoff)
+
+# The platform's headers once lay in one folder, platform/foundation. Extensions may go on including
+# them from there.
+set(old_folder "${CMAKE_CURRENT_BINARY_DIR}/foundation")
+foreach(folder IN ITEMS base extension plist url)
+    get_target_property(headers quillet_${folder} HEADER_SET)
+    foreach(header IN LISTS headers)
+        cmake_path(GET header FILENAME name)
+        file(CONFIGURE OUTPUT "${old_folder}/${name}"
+             CONTENT "#pragma once\n\n#include \"platform/${folder}/${name}\"\n")
+    endforeach()
+endforeach()
+install(DIRECTORY "${old_folder}" COMPONENT handoff
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/quillet/platform")

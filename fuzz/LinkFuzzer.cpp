@@ -10,10 +10,10 @@
 #include <string_view>
 
 #include "fuzz/Require.h"
-#include "platform/foundation/HtmlText.h"
-#include "platform/foundation/LinkDetector.h"
-#include "platform/foundation/StyledText.h"
-#include "platform/foundation/URL.h"
+#include "platform/extension/HtmlText.h"
+#include "platform/extension/StyledText.h"
+#include "platform/url/LinkDetector.h"
+#include "platform/url/URL.h"
 
 namespace quillet::fuzz {
 

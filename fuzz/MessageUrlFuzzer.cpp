@@ -11,7 +11,7 @@
 
 #include "fuzz/Require.h"
 #include "handoff/MessageUrl.h"
-#include "platform/foundation/Exception.h"
+#include "platform/base/Exception.h"
 
 namespace quillet::fuzz {
 

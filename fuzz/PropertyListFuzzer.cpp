@@ -9,7 +9,7 @@
 #include "fuzz/Require.h"
 #include "host/PropertyListReader.h"
 #include "host/PropertyListWriter.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet::fuzz {
 

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "fuzz/Require.h"
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/URL.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Utf8.h"
+#include "platform/url/URL.h"
 #include "util/RequestUtils.h"
 
 namespace quillet::fuzz {

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/foundation/ProgramArguments.h"
+#include "platform/base/ProgramArguments.h"
 
 namespace quillet::host {
 

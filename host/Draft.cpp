@@ -13,9 +13,9 @@
 #include "handoff/ExtensionUtilities.h"
 #include "handoff/MessageRendering.h"
 #include "handoff/MessageUrl.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/RegularFile.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/RegularFile.h"
 
 namespace quillet::host {
 

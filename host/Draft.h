@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/URL.h"
+#include "platform/url/URL.h"
 
 namespace quillet::host {
 

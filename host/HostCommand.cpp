@@ -4,8 +4,8 @@
 #include <array>
 #include <variant>
 
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/URL.h"
+#include "platform/base/Exception.h"
+#include "platform/url/URL.h"
 #include "util/RequestUtils.h"
 #include "widget/ExtensionUtilities.h"
 

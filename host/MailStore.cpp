@@ -8,10 +8,10 @@
 
 #include "host/PropertyListReader.h"
 #include "host/PropertyListWriter.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Path.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet::host {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "model/ExtensionMessage.h"
-#include "platform/foundation/Result.h"
+#include "platform/base/Result.h"
 
 // The messages of a container, as commands of the widget name them. Works on all message files
 // below the data folder's "Today" under its coordination lock, for which it waits without a limit.

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "host/DraftBody.h"
-#include "platform/foundation/Path.h"
+#include "platform/files/Path.h"
 #include "widget/ExtensionUtilities.h"
 
 namespace quillet::host {

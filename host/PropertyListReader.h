@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/PropertyListWriter.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet::host {
 

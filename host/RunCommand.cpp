@@ -14,11 +14,11 @@
 #include "host/MessageWindow.h"
 #include "host/SampleHost.h"
 #include "model/ExtensionUtilities.h"
+#include "platform/base/StandardError.h"
 #include "platform/desktop/Display.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/SessionBus.h"
 #include "platform/desktop/StopSignals.h"
-#include "platform/foundation/StandardError.h"
 
 namespace quillet::host {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Path.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 
 namespace quillet::host {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "host/SampleStore.h"
-#include "platform/foundation/Error.h"
+#include "platform/base/Error.h"
 
 namespace quillet::host {
 

@@ -4,8 +4,8 @@
 
 #include "host/SampleStore.h"
 #include "host/StoreWriter.h"
+#include "platform/base/StandardError.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
-#include "platform/foundation/StandardError.h"
 
 namespace quillet::host {
 

@@ -4,28 +4,35 @@ import pathlib
 import re
 import sys
 
-FOUNDATION, DESKTOP, UI = "platform/foundation", "platform/desktop", "platform/ui"
+BASE, FILES, PLIST, URL = "platform/base", "platform/files", "platform/plist", "platform/url"
+DATES, EXTENSION = "platform/dates", "platform/extension"
+DESKTOP, PRESENTATION, UI = "platform/desktop", "platform/presentation", "platform/ui"
+SYSTEM = {BASE, FILES, PLIST, URL, DATES, EXTENSION}
 MAY_INCLUDE = {
-    "util": {"util", FOUNDATION},
-    FOUNDATION: {FOUNDATION},
-    DESKTOP: {DESKTOP, FOUNDATION},
-    UI: {UI, DESKTOP, FOUNDATION},
-    "model": {"model", "util", FOUNDATION},
-    "handoff": {"handoff", "model", "util", FOUNDATION, DESKTOP},
-    "widget": {"widget", "model", "util", FOUNDATION, DESKTOP, UI},
-    "views": {"views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
-    "share": {"share", "handoff", "widget", "model", "util", FOUNDATION, DESKTOP},
-    "app": {"app", "views", "widget", "model", "util", FOUNDATION, DESKTOP, UI},
+    BASE: {BASE},
+    FILES: {FILES, BASE},
+    PLIST: {PLIST, BASE},
+    URL: {URL, BASE},
+    DATES: {DATES, BASE},
+    EXTENSION: SYSTEM - {DATES},
+    DESKTOP: {DESKTOP, *SYSTEM},
+    PRESENTATION: {PRESENTATION, BASE},
+    UI: {UI, PRESENTATION, DESKTOP, EXTENSION, BASE},
+    "util": {"util", BASE, URL},
+    "model": {"model", "util", *SYSTEM},
+    "handoff": {"handoff", "model", "util", *SYSTEM, DESKTOP},
+    "widget": {"widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION},
+    "views": {"views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
+    "share": {"share", "handoff", "widget", "model", "util", *SYSTEM, DESKTOP},
+    "app": {"app", "views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
 }
 # Folders beside src/, which nothing in it may include.
 OUTSIDE = ("host/", "bench/", "tests/")
 # Folders whose every file is free of the toolkit, and those whose headers are.
-NO_QT = {"util", FOUNDATION, "model", "handoff", "widget"}
-NO_QT_HEADERS = {DESKTOP}
-# Headers of platform/ui that the logic may include, since they hold no toolkit type.
-UI_WITHOUT_QT = {"AnimationContext.h", "LayoutConstraint.h", "Table.h", "ViewController.h"}
+NO_QT = {"util", *SYSTEM, "model", "handoff", "widget"}
+NO_QT_HEADERS = {DESKTOP, PRESENTATION}
 # Folders whose headers show no type of the system or of a library: only the C++ standard library.
-NO_SYSTEM_HEADERS = {FOUNDATION, DESKTOP}
+NO_SYSTEM_HEADERS = {*SYSTEM, DESKTOP, PRESENTATION}
 # Standard headers have neither a folder nor an extension; the compiler's vector types are no matter.
 SYSTEM_HEADER = re.compile(r"<(?!\w*mmintrin\.h)[^>]*(/|\.h>)")
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]')
@@ -38,7 +45,6 @@ def folder_of(path):
 def problems(source, path):
     folder = folder_of(path)
     qt_free = folder in NO_QT or (folder in NO_QT_HEADERS and path.endswith(".h"))
-    qt_free = qt_free or (folder == UI and path.rsplit("/", 1)[1] in UI_WITHOUT_QT)
     for number, line in enumerate(source.read_text(encoding="utf-8").splitlines(), 1):
         match = INCLUDE.match(line)
         if not match:
@@ -51,8 +57,7 @@ def problems(source, path):
             yield f"src/{path}:{number}: {name} shows types of the system"
         if target and target not in MAY_INCLUDE[folder]:
             yield f"src/{path}:{number}: {folder} may not include {target}"
-        if qt_free and (re.match(r"Q[A-Za-z]|qt", name) or
-                        (target == UI and name.rsplit("/", 1)[1] not in UI_WITHOUT_QT)):
+        if qt_free and re.match(r"Q[A-Za-z]|qt", name):
             yield f"src/{path}:{number}: {name} brings in the toolkit"
 
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <variant>
 
+#include "platform/base/ProgramArguments.h"
 #include "platform/desktop/Appearance.h"
-#include "platform/foundation/ProgramArguments.h"
 
 namespace quillet {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Path.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 
 namespace quillet {
 

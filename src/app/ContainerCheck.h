@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/foundation/Error.h"
+#include "platform/base/Error.h"
 
 namespace quillet {
 

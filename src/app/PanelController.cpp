@@ -6,8 +6,8 @@
 #include "model/ExtensionUtilities.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/UserDefaults.h"
-#include "platform/foundation/Path.h"
-#include "platform/ui/AnimationContext.h"
+#include "platform/files/Path.h"
+#include "platform/presentation/AnimationContext.h"
 #include "views/UserPlace.h"
 
 namespace quillet {

@@ -12,13 +12,13 @@
 #include "app/ProgramIcon.h"
 #include "app/SingleInstance.h"
 #include "app/TrayIcon.h"
+#include "platform/base/ProgramArguments.h"
+#include "platform/base/StandardError.h"
 #include "platform/desktop/LockWaitLoop.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
-#include "platform/foundation/LockWait.h"
-#include "platform/foundation/ProgramArguments.h"
-#include "platform/foundation/StandardError.h"
+#include "platform/files/LockWait.h"
 
 namespace quillet {
 

@@ -3,7 +3,7 @@
 #include <deque>
 #include <utility>
 
-#include "platform/foundation/Queue.h"
+#include "platform/base/Queue.h"
 
 namespace quillet {
 

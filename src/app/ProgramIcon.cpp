@@ -1,6 +1,6 @@
 #include "app/ProgramIcon.h"
 
-#include "platform/foundation/Bundle.h"
+#include "platform/extension/Bundle.h"
 
 namespace quillet {
 

@@ -13,8 +13,8 @@
 #include <utility>
 
 #include "platform/desktop/SessionBus.h"
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/Path.h"
+#include "platform/extension/Bundle.h"
+#include "platform/files/Path.h"
 
 namespace quillet {
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <optional>
 
-#include "platform/foundation/FileLock.h"
+#include "platform/files/FileLock.h"
 
 namespace quillet {
 

@@ -7,8 +7,8 @@
 #include <QWidget>
 
 #include "app/SingleUpdate.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/ui/AnimationContext.h"
+#include "platform/files/FileManager.h"
+#include "platform/presentation/AnimationContext.h"
 #include "views/Theme.h"
 
 namespace quillet {

@@ -5,7 +5,7 @@
 
 #include "app/PanelController.h"
 #include "app/ProgramIcon.h"
-#include "platform/foundation/Bundle.h"
+#include "platform/extension/Bundle.h"
 
 namespace quillet {
 

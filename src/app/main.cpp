@@ -12,12 +12,12 @@
 #include "app/PanelProgram.h"
 #include "app/SnapshotCommand.h"
 #include "model/ExtensionUtilities.h"
+#include "platform/base/Error.h"
+#include "platform/base/StandardError.h"
 #include "platform/desktop/Display.h"
 #include "platform/desktop/SessionBus.h"
-#include "platform/foundation/Error.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/LockWait.h"
-#include "platform/foundation/StandardError.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/LockWait.h"
 
 namespace {
 

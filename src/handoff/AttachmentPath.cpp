@@ -1,6 +1,6 @@
 #include "handoff/AttachmentPath.h"
 
-#include "platform/foundation/URL.h"
+#include "platform/url/URL.h"
 
 namespace quillet {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "model/ExtensionMessage.h"
-#include "platform/foundation/ExtensionContext.h"
+#include "platform/extension/ExtensionContext.h"
 
 // Handing what was shared to the host application: files go into a staging folder of the container,
 // texts and links into a draft. Any thread; failures are logged and leave out what failed.

@@ -7,10 +7,10 @@
 #include <thread>
 #include <utility>
 
+#include "platform/base/Log.h"
+#include "platform/base/TextFormat.h"
 #include "platform/desktop/PngEncoding.h"
 #include "platform/desktop/Queues.h"
-#include "platform/foundation/Log.h"
-#include "platform/foundation/TextFormat.h"
 
 namespace quillet {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "handoff/ExtensionUtilities.h"
-#include "platform/foundation/Queue.h"
+#include "platform/base/Queue.h"
 
 namespace quillet {
 

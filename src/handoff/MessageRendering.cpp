@@ -5,8 +5,8 @@
 
 #include "handoff/AttachmentPath.h"
 #include "handoff/LinkMarkup.h"
-#include "platform/foundation/LinkDetector.h"
-#include "platform/foundation/TextFormat.h"
+#include "platform/base/TextFormat.h"
+#include "platform/url/LinkDetector.h"
 
 namespace quillet {
 

@@ -26,7 +26,7 @@ std::string renderHtml(ExtensionMessage& message);
 // Bytes; see renderHtml.
 inline constexpr std::size_t kMostMarkup = std::size_t{4} << 20U;
 
-// The absolute URLs of the links in a UTF-8 text, in text order; see platform/foundation/
+// The absolute URLs of the links in a UTF-8 text, in text order; see platform/url/
 // LinkDetector.h. The message itself has no part in it.
 std::vector<std::string> searchUrlsDetector(const ExtensionMessage& message, std::string_view text);
 

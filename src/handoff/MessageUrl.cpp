@@ -7,10 +7,10 @@
 
 #include "handoff/AttachmentPath.h"
 #include "model/ExtensionAddress.h"
-#include "platform/foundation/Error.h"
-#include "platform/foundation/Log.h"
-#include "platform/foundation/TextFormat.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Error.h"
+#include "platform/base/Log.h"
+#include "platform/base/TextFormat.h"
+#include "platform/base/Utf8.h"
 #include "util/RequestUtils.h"
 
 namespace quillet {

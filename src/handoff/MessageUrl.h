@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "model/ExtensionMessage.h"
-#include "platform/foundation/URL.h"
+#include "platform/url/URL.h"
 
 // A message draft as one URL, the form in which extensions hand drafts to the host application;
 // docs/drafts.md describes it. Linear in the size of the draft, for any thread.

@@ -1,12 +1,12 @@
 #include "handoff/ExtensionUtilities.h"
 #include "handoff/StagingFolder.h"
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Log.h"
-#include "platform/foundation/Path.h"
-#include "platform/foundation/Result.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Log.h"
+#include "platform/base/Result.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 
 namespace quillet::ExtensionUtilities {
 

@@ -7,7 +7,7 @@
 
 #include "handoff/ExtensionUtilities.h"
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/Path.h"
+#include "platform/files/Path.h"
 
 namespace quillet {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Result.h"
+#include "platform/base/Result.h"
 
 namespace quillet {
 

@@ -1,9 +1,9 @@
 #include "model/ExtensionUtilities.h"
 #include "model/RecordFields.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/Log.h"
-#include "platform/foundation/Path.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/base/Log.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/Path.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet::ExtensionUtilities {
 

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "model/ExtensionDate.h"
-#include "platform/foundation/LocalTime.h"
+#include "platform/dates/LocalTime.h"
 
 namespace quillet {
 

@@ -1,8 +1,8 @@
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Path.h"
-#include "platform/foundation/TextFormat.h"
+#include "platform/base/TextFormat.h"
+#include "platform/extension/Bundle.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 
 namespace quillet {
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "model/ExtensionAlias.h"
-#include "platform/foundation/Atomic.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/base/Atomic.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet {
 

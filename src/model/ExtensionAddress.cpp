@@ -1,10 +1,10 @@
 #include "model/ExtensionAddress.h"
 
 #include "model/RecordFields.h"
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/Log.h"
-#include "platform/foundation/TextFormat.h"
-#include "platform/foundation/Whitespace.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Log.h"
+#include "platform/base/TextFormat.h"
+#include "platform/base/Whitespace.h"
 
 namespace quillet {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/foundation/Atomic.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/base/Atomic.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet {
 

@@ -1,9 +1,9 @@
 #include "model/ExtensionAlias.h"
 
 #include "model/RecordFields.h"
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/Log.h"
-#include "platform/foundation/TextFormat.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Log.h"
+#include "platform/base/TextFormat.h"
 
 namespace quillet {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/foundation/Number.h"
+#include "platform/plist/Number.h"
 
 namespace quillet {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/foundation/Atomic.h"
-#include "platform/foundation/DateFormatter.h"
+#include "platform/base/Atomic.h"
+#include "platform/dates/DateFormatter.h"
 
 namespace quillet {
 

@@ -9,7 +9,7 @@
 #include "model/ExtensionMessageReader.h"
 #include "model/PropertyLock.h"
 #include "model/RecordBlock.h"
-#include "platform/foundation/TextFormat.h"
+#include "platform/base/TextFormat.h"
 
 namespace quillet {
 

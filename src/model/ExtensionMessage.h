@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "model/RecordText.h"
-#include "platform/foundation/Number.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/plist/Number.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet {
 

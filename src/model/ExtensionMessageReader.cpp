@@ -5,9 +5,9 @@
 #include <limits>
 
 #include "model/ExtensionDate.h"
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/Log.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Log.h"
+#include "platform/extension/Bundle.h"
 
 namespace quillet {
 

@@ -10,7 +10,7 @@
 #include "model/CentralDateCache.h"
 #include "model/ExtensionMessage.h"
 #include "model/RecordBlock.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet {
 

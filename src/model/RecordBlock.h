@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "model/ExtensionMessage.h"
-#include "platform/foundation/MemoryArena.h"
+#include "model/MemoryArena.h"
 
 namespace quillet {
 

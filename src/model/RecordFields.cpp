@@ -1,6 +1,6 @@
 #include "model/RecordFields.h"
 
-#include "platform/foundation/FileManager.h"
+#include "platform/files/FileManager.h"
 
 namespace quillet {
 

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/extension/Bundle.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet {
 

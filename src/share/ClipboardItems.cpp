@@ -7,7 +7,7 @@
 
 #include "share/SharedItems.h"
 
-#include "platform/foundation/ItemProvider.h"
+#include "platform/extension/ItemProvider.h"
 
 namespace quillet {
 

@@ -23,13 +23,13 @@
 #include "handoff/ExtensionUtilities.h"
 #include "handoff/MessageUrl.h"
 #include "model/ExtensionAddress.h"
+#include "platform/base/StandardError.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/LockWait.h"
-#include "platform/foundation/StandardError.h"
-#include "platform/foundation/Uninterrupted.h"
+#include "platform/extension/Bundle.h"
+#include "platform/files/LockWait.h"
+#include "platform/files/Uninterrupted.h"
 #include "widget/ExtensionUtilities.h"
 
 namespace quillet {

@@ -11,9 +11,9 @@
 #include "handoff/ExtensionUtilities.h"
 #include "handoff/StagingFolder.h"
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Path.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 
 namespace quillet {
 

@@ -9,12 +9,12 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/ItemProvider.h"
-#include "platform/foundation/LinkDetector.h"
-#include "platform/foundation/Path.h"
-#include "platform/foundation/Utf8.h"
-#include "platform/foundation/Whitespace.h"
+#include "platform/base/Utf8.h"
+#include "platform/base/Whitespace.h"
+#include "platform/extension/ItemProvider.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
+#include "platform/url/LinkDetector.h"
 
 namespace quillet {
 

@@ -6,8 +6,8 @@
 
 #include "share/ShareCommandLine.h"
 
-#include "platform/foundation/ExtensionContext.h"
-#include "platform/foundation/Result.h"
+#include "platform/base/Result.h"
+#include "platform/extension/ExtensionContext.h"
 
 // What there is to share, as input of an extension. Errors say in words what cannot be shared.
 namespace quillet {

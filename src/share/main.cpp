@@ -5,8 +5,8 @@
 #include "share/ShareCommandLine.h"
 #include "share/ShareProgram.h"
 
+#include "platform/base/StandardError.h"
 #include "platform/desktop/Display.h"
-#include "platform/foundation/StandardError.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <span>
 #include <utility>
 
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/PercentEncoding.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Utf8.h"
+#include "platform/url/PercentEncoding.h"
 
 namespace quillet::RequestUtils {
 

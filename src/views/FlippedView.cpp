@@ -3,7 +3,7 @@
 #include <QPaintEvent>
 #include <utility>
 
-#include "platform/foundation/NotificationCenter.h"
+#include "platform/base/NotificationCenter.h"
 
 namespace quillet {
 

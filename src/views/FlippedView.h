@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/foundation/Atomic.h"
+#include "platform/base/Atomic.h"
 
 namespace quillet {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/foundation/Bundle.h"
+#include "platform/extension/Bundle.h"
 #include "platform/ui/ConstraintLayout.h"
 #include "platform/ui/SegmentedControl.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/Bundle.h"
+#include "platform/extension/Bundle.h"
 #include "platform/ui/ConstraintLayout.h"
 #include "platform/ui/PixelAlignment.h"
 #include "views/KXTint.h"

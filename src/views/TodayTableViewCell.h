@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "model/ExtensionMessage.h"
-#include "platform/foundation/Atomic.h"
+#include "platform/base/Atomic.h"
 #include "platform/ui/ImageButton.h"
 #include "platform/ui/TableView.h"
 #include "platform/ui/TextField.h"

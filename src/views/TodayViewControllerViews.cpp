@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/foundation/NotificationCenter.h"
+#include "platform/base/NotificationCenter.h"
 #include "platform/ui/ConstraintLayout.h"
 #include "views/FlippedView.h"
 #include "views/Metrics.h"

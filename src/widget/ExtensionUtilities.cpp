@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/base/NotificationCenter.h"
+#include "platform/base/TextFormat.h"
 #include "platform/desktop/Workspace.h"
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/NotificationCenter.h"
-#include "platform/foundation/TextFormat.h"
+#include "platform/extension/Bundle.h"
 #include "util/RequestUtils.h"
 
 namespace quillet::ExtensionUtilities {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "model/ExtensionMessage.h"
-#include "platform/foundation/URL.h"
+#include "platform/url/URL.h"
 
 // Commands to the host application: URLs of its scheme that it is asked to open. Main thread only.
 // Nothing is shown when the host cannot be asked, and these operations log nothing. The workspace

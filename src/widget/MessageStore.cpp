@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "model/RecordFields.h"
-#include "platform/foundation/Exception.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Log.h"
-#include "platform/foundation/Path.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Log.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet {

@@ -6,7 +6,7 @@
 
 #include "model/ExtensionMessageReader.h"
 #include "model/RecordBlock.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet {
 

@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "model/ExtensionMessage.h"
+#include "platform/base/Atomic.h"
+#include "platform/base/Queue.h"
 #include "platform/desktop/UserDefaults.h"
-#include "platform/foundation/Atomic.h"
-#include "platform/foundation/Queue.h"
-#include "platform/ui/LayoutConstraint.h"
-#include "platform/ui/Table.h"
-#include "platform/ui/ViewController.h"
+#include "platform/presentation/LayoutConstraint.h"
+#include "platform/presentation/Table.h"
+#include "platform/presentation/ViewController.h"
 #include "widget/NCWidgetProviding.h"
 
 namespace quillet {

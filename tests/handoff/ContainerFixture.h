@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/ByteBuffer.h"
-#include "platform/foundation/FileManager.h"
+#include "platform/base/ByteBuffer.h"
+#include "platform/files/FileManager.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryFolder.h"

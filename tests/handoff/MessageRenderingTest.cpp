@@ -4,7 +4,7 @@
 #include <string>
 
 #include "handoff/MessageRendering.h"
-#include "platform/foundation/URL.h"
+#include "platform/url/URL.h"
 #include "tests/support/DocumentTable.h"
 
 namespace quillet::test {

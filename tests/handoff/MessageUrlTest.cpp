@@ -4,7 +4,7 @@
 
 #include "handoff/MessageUrl.h"
 #include "model/ExtensionAddress.h"
-#include "platform/foundation/Exception.h"
+#include "platform/base/Exception.h"
 #include "tests/support/DocumentExample.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RandomText.h"

@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "model/ExtensionMessage.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/FileManager.h"
+#include "platform/plist/PropertyList.h"
 #include "tests/host/Command.h"
 #include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "host/PropertyListWriter.h"
-#include "tests/platform/foundation/PropertyListTestSupport.h"
+#include "tests/platform/plist/PropertyListTestSupport.h"
 
 namespace quillet::host {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "host/StoreWriter.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
-#include "platform/foundation/FileCoordinator.h"
+#include "platform/files/FileCoordinator.h"
 #include "tests/support/OwnContainer.h"
 #include "tests/support/WaitUntil.h"
 

@@ -7,8 +7,8 @@
 #include "host/StoreWriter.h"
 #include "model/ExtensionMessageReader.h"
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/PropertyList.h"
+#include "platform/files/FileManager.h"
+#include "platform/plist/PropertyList.h"
 #include "tests/support/DocumentExample.h"
 #include "tests/support/OwnContainer.h"
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/FileManager.h"
+#include "platform/files/FileManager.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/OwnContainer.h"
 #include "tests/support/PropertyLists.h"

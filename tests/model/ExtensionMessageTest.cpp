@@ -6,7 +6,7 @@
 
 #include "model/ExtensionMessage.h"
 #include "model/ExtensionMessageReader.h"
-#include "platform/foundation/Exception.h"
+#include "platform/base/Exception.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/PropertyLists.h"

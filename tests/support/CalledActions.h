@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/NotificationCenter.h"
+#include "platform/base/NotificationCenter.h"
 #include "widget/ExtensionUtilities.h"
 
 namespace quillet::test {

@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/foundation/FileCoordinator.h"
+#include "platform/files/FileCoordinator.h"
 #include "tests/support/FileLocks.h"
 
 namespace quillet::test {

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/Log.h"
+#include "platform/base/Log.h"
 
 namespace quillet::test {
 

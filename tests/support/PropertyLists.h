@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet::test {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
 
 namespace quillet::test {
 

@@ -13,7 +13,7 @@
 #include <list>
 #include <nlohmann/json.hpp>
 
-#include "platform/foundation/FileCoordinator.h"
+#include "platform/files/FileCoordinator.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/WaitUntil.h"

@@ -13,8 +13,8 @@
 #include <unistd.h>
 
 #include "model/ExtensionUtilities.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileCoordinator.h"
+#include "platform/files/FileDescriptor.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-#include "platform/foundation/Exception.h"
+#include "platform/base/Exception.h"
 #include "tests/support/RandomText.h"
 #include "util/RequestUtils.h"
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "platform/foundation/NotificationCenter.h"
+#include "platform/base/NotificationCenter.h"
 #include "views/FlippedView.h"
 
 namespace quillet::test {

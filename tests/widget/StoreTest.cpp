@@ -11,8 +11,8 @@
 #include <unistd.h>
 
 #include "model/RecordFields.h"
-#include "platform/foundation/FileCoordinator.h"
-#include "tests/platform/foundation/PropertyListTestSupport.h"
+#include "platform/files/FileCoordinator.h"
+#include "tests/platform/plist/PropertyListTestSupport.h"
 #include "tests/support/FileLocks.h"
 #include "tests/support/PropertyLists.h"
 #include "tests/support/WaitUntil.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/URL.h"
+#include "platform/url/URL.h"
 
 namespace quillet::platform {
 

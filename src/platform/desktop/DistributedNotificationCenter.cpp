@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/NotificationCenter.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/SessionBus.h"
-#include "platform/foundation/NotificationCenter.h"
 
 namespace quillet::platform {
 

@@ -16,10 +16,10 @@
 #include <unistd.h>
 #include <utility>
 
-#include "platform/foundation/Error.h"
-#include "platform/foundation/FileDescriptor.h"
-#include "platform/foundation/FileManager.h"
-#include "platform/foundation/Log.h"
+#include "platform/base/Error.h"
+#include "platform/base/Log.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileManager.h"
 
 namespace quillet::platform {
 

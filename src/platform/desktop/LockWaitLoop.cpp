@@ -5,7 +5,7 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/foundation/LockWait.h"
+#include "platform/files/LockWait.h"
 
 namespace quillet::platform {
 

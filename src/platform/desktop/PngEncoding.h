@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Bitmap.h"
-#include "platform/foundation/Result.h"
+#include "platform/base/Result.h"
+#include "platform/extension/Bitmap.h"
 
 // Pictures as PNG files. Any thread.
 namespace quillet::platform {

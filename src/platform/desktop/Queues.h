@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "platform/foundation/Queue.h"
+#include "platform/base/Queue.h"
 
 namespace quillet::platform {
 

@@ -10,7 +10,7 @@
 #include <gio/gio.h>
 #include <memory>
 
-#include "platform/foundation/NotificationCenter.h"
+#include "platform/base/NotificationCenter.h"
 
 namespace quillet::platform {
 

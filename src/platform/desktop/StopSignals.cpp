@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 namespace quillet::platform {
 

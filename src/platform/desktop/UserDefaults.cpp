@@ -5,7 +5,7 @@
 #include <QStandardPaths>
 #include <QString>
 
-#include "platform/foundation/Number.h"
+#include "platform/plist/Number.h"
 
 namespace quillet::platform {
 

@@ -18,11 +18,11 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/Log.h"
 #include "platform/desktop/ActivationTokens.h"
 #include "platform/desktop/ApplicationObject.h"
 #include "platform/desktop/DesktopEntry.h"
 #include "platform/desktop/SessionBus.h"
-#include "platform/foundation/Log.h"
 
 namespace quillet::platform {
 

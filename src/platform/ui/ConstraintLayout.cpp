@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Exception.h"
+#include "platform/base/Exception.h"
+#include "platform/presentation/LayoutConstraint.h"
 #include "platform/ui/ConstraintSolver.h"
-#include "platform/ui/LayoutConstraint.h"
 #include "platform/ui/VisualFormat.h"
 
 namespace quillet::platform {

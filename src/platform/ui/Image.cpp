@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Bundle.h"
+#include "platform/extension/Bundle.h"
 
 namespace quillet::platform {
 

@@ -10,9 +10,9 @@
 #include <cmath>
 #include <vector>
 
+#include "platform/presentation/AnimationContext.h"
+#include "platform/presentation/AnimationGroup.h"
 #include "platform/ui/Accessibility.h"
-#include "platform/ui/AnimationContext.h"
-#include "platform/ui/AnimationGroup.h"
 #include "platform/ui/SegmentedControlPainter.h"
 #include "platform/ui/SingleLineText.h"
 

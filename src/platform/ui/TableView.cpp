@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/presentation/AnimationContext.h"
+#include "platform/presentation/AnimationGroup.h"
 #include "platform/ui/Accessibility.h"
-#include "platform/ui/AnimationContext.h"
-#include "platform/ui/AnimationGroup.h"
 #include "platform/ui/ImageButton.h"
 #include "platform/ui/TableViewState.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/ui/Table.h"
+#include "platform/presentation/Table.h"
 #include "platform/ui/TableRowView.h"
 
 class QAbstractButton;

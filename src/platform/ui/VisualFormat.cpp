@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/foundation/Exception.h"
+#include "platform/base/Exception.h"
 
 namespace quillet::platform {
 

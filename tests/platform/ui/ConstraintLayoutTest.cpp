@@ -3,9 +3,9 @@
 #include <functional>
 #include <gmock/gmock.h>
 
-#include "platform/foundation/Exception.h"
+#include "platform/base/Exception.h"
+#include "platform/presentation/LayoutConstraint.h"
 #include "platform/ui/ConstraintLayout.h"
-#include "platform/ui/LayoutConstraint.h"
 #include "platform/ui/VisualFormat.h"
 
 namespace quillet::test {

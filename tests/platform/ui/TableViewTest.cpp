@@ -1,7 +1,7 @@
 #include <QAccessible>
 #include <gmock/gmock.h>
 
-#include "platform/ui/AnimationContext.h"
+#include "platform/presentation/AnimationContext.h"
 #include "platform/ui/SlidingRow.h"
 #include "platform/ui/TableView.h"
 #include "tests/platform/ui/RecordingTable.h"

@@ -1,0 +1,122 @@
+#include "platform/extension/HtmlText.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+#include "platform/base/ByteBuffer.h"
+#include "platform/base/Utf8.h"
+#include "platform/plist/PropertyListXmlText.h"
+
+namespace quillet::platform {
+
+namespace {
+
+// Elements that may stand in the middle of a word; all others part words.
+constexpr auto kOfWords = std::to_array<std::string_view>(
+    {"a", "abbr", "b", "code", "em", "font", "i", "mark", "s", "small", "span", "strong", "u"});
+constexpr auto kUnseen = std::to_array<std::string_view>({"head", "script", "style", "title"});
+
+template <std::size_t size>
+bool contains(const std::array<std::string_view, size>& names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+bool isLetter(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+}
+
+// The name of an element at the start of a text, in lower case; "" for none.
+std::string nameAtStart(std::string_view text) {
+    std::string name;
+    for (const char character : text) {
+        const bool isDigit = character >= '0' && character <= '9';
+        if (!isLetter(character) && (name.empty() || !isDigit)) {
+            break;
+        }
+        name += isLetter(character) ? static_cast<char>(character | ' ') : character;
+    }
+    return name;
+}
+
+// Cuts off what ends with the first `end`; everything where there is none.
+void skipBehind(std::string_view& text, std::string_view end) {
+    const std::size_t place = text.find(end);
+    text.remove_prefix(place == std::string_view::npos ? text.size() : place + end.size());
+}
+
+void skipElement(std::string_view& html, const std::string& name) {
+    do {
+        skipBehind(html, "</");
+    } while (!html.empty() && nameAtStart(html) != name);
+    skipBehind(html, ">");
+}
+
+// Reads what begins with "<".
+void takeMarkup(std::string_view& html, std::string& text) {
+    if (html.starts_with("<!--")) {
+        skipBehind(html, "-->");
+        return;
+    }
+    const bool isEnd = html.starts_with("</");
+    const std::string name = nameAtStart(html.substr(isEnd ? 2 : 1));
+    if (name.empty() && !html.starts_with("<!") && !html.starts_with("<?")) {
+        text += '<';
+        html.remove_prefix(1);
+        return;
+    }
+    skipBehind(html, ">");
+    if (!isEnd && contains(kUnseen, name)) {
+        skipElement(html, name);
+    }
+    if (!contains(kOfWords, name)) {
+        text += ' ';
+    }
+}
+
+// Reads what begins with "&".
+void takeReference(std::string_view& html, std::string& text) {
+    constexpr std::string_view kNoBreakSpace = "&nbsp;";
+    constexpr std::uint32_t kNoBreakSpaceCode = 0xA0;
+    constexpr std::size_t kLongest = 4;  // bytes of a character
+    const auto reference = html.starts_with(kNoBreakSpace)
+                               ? XmlReference{kNoBreakSpaceCode, kNoBreakSpace.size()}
+                               : xmlReferenceAtStart(html).value_or(XmlReference{'&', 1});
+    const std::uint32_t code = reference.code == kNoBreakSpaceCode ? ' ' : reference.code;
+    std::array<char, kLongest> bytes{};
+    text.append(bytes.data(), writeUtf8(code, bytes.data()));
+    html.remove_prefix(reference.length);
+}
+
+std::string withSingleBlanks(std::string_view text) {
+    std::string result;
+    for (const char character : trimmedXmlSpace(text)) {
+        if (!isXmlSpace(character)) {
+            result += character;
+        } else if (!result.ends_with(' ')) {
+            result += ' ';
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+std::string textOfHtml(std::string_view html) {
+    const ByteBuffer padded(html);  // references are read ahead
+    std::string_view rest = padded.view();
+    std::string text;
+    while (!rest.empty()) {
+        const std::size_t plain = std::min(rest.find_first_of("<&"), rest.size());
+        text.append(rest.substr(0, plain));
+        rest.remove_prefix(plain);
+        if (rest.starts_with('<')) {
+            takeMarkup(rest, text);
+        } else if (!rest.empty()) {
+            takeReference(rest, text);
+        }
+    }
+    return withSingleBlanks(text);
+}
+
+}  // namespace quillet::platform

@@ -1,0 +1,137 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/base/ByteBuffer.h"
+#include "platform/plist/ByteReader.h"
+#include "platform/plist/PropertyList.h"
+
+// What a parsed document consists of. Internal to the property-list sources.
+namespace quillet::platform {
+
+// How the bytes of a value are to be read.
+enum class PropertyListForm : std::uint8_t {
+    Plain,       // UTF-8 text or data as it stands; containers of the XML format
+    Escaped,     // XML text with references, CDATA sections, comments or line ends to convert
+    Utf16,       // big-endian UTF-16
+    Base64,      // plain text that stands for data
+    Signed,      // a number kept in the node
+    Unsigned,    // a number kept in the node that only an unsigned integer can hold
+    References,  // containers of the binary format
+    Broken,      // a binary object that cannot be read and that no value leads to
+};
+
+// One value, 16 bytes. XML documents hold a tape: a container's values follow it, a dictionary's as
+// key and value in turn. Binary documents hold one node an object, in the order of their numbers.
+struct PropertyListNode {
+    PropertyListType type = PropertyListType::Absent;
+    PropertyListForm form = PropertyListForm::Plain;
+    // Binary containers, the height: levels of containers, themselves included; 0 while unknown.
+    // XML dictionaries, the shape: those of equal shapes (but 0) and lengths have the same keys at
+    // the same places, and no containers in them.
+    std::uint16_t heightOrShape = 0;
+    // XML: the node behind this value and everything in it. Binary containers: the number of
+    // values they unfold to, themselves included.
+    std::uint32_t extent = 0;
+    // Text and data: the place of the bytes. Containers: the place of the references (binary).
+    // Numbers: the low and high half of their 64 bits.
+    std::uint32_t offset = 0;
+    // Text and data: bytes. Containers: elements or entries.
+    std::uint32_t length = 0;
+
+    std::uint64_t bits() const noexcept {
+        return offset | (static_cast<std::uint64_t>(length) << 32U);
+    }
+    void setBits(std::uint64_t bits) noexcept {
+        offset = static_cast<std::uint32_t>(bits);
+        length = static_cast<std::uint32_t>(bits >> 32U);
+    }
+    double real() const noexcept { return std::bit_cast<double>(bits()); }
+    bool isContainer() const noexcept {
+        return type == PropertyListType::Array || type == PropertyListType::Dictionary;
+    }
+};
+static_assert(sizeof(PropertyListNode) == 16);
+
+struct PropertyListState {
+    ByteBuffer bytes;        // the file
+    std::string transcoded;  // the file in UTF-8 where it was UTF-16, with ByteBuffer's padding
+    std::vector<PropertyListNode> nodes;
+    const char* text = nullptr;    // what the nodes' offsets are counted from
+    std::uint64_t generation = 0;  // counts the parses, so that remembered places can be told old
+    std::uint32_t root = 0;
+    std::uint8_t referenceWidth = 0;  // bytes of a reference in the binary format, 0 for XML
+    std::uint8_t referenceSkip = 0;   // leading bytes of a reference, which are zero
+    std::uint8_t referenceShift = 0;  // bits of the 32 behind them that are not the reference's
+    bool hasRoot = false;
+    std::uint32_t longestText = 0;  // bytes, of the binary format; 0 for XML
+    PropertyListDocument::SharedBytes sharedBytes = PropertyListDocument::SharedBytes::AtEachPlace;
+
+    std::string_view textOf(const PropertyListNode& node) const noexcept {
+        return {text + node.offset, node.length};
+    }
+
+    void setReferenceWidth(std::size_t width) noexcept {
+        constexpr std::size_t kKept = sizeof(std::uint32_t);
+        referenceWidth = static_cast<std::uint8_t>(width);
+        referenceSkip = static_cast<std::uint8_t>(width > kKept ? width - kKept : 0);
+        referenceShift = static_cast<std::uint8_t>(width < kKept ? 8 * (kKept - width) : 0);
+    }
+    // The object that the reference number `index` behind `offset` names (binary, checked before).
+    std::uint32_t reference(std::uint32_t offset, std::uint32_t index) const noexcept {
+        const char* at = text + offset + std::size_t{index} * referenceWidth + referenceSkip;
+        return static_cast<std::uint32_t>(bigEndianNumber(at, sizeof(std::uint32_t))) >>
+               referenceShift;
+    }
+};
+
+inline PropertyListValue::PropertyListValue(const PropertyListState* state,
+                                            std::uint32_t node) noexcept {
+    if (state->nodes[node].type != PropertyListType::Absent) {
+        state_ = state;
+        node_ = node;
+    }
+}
+
+inline const PropertyListNode& PropertyListValue::node() const noexcept {
+    return state_->nodes[node_];
+}
+
+// The text of a string node: a view into the document or, where something has to be converted,
+// into `scratch`.
+std::string_view textOfNode(const PropertyListState& state,
+                            const PropertyListNode& node,
+                            std::string& scratch);
+
+// Thrown by the readers within a parse; PropertyListDocument::parse returns what it carries.
+struct PropertyListFailure {
+    PropertyListError error;
+};
+
+[[noreturn]] inline void failPropertyList(PropertyListErrorKind kind,
+                                          std::size_t offset,
+                                          std::string text) {
+    throw PropertyListFailure{{kind, offset, std::move(text)}};
+}
+
+inline constexpr std::string_view kUtf8ByteOrderMark = "\xEF\xBB\xBF";
+
+// Fill state.nodes and the root from the bytes. The binary one takes state.bytes, the XML one
+// state.text (`size` bytes of UTF-8 with ByteBuffer's padding behind).
+void readXmlPropertyList(PropertyListState& state, std::size_t size);
+void readBinaryPropertyList(PropertyListState& state);
+
+// Appends what an XML text of the form Escaped stands for. The text has been checked; behind it
+// stands the rest of the document or ByteBuffer's padding.
+void appendUnescapedXml(std::string_view text, std::string& result);
+// Decodes base64; bytes that are no base64 digit are skipped.
+std::string decodedBase64(std::string_view text);
+
+}  // namespace quillet::platform

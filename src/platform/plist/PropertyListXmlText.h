@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+#include "platform/plist/Number.h"
+#include "platform/plist/PropertyList.h"
+
+// The small languages inside the elements of an XML property list, for its reader; HTML has the
+// same references.
+namespace quillet::platform {
+
+// A character or entity reference ("&amp;", "&#x41;").
+struct XmlReference {
+    std::uint32_t code = 0;
+    std::size_t length = 0;  // bytes from "&" to ";"
+};
+
+// The reference with a name at `at`, the place of a "&" with ByteBuffer's padding somewhere behind;
+// its length is 0 where there is none. Senders and identifiers are full of them.
+inline XmlReference namedXmlReferenceAt(const char* at) noexcept {
+    const auto stands = [at](std::string_view text) {
+        return std::memcmp(at, text.data(), text.size()) == 0;
+    };
+    switch (at[1]) {
+        case 'l':
+            return {'<', stands("&lt;") ? 4U : 0U};
+        case 'g':
+            return {'>', stands("&gt;") ? 4U : 0U};
+        case 'q':
+            return {'"', stands("&quot;") ? 6U : 0U};
+        default:
+            return stands("&amp;") ? XmlReference{'&', 5}
+                                   : XmlReference{'\'', stands("&apos;") ? 6U : 0U};
+    }
+}
+
+// The reference that the text, which begins with "&", starts with. None where there is none, and
+// for characters that XML does not allow. ByteBuffer's padding stands somewhere behind the text.
+std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept;
+
+// The place of the first character of [start, end) that is no valid UTF-8 or that XML forbids, with
+// the kind of that error; none where all is well. Reads up to 16 bytes behind the end.
+struct XmlCharacterError {
+    PropertyListErrorKind kind = PropertyListErrorKind::Malformed;
+    const char* place = nullptr;
+};
+std::optional<XmlCharacterError> firstXmlCharacterError(const char* start,
+                                                        const char* end) noexcept;
+
+inline bool isXmlSpace(char character) noexcept {
+    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
+}
+std::string_view trimmedXmlSpace(std::string_view text) noexcept;
+
+// A decimal or 0x hexadecimal integer with an optional sign that 64 bits can hold.
+std::optional<Number> integerOfXmlText(std::string_view text) noexcept;
+// A decimal number or one of nan, inf and infinity in any case, with an optional sign.
+std::optional<double> realOfXmlText(std::string_view text) noexcept;
+// YYYY-MM-DDTHH:MM:SSZ as seconds since 2001-01-01 00:00:00 UTC.
+std::optional<double> dateOfXmlText(std::string_view text) noexcept;
+// Whether the text is base64 with white space anywhere; the padding may be missing.
+bool isBase64(std::string_view text) noexcept;
+
+}  // namespace quillet::platform

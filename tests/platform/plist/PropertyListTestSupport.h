@@ -1,0 +1,108 @@
+#pragma once
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/plist/PropertyList.h"
+
+namespace quillet::test {
+
+// Everything in a value as one text: "abc" for strings, 5 for integers, 1.5r for reals, true,
+// 10d for dates, <ab> for data, uid3, (null), [..] and {"key":value,..}. `visits` counts the
+// values.
+inline std::string dump(const platform::PropertyListValue& value, std::size_t* visits = nullptr) {
+    using Type = platform::PropertyListType;
+    if (visits != nullptr) {
+        ++*visits;
+    }
+    switch (value.type()) {
+        case Type::Absent:
+            return "(null)";
+        case Type::String:
+            return '"' + value.stringValue() + '"';
+        case Type::Integer:
+            return value.numberValue().text();
+        case Type::Real:
+            return value.numberValue().text() + 'r';
+        case Type::Boolean:
+            return value.boolValue() ? "true" : "false";
+        case Type::Date:
+            return platform::Number(value.dateValue()).text() + 'd';
+        case Type::Data:
+            return '<' + std::string(value.dataValue()) + '>';
+        case Type::Uid:
+            return "uid" + std::to_string(value.uidValue());
+        case Type::Array:
+        case Type::Dictionary:
+            break;
+    }
+    const bool isDictionary = value.type() == Type::Dictionary;
+    std::string text;
+    for (const auto element : value) {
+        text += (text.empty() ? "" : ",") + dump(element, visits);
+        if (isDictionary) {
+            text += ':' + dump(value.valueForKey(element.stringValue()), visits);
+        }
+    }
+    return isDictionary ? '{' + text + '}' : '[' + text + ']';
+}
+
+// What the file holds, or the description of its error.
+inline std::string parsed(std::string_view file) {
+    platform::PropertyListDocument document;
+    const auto error = document.parse(file);
+    return error ? error->description() : dump(document.root());
+}
+
+// The kind of the file's error; none for a good file.
+inline std::optional<platform::PropertyListErrorKind> kindOfError(std::string_view file) {
+    const auto error = platform::PropertyListDocument().parse(file);
+    return error ? std::optional(error->kind) : std::nullopt;
+}
+
+// Expects that the file is an error of this kind at this byte.
+inline void expectError(std::string_view file,
+                        platform::PropertyListErrorKind kind,
+                        std::size_t offset) {
+    platform::PropertyListDocument document;
+    const auto error = document.parse(file);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind, kind) << error->description();
+    EXPECT_EQ(error->offset, offset) << error->description();
+    EXPECT_FALSE(document.root());
+}
+
+// Big-endian bytes of a number.
+inline std::string bigEndian(std::uint64_t number, std::size_t width) {
+    std::string bytes(width, '\0');
+    for (std::size_t i = 0; i < width; ++i) {
+        bytes[width - 1 - i] = static_cast<char>(number >> (8 * i));
+    }
+    return bytes;
+}
+
+// A short ASCII text of the binary format.
+inline std::string ascii(std::string_view text) {
+    return static_cast<char>(0x50 + text.size()) + std::string(text);
+}
+
+// A binary property list of the given encoded objects, whose first one is the root.
+inline std::string binaryFile(const std::vector<std::string>& objects,
+                              std::size_t referenceWidth = 1,
+                              std::size_t offsetWidth = 1) {
+    std::string file = "bplist00";
+    std::string table;
+    for (const std::string& object : objects) {
+        table += bigEndian(file.size(), offsetWidth);
+        file += object;
+    }
+    const std::size_t tableOffset = file.size();
+    file += table + bigEndian(0, 6) + bigEndian(offsetWidth, 1) + bigEndian(referenceWidth, 1);
+    return file + bigEndian(objects.size(), 8) + bigEndian(0, 8) + bigEndian(tableOffset, 8);
+}
+
+}  // namespace quillet::test
