@@ -1,21 +1,11 @@
-#include <stdexcept>
-
 #include "bench/Digest.h"
 #include "bench/Readers.h"
 #include "model/ExtensionMessage.h"
-#include "platform/base/Queue.h"
-#include "platform/desktop/UserDefaults.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet::bench {
 
 namespace {
-
-// updateData schedules nothing.
-class RefusingQueue final : public platform::Queue {
-public:
-    void async(Block /*block*/) override { throw std::logic_error("nothing is to be scheduled"); }
-};
 
 std::uint64_t digestOf(const ExtensionMessageList& messages) {
     Digest digest;
@@ -36,10 +26,7 @@ std::uint64_t digestOf(const ExtensionMessageList& messages) {
 }  // namespace
 
 Outcome readWithQuillet(const std::string& /*container*/) {
-    RefusingQueue queue;
-    platform::VolatileUserDefaults defaults;
-    const auto controller = TodayViewController::make({queue, queue, defaults});
-    ExtensionMessageList messages = controller->updateData();
+    ExtensionMessageList messages = TodayViewController::updateData();
     const std::size_t count = messages->size();
     return {count, [messages = std::move(messages)] { return digestOf(messages); }};
 }

@@ -7,7 +7,7 @@
 #include "platform/base/Exception.h"
 #include "platform/url/URL.h"
 #include "util/RequestUtils.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 namespace quillet::host {
 

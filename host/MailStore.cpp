@@ -8,6 +8,7 @@
 
 #include "host/PropertyListReader.h"
 #include "host/PropertyListWriter.h"
+#include "model/ContainerPaths.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
@@ -32,17 +33,9 @@ std::string todayOf(const std::string& dataFolder) {
     return Path::appendingPathComponent(dataFolder, "Today");
 }
 
-// Paths of a folder's visible entries, in the order of their names; none where it has none.
+// Paths of a folder's visible entries in the order of their names; empty when it cannot be listed.
 std::vector<std::string> visibleEntries(const std::string& folder) {
-    const auto names = FileManager::contentsOfFolder(folder);
-    std::vector<std::string> paths;
-    if (names) {
-        for (const std::string& name : names.value()) {
-            if (!name.starts_with(".")) {
-                paths.push_back(Path::appendingPathComponent(folder, name));
-            }
-        }
-    }
+    auto paths = ExtensionUtilities::directoryContent(folder).value_or(std::vector<std::string>());
     std::sort(paths.begin(), paths.end());
     return paths;
 }

@@ -12,7 +12,7 @@
 
 #include "host/DraftBody.h"
 #include "platform/files/Path.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 namespace quillet::host {
 

@@ -13,7 +13,7 @@
 #include "host/ApplicationService.h"
 #include "host/MessageWindow.h"
 #include "host/SampleHost.h"
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/base/StandardError.h"
 #include "platform/desktop/Display.h"
 #include "platform/desktop/Queues.h"

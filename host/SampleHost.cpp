@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/MessageWindow.h"
+#include "model/StoreNotification.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
 
@@ -162,7 +163,7 @@ void SampleHost::finish(const Request& request, const Outcome& outcome) {
                     (outcome.kind == Outcome::Kind::Failed && !request.command->shows());
     if (request.isLastOfCall && std::exchange(storeChanged_, false)) {
         platform::DistributedNotificationCenter::defaultCenter().postNotification(
-            "k_today_widget_key", "k_today_widget_object");
+            StoreNotification::kName, StoreNotification::kObject);
     }
     isBusy_ = false;
     startNext();

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"

@@ -4,6 +4,7 @@
 
 #include "host/SampleStore.h"
 #include "host/StoreWriter.h"
+#include "model/StoreNotification.h"
 #include "platform/base/StandardError.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 
@@ -21,7 +22,7 @@ int runWrite(const CommandLine& line) {
         return kFailure;
     }
     const bool isTold = platform::DistributedNotificationCenter::defaultCenter().postNotification(
-        "k_today_widget_key", "k_today_widget_object");
+        StoreNotification::kName, StoreNotification::kObject);
     if (line.isVerbose) {
         for (const auto& file : files) {
             std::cout << platform::printableLine(folder + '/' + file.path) << '\n';

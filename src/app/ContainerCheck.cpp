@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <string>
 
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
 

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/SingleUpdate.h"
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/ui/SingleLineText.h"
 
 namespace quillet {

@@ -3,11 +3,12 @@
 #include <chrono>
 #include <utility>
 
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/UserDefaults.h"
 #include "platform/files/Path.h"
 #include "platform/presentation/AnimationContext.h"
+#include "views/TodayWidgetFactory.h"
 #include "views/UserPlace.h"
 
 namespace quillet {
@@ -43,8 +44,10 @@ bool PanelController::isShown() const {
 }
 
 std::shared_ptr<TodayViewController> PanelController::makeWidget() const {
-    auto widget = TodayViewController::make(
-        {platform::mainQueue(), platform::backgroundQueue(), platform::UserDefaults::standard()});
+    auto widget = TodayViewController::make({platform::mainQueue(),
+                                             platform::backgroundQueue(),
+                                             platform::UserDefaults::standard(),
+                                             TodayWidgetFactory::shared()});
     widget->setDarkAppearance(look() == Look::Dark);
     widget->view();
     return widget;

@@ -1,12 +1,16 @@
 #include "app/SingleUpdate.h"
 
+#include "views/TodayWidgetFactory.h"
+#include "widget/MessageList.h"
+
 namespace quillet {
 
 SingleUpdate::SingleUpdate(std::optional<std::int64_t> segment) : override_(segment) {
     if (override_) {
-        volatileDefaults_.setInteger(*override_, "segmented");
+        volatileDefaults_.setInteger(*override_, MessageList::kSegmentedPreference);
     }
-    controller_ = TodayViewController::make({blocks_, blocks_, defaults()});
+    controller_ =
+        TodayViewController::make({blocks_, blocks_, defaults(), TodayWidgetFactory::shared()});
 }
 
 platform::UserDefaults& SingleUpdate::defaults() {
@@ -17,7 +21,7 @@ platform::UserDefaults& SingleUpdate::defaults() {
 }
 
 std::int64_t SingleUpdate::segment() const {
-    return controller_->defaults().integerForKey("segmented");
+    return controller_->defaults().integerForKey(MessageList::kSegmentedPreference);
 }
 
 NCUpdateResult SingleUpdate::run() {

@@ -11,7 +11,7 @@
 #include "app/ListCommand.h"
 #include "app/PanelProgram.h"
 #include "app/SnapshotCommand.h"
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/base/Error.h"
 #include "platform/base/StandardError.h"
 #include "platform/desktop/Display.h"

@@ -1,4 +1,6 @@
-#include "model/ExtensionUtilities.h"
+#include "model/Accounts.h"
+
+#include "model/ContainerPaths.h"
 #include "model/RecordFields.h"
 #include "platform/base/Log.h"
 #include "platform/files/FileCoordinator.h"

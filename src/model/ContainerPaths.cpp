@@ -1,14 +1,13 @@
-#include "model/ExtensionUtilities.h"
-#include "platform/base/TextFormat.h"
+#include "model/ContainerPaths.h"
+
 #include "platform/extension/Bundle.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
 
-namespace quillet {
+namespace quillet::ExtensionUtilities {
 
-namespace Path = platform::Path;
-
-namespace ExtensionUtilities {
+namespace FileManager = platform::FileManager;
+using platform::Path::appendingPathComponent;
 
 std::string GroupFolderName() {
     constexpr std::string_view kBetaPrefix = "it.tarno.quillet.beta";
@@ -17,7 +16,7 @@ std::string GroupFolderName() {
 }
 
 std::optional<std::string> GroupPath() {
-    return platform::FileManager::containerPathForGroup(kGroupIdentifier);
+    return FileManager::containerPathForGroup(kGroupIdentifier);
 }
 
 std::optional<std::string> GroupDataPath() {
@@ -25,33 +24,24 @@ std::optional<std::string> GroupDataPath() {
     if (!container) {
         return std::nullopt;
     }
-    return Path::appendingPathComponent(*container, GroupFolderName());
+    return appendingPathComponent(*container, GroupFolderName());
 }
 
-}  // namespace ExtensionUtilities
-
-namespace RequestUtils {
-
-std::optional<std::string> GetGoodPath(const std::optional<std::string>& name,
-                                       const std::optional<std::string>& folder) {
-    if (!name || !folder) {
+std::optional<std::vector<std::string>> directoryContent(const std::string& path) {
+    std::vector<std::string> paths;
+    if (!FileManager::folderExists(path)) {
+        return paths;
+    }
+    const auto names = FileManager::contentsOfFolder(path);
+    if (!names) {
         return std::nullopt;
     }
-    const std::string base = Path::deletingPathExtension(*name);
-    const std::string extension = Path::pathExtension(*name);
-    std::string candidate = base;
-    for (unsigned long counter = 1;; ++counter) {
-        std::string path = Path::appendingPathComponent(*folder, candidate);
-        if (!extension.empty()) {
-            path = Path::appendingPathExtension(path, extension);
+    for (const std::string& name : names.value()) {
+        if (!name.starts_with('.')) {
+            paths.push_back(appendingPathComponent(path, name));
         }
-        if (!platform::FileManager::fileExists(path)) {
-            return path;
-        }
-        candidate = base + platform::formatText("_%lu", {std::to_string(counter)});
     }
+    return paths;
 }
 
-}  // namespace RequestUtils
-
-}  // namespace quillet
+}  // namespace quillet::ExtensionUtilities

@@ -98,36 +98,28 @@ std::string ExtensionMessage::description() const {
 }
 
 ExtensionMessage::Text ExtensionMessage::get(const RecordText& field) const {
-    const std::lock_guard lock(propertyLock(this));
+    const auto held = lock();
     return field ? Text(field.view()) : std::nullopt;
 }
 
 void ExtensionMessage::set(RecordText& field, const Text& text) {
     RecordText replacement = RecordText::copyOf(text);
-    const std::lock_guard lock(propertyLock(this));
+    const auto held = lock();
     field = std::move(replacement);
 }
 
 std::optional<Number> ExtensionMessage::get(const OptionalNumber& field) const {
-    const std::lock_guard lock(propertyLock(this));
+    const auto held = lock();
     return field.present ? std::optional(field.number) : std::nullopt;
 }
 
 void ExtensionMessage::set(OptionalNumber& field, const std::optional<Number>& number) {
-    const std::lock_guard lock(propertyLock(this));
+    const auto held = lock();
     field = {number.value_or(Number()), number.has_value()};
 }
 
-template <typename Field>
-Field ExtensionMessage::draftField(Field Draft::*field) const {
-    const std::lock_guard lock(propertyLock(this));
-    return draft_ ? (*draft_).*field : Field();
-}
-
-template <typename Field>
-void ExtensionMessage::setDraftField(Field Draft::*field, Field value) {
-    const std::lock_guard lock(propertyLock(this));
-    std::swap(draft().*field, value);
+std::unique_lock<std::mutex> ExtensionMessage::lock() const {
+    return std::unique_lock(propertyLock(this));
 }
 
 ExtensionMessage::Draft& ExtensionMessage::draft() {
@@ -138,7 +130,7 @@ ExtensionMessage::Draft& ExtensionMessage::draft() {
 }
 
 void ExtensionMessage::appendHtmlBody(std::string_view html) {
-    const std::lock_guard lock(propertyLock(this));
+    const auto held = lock();
     Text& body = draft().htmlBody;
     if (!body) {
         body.emplace();
@@ -147,23 +139,12 @@ void ExtensionMessage::appendHtmlBody(std::string_view html) {
 }
 
 void ExtensionMessage::appendAttachments(const std::vector<std::string>& paths) {
-    const std::lock_guard lock(propertyLock(this));
+    const auto held = lock();
     std::optional<Attachments>& list = draft().attachments;
     if (!list) {
         list.emplace();
     }
     list->insert(list->end(), paths.begin(), paths.end());
 }
-
-template ExtensionMessage::Text ExtensionMessage::draftField(Text Draft::*) const;
-template std::optional<ExtensionMessage::Recipients> ExtensionMessage::draftField(
-    std::optional<Recipients> Draft::*) const;
-template std::optional<ExtensionMessage::Attachments> ExtensionMessage::draftField(
-    std::optional<Attachments> Draft::*) const;
-template void ExtensionMessage::setDraftField(Text Draft::*, Text);
-template void ExtensionMessage::setDraftField(std::optional<Recipients> Draft::*,
-                                              std::optional<Recipients>);
-template void ExtensionMessage::setDraftField(std::optional<Attachments> Draft::*,
-                                              std::optional<Attachments>);
 
 }  // namespace quillet

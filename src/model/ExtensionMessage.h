@@ -4,9 +4,11 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "model/RecordText.h"
@@ -142,10 +144,17 @@ private:
     std::optional<platform::Number> get(const OptionalNumber& field) const;
     void set(OptionalNumber& field, const std::optional<platform::Number>& number);
     template <typename Field>
-    Field draftField(Field Draft::*field) const;
+    Field draftField(Field Draft::*field) const {
+        const auto held = lock();
+        return draft_ ? (*draft_).*field : Field();
+    }
     template <typename Field>
-    void setDraftField(Field Draft::*field, Field value);
-    Draft& draft();  // made when it is missing; the property lock is held
+    void setDraftField(Field Draft::*field, Field value) {
+        const auto held = lock();
+        std::swap(draft().*field, value);
+    }
+    std::unique_lock<std::mutex> lock() const;  // of all properties
+    Draft& draft();                             // made when it is missing; the lock is held
 
     std::atomic<std::uint64_t> idx_ = 0;
     std::atomic<std::uint64_t> acc_idx_ = 0;

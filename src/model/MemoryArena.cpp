@@ -6,7 +6,7 @@
 #include <sys/mman.h>
 #include <utility>
 
-namespace quillet::platform {
+namespace quillet {
 
 namespace {
 
@@ -43,4 +43,4 @@ void* MemoryArena::allocateInNewRegion(std::size_t bytes) {
     return memory;
 }
 
-}  // namespace quillet::platform
+}  // namespace quillet

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace quillet::platform {
+namespace quillet {
 
 // Memory for many small things that end together. It grows by regions, each twice as large as the
 // one before up to kLargestRegion, whose pages are then there from the start, as one huge page
@@ -46,4 +46,4 @@ private:
     std::size_t regionSize_ = kSmallestRegion;
 };
 
-}  // namespace quillet::platform
+}  // namespace quillet

@@ -66,7 +66,7 @@ private:
 
     RecordBlock() = default;
 
-    platform::MemoryArena memory_;
+    MemoryArena memory_;
     std::vector<Row> rows_;
     std::size_t count_ = 0;
     std::size_t room_ = 0;  // records that the last row can still take

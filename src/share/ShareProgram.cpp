@@ -30,7 +30,7 @@
 #include "platform/extension/Bundle.h"
 #include "platform/files/LockWait.h"
 #include "platform/files/Uninterrupted.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 namespace quillet {
 

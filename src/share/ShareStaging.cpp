@@ -10,7 +10,7 @@
 
 #include "handoff/ExtensionUtilities.h"
 #include "handoff/StagingFolder.h"
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"

@@ -7,12 +7,12 @@
 #include "platform/extension/Bundle.h"
 #include "platform/ui/ConstraintLayout.h"
 #include "platform/ui/SegmentedControl.h"
+#include "widget/MessageList.h"
 
 namespace quillet {
 
 namespace {
 
-constexpr std::string_view kPreference = "segmented";
 constexpr std::array<std::string_view, 3> kLabels = {"Inbox", "To Do", "Memo"};
 
 std::size_t segmentOfPreference(std::int64_t stored) {
@@ -37,7 +37,8 @@ TodayHeaderView::TodayHeaderView(const std::shared_ptr<TodayViewController>& con
         QString::fromStdString(platform::Bundle::main().localizedString("Folder")));
     control_->setDark(controller->legacyDarkBackground());
     control_->setAction([this] { selectedSegment(control_); });
-    control_->setSelectedSegment(segmentOfPreference(defaults_.integerForKey(kPreference)));
+    control_->setSelectedSegment(
+        segmentOfPreference(defaults_.integerForKey(MessageList::kSegmentedPreference)));
 
     auto* layout = new platform::ConstraintLayout(this);
     layout->addConstraints("H:|-(40)-[control(>=1)]-(20)-|", {{"control", control_}});
@@ -50,7 +51,8 @@ void TodayHeaderView::selectedSegment(platform::SegmentedControl* /*sender*/) {
 
 void TodayHeaderView::select() {
     // Stored first: the delegate rebuilds the list from the preference, not from the control.
-    defaults_.setInteger(static_cast<std::int64_t>(control_->selectedSegment()) + 1, kPreference);
+    defaults_.setInteger(static_cast<std::int64_t>(control_->selectedSegment()) + 1,
+                         MessageList::kSegmentedPreference);
     if (const auto delegate = delegate_.lock()) {
         delegate->selectedSegment(control_);
     }

@@ -13,7 +13,7 @@
 #include "views/KXTint.h"
 #include "views/Metrics.h"
 #include "views/Theme.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 namespace quillet {
 

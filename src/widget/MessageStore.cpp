@@ -4,12 +4,12 @@
 #include <utility>
 #include <vector>
 
+#include "model/ContainerPaths.h"
 #include "model/RecordFields.h"
 #include "platform/base/Exception.h"
 #include "platform/base/Log.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
-#include "widget/TodayViewController.h"
 
 namespace quillet {
 
@@ -21,7 +21,7 @@ using platform::PropertyListValue;
 namespace {
 
 std::vector<std::string> contentOf(const std::string& folder) {
-    return TodayViewController::directoryContent(folder).value_or(std::vector<std::string>());
+    return ExtensionUtilities::directoryContent(folder).value_or(std::vector<std::string>());
 }
 
 }  // namespace

@@ -5,15 +5,16 @@
 #include <iterator>
 #include <utility>
 
-#include "model/ExtensionUtilities.h"
+#include "model/Accounts.h"
+#include "model/ContainerPaths.h"
+#include "model/StoreNotification.h"
 #include "platform/base/Log.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/files/FileCoordinator.h"
-#include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
 #include "platform/presentation/AnimationContext.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 #include "widget/MessageList.h"
 #include "widget/MessageStore.h"
 
@@ -23,10 +24,6 @@ using MessageList::Messages;
 using platform::DistributedNotificationCenter;
 
 namespace {
-
-// The host application's signal that the store changed.
-constexpr std::string_view kUpdateName = "k_today_widget_key";
-constexpr std::string_view kUpdateObject = "k_today_widget_object";
 
 MessageStore::EnabledAccounts enabledAccounts() {
     MessageStore::EnabledAccounts enabled;
@@ -83,6 +80,26 @@ TodayViewController::~TodayViewController() {
     }
 }
 
+void TodayViewController::loadView() {
+    my_legacyDarkBackground_ = darkAppearance();
+    setDataFromDisk(std::make_shared<const Messages>());
+    TodayViewFactory::Tree tree = services_.views.makeTree(shared_from_this());
+    setViewHeightContraint(std::move(tree.tableHeight));
+    myHeaderView_ = tree.header;
+    myTableView_ = tree.table;
+    setView(std::move(tree.views));
+
+    auto& center = platform::NotificationCenter::defaultCenter();
+    center.removeObserver(this);  // a second call must not register twice
+    center.addObserver(this,
+                       ExtensionUtilities::kActionCalledNotification,
+                       [weak = weak_from_this()](const platform::Notification& notification) {
+                           if (const auto self = weak.lock()) {
+                               self->actionCalled(notification);
+                           }
+                       });
+}
+
 void TodayViewController::actionCalled(const platform::Notification& notification) {
     const auto* action = std::any_cast<ExtensionUtilities::CalledAction>(&notification.object);
     if (action == nullptr || !action->message ||
@@ -122,12 +139,14 @@ void TodayViewController::viewDidLoad() {
     ViewController::viewDidLoad();
     auto& center = DistributedNotificationCenter::defaultCenter();
     center.removeObserver(this);  // a second call must not register twice
-    center.addObserver(
-        this, kUpdateName, kUpdateObject, [weak = weak_from_this()](const auto&, const auto&) {
-            if (const auto self = weak.lock()) {
-                self->widget_noty_update();
-            }
-        });
+    center.addObserver(this,
+                       StoreNotification::kName,
+                       StoreNotification::kObject,
+                       [weak = weak_from_this()](const auto&, const auto&) {
+                           if (const auto self = weak.lock()) {
+                               self->widget_noty_update();
+                           }
+                       });
 }
 
 void TodayViewController::viewWillAppear() {
@@ -170,8 +189,8 @@ void TodayViewController::ReloadData() {
 void TodayViewController::rebuildList() {
     slideOutRemovedRows();  // so that the table's rows are those of the list before
     const ExtensionMessageList before = dataToShow();
-    setDataToShow(
-        MessageList::toShow(dataFromDisk(), before, services_.defaults.integerForKey("segmented")));
+    const auto segmented = services_.defaults.integerForKey(MessageList::kSegmentedPreference);
+    setDataToShow(MessageList::toShow(dataFromDisk(), before, segmented));
     if (myTableView_ != nullptr) {
         myTableView_->reloadData([&](std::size_t row) { return rowAfterRebuild(row, before); });
     }
@@ -219,20 +238,7 @@ void TodayViewController::widget_noty_update() {
 
 std::optional<std::vector<std::string>> TodayViewController::directoryContent(
     const std::string& path) {
-    if (!platform::FileManager::folderExists(path)) {
-        return std::vector<std::string>();
-    }
-    const auto names = platform::FileManager::contentsOfFolder(path);
-    if (!names) {
-        return std::nullopt;
-    }
-    std::vector<std::string> paths;
-    for (const std::string& name : names.value()) {
-        if (!name.starts_with('.')) {
-            paths.push_back(platform::Path::appendingPathComponent(path, name));
-        }
-    }
-    return paths;
+    return ExtensionUtilities::directoryContent(path);
 }
 
 void TodayViewController::widgetPerformUpdateWithCompletionHandler(
@@ -263,6 +269,18 @@ void TodayViewController::widgetDidEndEditing() {}
 
 std::size_t TodayViewController::numberOfRowsInTableView(platform::Table& /*table*/) {
     return countOf(dataToShow());
+}
+
+platform::TableRowView* TodayViewController::tableView_rowViewForRow(platform::Table& table,
+                                                                     std::size_t /*row*/) {
+    return services_.views.makeRowView(table, shared_from_this());
+}
+
+platform::TableCellView* TodayViewController::tableView_viewForTableColumn_row(
+    platform::Table& table, std::size_t row) {
+    const ExtensionMessageList shown = dataToShow();
+    return services_.views.makeCell(
+        table, shared_from_this(), row < countOf(shown) ? (*shown)[row] : nullptr);
 }
 
 void TodayViewController::tableViewSelectionDidChange() {

@@ -14,6 +14,7 @@
 #include "platform/presentation/Table.h"
 #include "platform/presentation/ViewController.h"
 #include "widget/NCWidgetProviding.h"
+#include "widget/TodayViewFactory.h"
 
 namespace quillet {
 
@@ -22,13 +23,10 @@ struct Notification;
 class SegmentedControl;
 }  // namespace platform
 
-class TodayHeaderView;
-
 // The widget's principal class: reads the message store, keeps the shown list and feeds the table.
 //
 // Main thread, but for Reload and updateData, which any thread may call, and the getters of the
-// atomic properties. Held by shared_ptr; views refer to it weakly. The operations that build
-// views are in src/views.
+// atomic properties. Held by shared_ptr; views refer to it weakly.
 class TodayViewController final : public platform::ViewController,
                                   public NCWidgetProviding,
                                   public platform::TableDelegate,
@@ -39,6 +37,7 @@ public:
         platform::Queue& mainQueue;
         platform::Queue& backgroundQueue;
         platform::UserDefaults& defaults;
+        TodayViewFactory& views;
     };
 
     static std::shared_ptr<TodayViewController> make(const Services& services);
@@ -64,7 +63,7 @@ public:
     platform::UserDefaults& defaults() const noexcept { return services_.defaults; }
 
     // Life of the view tree.
-    void loadView() override;  // in src/views
+    void loadView() override;
 
     // "ACTION_CALLED_EXTENSION": a message that is archived or deleted leaves both lists at once,
     // and its row slides out on the next turn of the main queue.
@@ -94,8 +93,7 @@ public:
     // The host application says that the store changed.
     void widget_noty_update();
 
-    // The full paths of a folder's visible entries in the system's order: empty when there is no
-    // such folder, none when it cannot be listed.
+    // ExtensionUtilities::directoryContent.
     static std::optional<std::vector<std::string>> directoryContent(const std::string& path);
 
     // NCWidgetProviding
@@ -108,10 +106,9 @@ public:
     // TableDelegate
     std::size_t numberOfRowsInTableView(platform::Table& table) override;
     platform::TableRowView* tableView_rowViewForRow(platform::Table& table,
-                                                    std::size_t row) override;  // in src/views
-    platform::TableCellView* tableView_viewForTableColumn_row(
-        platform::Table& table,
-        std::size_t row) override;  // in src/views
+                                                    std::size_t row) override;
+    platform::TableCellView* tableView_viewForTableColumn_row(platform::Table& table,
+                                                              std::size_t row) override;
     void tableViewSelectionDidChange() override;
 
 private:

@@ -5,8 +5,8 @@
 
 #include "host/SampleStore.h"
 #include "host/StoreWriter.h"
+#include "model/Accounts.h"
 #include "model/ExtensionMessageReader.h"
-#include "model/ExtensionUtilities.h"
 #include "platform/files/FileManager.h"
 #include "platform/plist/PropertyList.h"
 #include "tests/support/DocumentExample.h"

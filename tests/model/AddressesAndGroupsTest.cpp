@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "model/ExtensionUtilities.h"
+#include "model/AddressBook.h"
 #include "platform/files/FileManager.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/OwnContainer.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/base/NotificationCenter.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 namespace quillet::test {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QThread>
+
+#include "tests/support/WaitFor.h"
 
 namespace quillet::test {
 
@@ -11,16 +11,15 @@ namespace quillet::test {
 template <typename Condition>
 bool waitUntil(Condition condition, int limit = 5000) {
     constexpr int kStep = 5;  // milliseconds
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > limit) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::AllEvents, kStep);
-        QThread::msleep(1);
-    }
-    return true;
+    return waitFor(
+        [&] {
+            const bool holds = condition();
+            if (!holds) {
+                QCoreApplication::processEvents(QEventLoop::AllEvents, kStep);
+            }
+            return holds;
+        },
+        std::chrono::milliseconds(limit));
 }
 
 }  // namespace quillet::test

@@ -12,7 +12,7 @@
 #include <tuple>
 #include <unistd.h>
 
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileDescriptor.h"
 #include "tests/support/EnvironmentVariable.h"

@@ -34,8 +34,8 @@ TEST(TodayHeaderView, ChoiceIsStoredBeforeTheDelegateIsTold) {
     WidgetWindow widget;
     WatchingQueue queue;
     queue.defaults = &widget.defaults;
-    const auto delegate =
-        TodayViewController::make({queue, widget.backgroundQueue, widget.defaults});
+    const auto delegate = TodayViewController::make(
+        {queue, widget.backgroundQueue, widget.defaults, TodayWidgetFactory::shared()});
     widget.header().setDelegate(delegate);
     const platform::SegmentedControl& control = *widget.header().control();
     for (const std::size_t segment : {0U, 0U, 2U, 1U, 0U}) {  // at first "Inbox" is not stored

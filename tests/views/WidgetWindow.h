@@ -12,6 +12,7 @@
 #include "views/TodayHeaderView.h"
 #include "views/TodayTableView.h"
 #include "views/TodayTableViewCell.h"
+#include "views/TodayWidgetFactory.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet::test {
@@ -83,8 +84,8 @@ struct WidgetWindow {
     HeldQueue mainQueue;
     HeldQueue backgroundQueue;
     QWidget window;
-    std::shared_ptr<TodayViewController> controller =
-        TodayViewController::make({mainQueue, backgroundQueue, defaults});
+    std::shared_ptr<TodayViewController> controller = TodayViewController::make(
+        {mainQueue, backgroundQueue, defaults, TodayWidgetFactory::shared()});
 };
 
 }  // namespace quillet::test

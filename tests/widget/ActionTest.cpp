@@ -4,7 +4,7 @@
 
 #include "tests/support/CalledActions.h"
 #include "tests/widget/StoreFixture.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 namespace quillet::test {
 namespace {

@@ -9,7 +9,7 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingApplication.h"
 #include "tests/support/WaitUntil.h"
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 namespace quillet::test {
 namespace {

@@ -20,7 +20,7 @@ std::string fileXml(std::string_view messages) {
 }
 
 StoreFixture::StoreFixture()
-    : controller(TodayViewController::make({mainQueue, backgroundQueue, defaults})) {
+    : controller(TodayViewController::make({mainQueue, backgroundQueue, defaults, views})) {
     container.writeFile(
         "SharedData/Accounts.plist",
         xmlPropertyList(

@@ -11,6 +11,7 @@
 #include "platform/desktop/UserDefaults.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/OwnContainer.h"
+#include "tests/widget/PlainViews.h"
 #include "widget/TodayViewController.h"
 
 namespace quillet::test {
@@ -41,6 +42,7 @@ protected:
     PendingBlocks mainQueue;
     PendingBlocks backgroundQueue;
     platform::VolatileUserDefaults defaults;
+    PlainViews views;
     std::shared_ptr<TodayViewController> controller;
 };
 

@@ -15,7 +15,7 @@
 #include "tests/platform/plist/PropertyListTestSupport.h"
 #include "tests/support/FileLocks.h"
 #include "tests/support/PropertyLists.h"
-#include "tests/support/WaitUntil.h"
+#include "tests/support/WaitFor.h"
 #include "tests/widget/StoreFixture.h"
 
 namespace quillet::test {
@@ -144,7 +144,7 @@ TEST_F(StoreTest, HugeTextsAndCrowdedFoldersAreRead) {
     ASSERT_THAT(*messages, SizeIs(1));
     EXPECT_EQ(messages->front()->subject(), subject);
 
-    constexpr int kFiles = 100'000;
+    constexpr int kFiles = 10'000;
     const std::string folder = container.makeFolder("SharedData/Today/b@x");
     for (int index = 0; index < kFiles; ++index) {
         std::ofstream(folder + "/" + std::to_string(index)) << "<dict/>";
@@ -222,7 +222,7 @@ TEST_F(StoreTest, ReadWaitsForTheHostThatWritesInTheStore) {
     const platform::FileCoordinator host(container.path("SharedData"));
     const auto error = host.coordinateWriting(path, [&](const std::string& file) {
         reader = std::thread([&] { found = read(); });
-        EXPECT_TRUE(waitUntil([&] { return somebodyWaitsForToday(runtime.path()); }));
+        EXPECT_TRUE(waitFor([&] { return somebodyWaitsForToday(runtime.path()); }));
         std::ofstream(file) << fileXml(messageXml("whole", 1));
     });
     EXPECT_FALSE(error);

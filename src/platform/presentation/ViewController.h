@@ -6,19 +6,36 @@ class QWidget;
 
 namespace quillet::platform {
 
+// A controller's hold on its view tree. Its end ends the tree, unless another view has adopted the
+// root. Main thread only.
+class ViewTree {
+public:
+    virtual ~ViewTree() = default;
+    ViewTree(const ViewTree&) = delete;
+    ViewTree& operator=(const ViewTree&) = delete;
+
+    // Whether the tree is still there: whoever adopts it may end it.
+    virtual bool exists() const noexcept = 0;
+    virtual QWidget* root() const noexcept = 0;
+    virtual void hide() = 0;
+
+protected:
+    ViewTree() = default;
+};
+
 // Base of a controller that builds and owns one view tree. Main thread only.
 //
 // view() builds the tree on first use: loadView(), then viewDidLoad(). Whoever shows the view
 // calls viewWillAppear() before each showing.
 class ViewController {
 public:
-    virtual ~ViewController();
+    virtual ~ViewController() = default;
     ViewController(const ViewController&) = delete;
     ViewController& operator=(const ViewController&) = delete;
 
     // Owned by the controller, unless a parent widget has adopted it (then by that one).
     QWidget* view();
-    bool isViewLoaded() const noexcept;
+    bool isViewLoaded() const noexcept { return tree_ && tree_->exists(); }
 
     virtual void loadView() = 0;  // must call setView
     virtual void viewDidLoad() {}
@@ -33,12 +50,11 @@ public:
     bool darkAppearance() const noexcept { return darkAppearance_; }
 
 protected:
-    ViewController();
-    void setView(std::unique_ptr<QWidget> view);
+    ViewController() = default;
+    void setView(std::unique_ptr<ViewTree> tree) { tree_ = std::move(tree); }
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    std::unique_ptr<ViewTree> tree_;
     bool darkAppearance_ = false;
 };
 

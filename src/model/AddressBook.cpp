@@ -1,4 +1,6 @@
-#include "model/ExtensionUtilities.h"
+#include "model/AddressBook.h"
+
+#include "model/ContainerPaths.h"
 #include "model/RecordFields.h"
 #include "platform/base/Log.h"
 #include "platform/files/FileCoordinator.h"
@@ -50,7 +52,7 @@ AddressBook AddressesAndGroups() {
     if (error) {
         platform::Log::write("NSFileCoordinator AddressesAndGroups %@", {error->description()});
     }
-    // Of the groups nothing is kept, on purpose: the callers know an empty list alone.
+    // Groups are not stored: callers expect an empty list.
     return {recordsOf<ExtensionAddress>(addresses), {}};
 }
 

@@ -1,4 +1,4 @@
-#include "widget/ExtensionUtilities.h"
+#include "widget/HostCommands.h"
 
 #include <algorithm>
 #include <array>
