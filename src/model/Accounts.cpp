@@ -20,7 +20,7 @@ std::vector<std::shared_ptr<ExtensionAccount>> Accounts() {
         Path::appendingPathComponent(*dataFolder, "Accounts"), "plist");
     platform::PropertyListDocument document;
     platform::PropertyListValue list;
-    // The file is only read, but a writer's lock orders the read against every other party.
+    // The file is only read, but a writer's lock keeps every other party out.
     const auto error =
         platform::FileCoordinator(dataFolder).coordinateWriting(file, [&](const std::string& path) {
             list = arrayWithContentsOfFile(path, document, "aliases");

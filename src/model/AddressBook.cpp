@@ -34,7 +34,7 @@ AddressBook AddressesAndGroups() {
     PropertyListDocument addressFile;
     PropertyListDocument groupFile;
     PropertyListValue addresses;
-    // The files are only read, but a writer's lock orders the read against every other party.
+    // The files are only read, but a writer's lock keeps every other party out.
     const auto error =
         platform::FileCoordinator(dataFolder)
             .coordinateWriting(

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -11,16 +9,15 @@
 
 namespace quillet {
 
-// The date texts of one read. Formatting a date costs more than reading a message, and messages of
-// one day share their text (of today, one instant), so each is formatted and kept once. Gives what
-// ExtensionDate::centralDate gives for the same `now`. One thread.
+// The date texts of one read. Formatting a date costs more than reading a message, so each text is
+// formatted once: messages of one day share it, and so do today's messages of one instant. Returns
+// what ExtensionDate::centralDate returns for the same `now`. One thread.
 class CentralDateCache {
 public:
-    // Looks again which time zone the system has. The texts are stored in `block`, which outlives
-    // the cache.
+    // Reads the system's time zone again. `block` stores the texts and outlives the cache.
     CentralDateCache(double now, RecordBlock& block);
 
-    // Valid until the next call; what it shares in the block lives as long as the block.
+    // Valid until the next call. The text itself lives as long as the block.
     const RecordText& text(double date);
 
 private:
@@ -33,19 +30,12 @@ private:
         bool holds(double date) const { return start <= date && date < end; }
     };
 
-    // The dates of a store come in no order, and a map is slow to search; the entries found last
-    // stand in a table with one place for every couple of hours.
-    static constexpr std::size_t kPlaces = 1024;
-    static std::size_t placeOf(double date);
-
-    const Entry& find(double date);
     const Entry& make(double date);
 
     RecordBlock& block_;
     double now_;
     std::optional<std::int64_t> today_;  // as ExtensionDate::IntDate; none before the first text
     std::map<double, Entry> entries_;    // by start
-    std::array<const Entry*, kPlaces> found_{};
 };
 
 }  // namespace quillet

@@ -1,9 +1,6 @@
 #include "model/ExtensionAccount.h"
 
 #include "model/RecordFields.h"
-#include "platform/base/Exception.h"
-#include "platform/base/Log.h"
-#include "platform/base/TextFormat.h"
 
 namespace quillet {
 
@@ -11,13 +8,7 @@ using platform::PropertyListValue;
 
 std::shared_ptr<ExtensionAccount> ExtensionAccount::initWithDictonary(
     const PropertyListValue& dictionary) {
-    auto account = std::make_shared<ExtensionAccount>();
-    try {
-        account->fill(dictionary);
-    } catch (const platform::Exception& exception) {
-        platform::Log::write("ExtensionAccount initWithDictonary %@", {exception.description()});
-    }
-    return account;
+    return filledRecord("ExtensionAccount", dictionary, &ExtensionAccount::fill);
 }
 
 void ExtensionAccount::fill(const PropertyListValue& dictionary) {
@@ -35,8 +26,7 @@ void ExtensionAccount::fill(const PropertyListValue& dictionary) {
 }
 
 std::string ExtensionAccount::description() const {
-    const auto text = mail();
-    return platform::formatText("ExtensionAccount %@", {text ? *text : platform::kAbsentText});
+    return recordDescription("ExtensionAccount", mail());
 }
 
 }  // namespace quillet

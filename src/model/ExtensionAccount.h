@@ -20,8 +20,8 @@ public:
     using Text = std::optional<std::string>;
     using Aliases = std::vector<std::shared_ptr<ExtensionAlias>>;
 
-    // The record of an account dictionary, defaults in place of what is missing. A value of a
-    // wrong type is logged and leaves the record as far as it was filled.
+    // The record of an account dictionary, with defaults for missing keys. A value of a wrong
+    // type is logged and ends the reading: the record stays as far as it was filled.
     static std::shared_ptr<ExtensionAccount> initWithDictonary(
         const platform::PropertyListValue& dictionary);
 
@@ -30,7 +30,7 @@ public:
     void setMail(Text text) { mail_.set(std::move(text)); }
     Text name() const { return name_.get(); }
     void setName(Text text) { name_.set(std::move(text)); }
-    // The account's other sender identities, none in a record whose reading stopped before them.
+    // The account's other sender identities; null in a record whose reading ended before them.
     std::shared_ptr<const Aliases> aliases() const { return aliases_.get(); }
     void setAliases(std::shared_ptr<const Aliases> aliases) { aliases_.set(std::move(aliases)); }
     // The host's type code; not interpreted.

@@ -1,8 +1,6 @@
 #include "model/ExtensionAddress.h"
 
 #include "model/RecordFields.h"
-#include "platform/base/Exception.h"
-#include "platform/base/Log.h"
 #include "platform/base/TextFormat.h"
 #include "platform/base/Whitespace.h"
 
@@ -13,13 +11,7 @@ using platform::trimmingWhitespaceAndNewlines;
 
 std::shared_ptr<ExtensionAddress> ExtensionAddress::initWithDictonary(
     const PropertyListValue& dictionary) {
-    auto address = std::make_shared<ExtensionAddress>();
-    try {
-        address->fill(dictionary);
-    } catch (const platform::Exception& exception) {
-        platform::Log::write("ExtensionAddress initWithDictonary %@", {exception.description()});
-    }
-    return address;
+    return filledRecord("ExtensionAddress", dictionary, &ExtensionAddress::fill);
 }
 
 void ExtensionAddress::fill(const PropertyListValue& dictionary) {
@@ -55,8 +47,7 @@ std::string ExtensionAddress::prettyprint() const {
 }
 
 std::string ExtensionAddress::description() const {
-    const Text text = mail();
-    return platform::formatText("ExtensionAddress %@", {text ? *text : platform::kAbsentText});
+    return recordDescription("ExtensionAddress", mail());
 }
 
 }  // namespace quillet

@@ -18,8 +18,8 @@ class ExtensionAddress {
 public:
     using Text = std::optional<std::string>;
 
-    // The record of an address dictionary, defaults in place of what is missing. A value of a wrong
-    // type is logged and leaves the record as far as it was filled.
+    // The record of an address dictionary, with defaults for missing keys. A value of a wrong
+    // type is logged and ends the reading: the record stays as far as it was filled.
     static std::shared_ptr<ExtensionAddress> initWithDictonary(
         const platform::PropertyListValue& dictionary);
 
@@ -37,11 +37,11 @@ public:
     std::int64_t rank() const noexcept { return rank_; }
     void setRank(std::int64_t rank) noexcept { rank_ = rank; }
 
-    // First and last name, one blank between them, without white space at the ends. An absent name
-    // (in a new record, or one that was not read to its end) is written "(null)".
+    // First and last name with a blank between them, without white space at the ends. An absent
+    // name (of a new record, or of one that was not read to its end) reads "(null)".
     std::string fullName() const;
-    // "Anna Berg <anna@example.org>": the full name or else the company, and the mail address, as
-    // far as there are any.
+    // "Anna Berg <anna@example.org>": the full name, or the company when it is empty, and the mail
+    // address if there is one.
     std::string prettyprint() const;
     // "ExtensionAddress " and the mail address.
     std::string description() const;

@@ -15,8 +15,8 @@ class ExtensionAlias {
 public:
     using Text = std::optional<std::string>;
 
-    // The record of an alias dictionary, defaults in place of what is missing. A value of a wrong
-    // type is logged and leaves the record as far as it was filled.
+    // The record of an alias dictionary, with defaults for missing keys. A value of a wrong
+    // type is logged and ends the reading: the record stays as far as it was filled.
     static std::shared_ptr<ExtensionAlias> initWithDictonary(
         const platform::PropertyListValue& dictionary);
 

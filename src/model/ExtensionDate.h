@@ -12,12 +12,12 @@
 
 namespace quillet {
 
-// The one holder of the date formatters. Instants are seconds since 1970-01-01 00:00:00 UTC. Made
-// on first use with the locale and calendar of that moment, which it keeps; the local time follows
-// the system's time zone, see LocalTime.h. Any thread.
+// Holds the date formatters of the process. Instants are seconds since 1970-01-01 00:00:00 UTC. The
+// first use fixes the locale and the calendar; local time follows the system's time zone (see
+// LocalTime.h). Any thread.
 class ExtensionDate {
 public:
-    // None writes empty texts and parses nothing.
+    // An absent formatter writes empty texts and parses nothing.
     using Formatter = std::shared_ptr<const platform::DateFormatter>;
 
     static ExtensionDate& shared();
@@ -41,14 +41,14 @@ public:
     // The local day of an instant as the number yyyyMMdd of the user's calendar; 0 for none.
     std::int64_t IntDate(std::optional<double> date) const;
 
-    // What a row shows: the time of an instant of today, the date of any other; "" for none.
+    // The text that a row shows: the time of an instant of today, else the date; "" for none.
     std::string centralDate(std::optional<double> date) const;
     std::string centralDate(std::optional<double> date, double now) const;
-    // The same of an instant whose IntDate is `day`, where that of now is `today`.
+    // Likewise, for an instant whose IntDate is `day` when the IntDate of now is `today`.
     std::string centralDate(double date, std::int64_t day, std::int64_t today) const;
 
-    // The instant of an exchange timestamp such as 2026-11-14T23:44:49Z; none when it does not
-    // match.
+    // The instant of an exchange timestamp such as 2026-11-14T23:44:49Z, or none when the text has
+    // another form.
     std::optional<double> exchangeDate(const std::optional<std::string>& text) const;
 
     // Seconds since 1970 of this moment.

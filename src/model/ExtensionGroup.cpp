@@ -1,21 +1,13 @@
 #include "model/ExtensionGroup.h"
 
 #include "model/RecordFields.h"
-#include "platform/base/Exception.h"
-#include "platform/base/Log.h"
 #include "platform/base/TextFormat.h"
 
 namespace quillet {
 
 std::shared_ptr<ExtensionGroup> ExtensionGroup::initWithDictonary(
     const platform::PropertyListValue& dictionary) {
-    auto group = std::make_shared<ExtensionGroup>();
-    try {
-        group->fill(dictionary);
-    } catch (const platform::Exception& exception) {
-        platform::Log::write("ExtensionGroup initWithDictonary %@", {exception.description()});
-    }
-    return group;
+    return filledRecord("ExtensionGroup", dictionary, &ExtensionGroup::fill);
 }
 
 void ExtensionGroup::fill(const platform::PropertyListValue& dictionary) {
@@ -37,8 +29,7 @@ std::string ExtensionGroup::prettyprint() const {
 }
 
 std::string ExtensionGroup::description() const {
-    const Text text = name();
-    return platform::formatText("ExtensionGroup %@", {text ? *text : platform::kAbsentText});
+    return recordDescription("ExtensionGroup", name());
 }
 
 }  // namespace quillet

@@ -18,8 +18,8 @@ public:
     using Text = std::optional<std::string>;
     using Addresses = std::vector<std::shared_ptr<ExtensionAddress>>;
 
-    // The record of a group dictionary, defaults in place of what is missing. A value of a wrong
-    // type is logged and leaves the record as far as it was filled.
+    // The record of a group dictionary, with defaults for missing keys. A value of a wrong
+    // type is logged and ends the reading: the record stays as far as it was filled.
     static std::shared_ptr<ExtensionGroup> initWithDictonary(
         const platform::PropertyListValue& dictionary);
 
@@ -28,11 +28,11 @@ public:
     void setIdx(Text text) { idx_.set(std::move(text)); }
     Text name() const { return name_.get(); }
     void setName(Text text) { name_.set(std::move(text)); }
-    // None in a record whose reading stopped before them.
+    // Null in a record whose reading ended before them.
     std::shared_ptr<const Addresses> addresses() const { return addresses_.get(); }
     void setAddresses(std::shared_ptr<const Addresses> list) { addresses_.set(std::move(list)); }
 
-    // The name, followed by the number of addresses in parentheses where there are any.
+    // The name, followed by the number of addresses in parentheses if there are any.
     std::string prettyprint() const;
     // "ExtensionGroup " and the name.
     std::string description() const;

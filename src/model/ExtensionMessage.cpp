@@ -9,7 +9,7 @@
 #include "model/ExtensionMessageReader.h"
 #include "model/PropertyLock.h"
 #include "model/RecordBlock.h"
-#include "platform/base/TextFormat.h"
+#include "model/RecordFields.h"
 
 namespace quillet {
 
@@ -93,8 +93,7 @@ bool ExtensionMessage::isEqualToModel(const ExtensionMessage& other) const {
 }
 
 std::string ExtensionMessage::description() const {
-    const Text text = subject();
-    return platform::formatText("ExtensionMessage %@", {text ? *text : platform::kAbsentText});
+    return recordDescription("ExtensionMessage", subject());
 }
 
 ExtensionMessage::Text ExtensionMessage::get(const RecordText& field) const {

@@ -24,9 +24,10 @@ using ExtensionMessageList = std::shared_ptr<const std::vector<std::shared_ptr<E
 
 // One mail message as the host application wrote it, or a message draft.
 //
-// Every field is an atomic property: a getter returns the whole value, a setter replaces it, on
-// any threads; the record as a whole is not locked. Text is UTF-8. Records have an identity and are
-// held by shared_ptr; those of one read share their memory, which lives as long as any of them.
+// Every field is an atomic property: a getter returns the whole value and a setter replaces it, on
+// any thread; the record as a whole is not locked. Text is UTF-8. Records have an identity and are
+// held by shared_ptr. The records of one read share their memory, which lives as long as any of
+// them.
 class ExtensionMessage {
 public:
     using Text = std::optional<std::string>;
@@ -36,8 +37,8 @@ public:
 
     // An empty draft: empty bodies and lists, everything else zero or none.
     static std::shared_ptr<ExtensionMessage> init();
-    // The record of a message dictionary, defaults in place of what is missing. A value without
-    // the conversion it needs is logged and leaves the record as far as it was filled.
+    // The record of a message dictionary, with defaults for missing keys. A value that cannot be
+    // converted is logged and ends the reading: the record stays as far as it was filled.
     static std::shared_ptr<ExtensionMessage> initWithDictonary(
         const platform::PropertyListValue& dictionary);
 
@@ -45,12 +46,12 @@ public:
     ExtensionMessage(const ExtensionMessage&) = delete;
     ExtensionMessage& operator=(const ExtensionMessage&) = delete;
 
-    // Numbers of the message and of its account, as the host numbers them.
+    // The host's numbers for the message and for its account.
     std::uint64_t idx() const noexcept { return idx_; }
     void setIdx(std::uint64_t value) noexcept { idx_ = value; }
     std::uint64_t acc_idx() const noexcept { return acc_idx_; }
     void setAcc_idx(std::uint64_t value) noexcept { acc_idx_ = value; }
-    // The host's own states; kept, not interpreted.
+    // States of the host; stored, never interpreted.
     std::uint64_t icon_fetch() const noexcept { return icon_fetch_; }
     void setIcon_fetch(std::uint64_t value) noexcept { icon_fetch_ = value; }
     std::uint64_t flip() const noexcept { return flip_; }
@@ -96,18 +97,18 @@ public:
     void setCcString(Text text) { setDraftField(&Draft::ccString, std::move(text)); }
     Text bccString() const { return draftField(&Draft::bccString); }
     void setBccString(Text text) { setDraftField(&Draft::bccString, std::move(text)); }
-    // Adds HTML to the end of the body, an absent one counting as empty. Whole, whatever other
-    // threads add.
+    // Appends HTML to the body; an absent body counts as empty. The text stays in one piece when
+    // other threads append too.
     void appendHtmlBody(std::string_view html);
     std::optional<Attachments> attachments() const { return draftField(&Draft::attachments); }
     void setAttachments(std::optional<Attachments> list) {
         setDraftField(&Draft::attachments, std::move(list));
     }
-    // Adds file paths to the end of the list, likewise.
+    // Appends file paths to the list in the same way.
     void appendAttachments(const std::vector<std::string>& paths);
 
-    // The same object, or a message with the same messageId and account; an absent one of either
-    // equals nothing. No other field takes part.
+    // Whether the other is the same object or has the same messageId and account. An absent text
+    // equals nothing. No other field counts.
     bool isEqual(const ExtensionMessage* other) const;
     bool isEqualToModel(const ExtensionMessage& other) const;
 
@@ -130,7 +131,7 @@ private:
         std::optional<Attachments> attachments;
     };
 
-    // A number object that can be absent, in no more bytes than the number has.
+    // A number that can be absent, in no more bytes than the number takes.
     struct OptionalNumber {
         [[no_unique_address]] platform::Number number;
         bool present = false;

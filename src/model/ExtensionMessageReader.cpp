@@ -87,7 +87,7 @@ void ExtensionMessageReader::fill(ExtensionMessage& message, const PropertyListV
 }
 
 void ExtensionMessageReader::fillNumbers(ExtensionMessage& message) {
-    constexpr auto kRelaxed = std::memory_order_relaxed;  // nobody else knows the record yet
+    constexpr auto kRelaxed = std::memory_order_relaxed;  // no other thread knows the record yet
     if (found_[kIdx]) {
         message.idx_.store(found_[kIdx].unsignedIntegerValue(), kRelaxed);
     }
@@ -113,8 +113,8 @@ void ExtensionMessageReader::fillTexts(ExtensionMessage& message) {
 }
 
 void ExtensionMessageReader::fillDate(ExtensionMessage& message) {
-    // The narrowing to single precision is kept on purpose: present dates are multiples of 128
-    // seconds, and lists of host and widget agree on them.
+    // Single precision is kept on purpose: it rounds today's dates to 128 seconds, and host and
+    // widget must agree on the dates of their lists.
     float date = found_[kDate] ? realOf(kDate) : 0.0F;
     constexpr float kLimit = std::numeric_limits<float>::max();
     date = std::isnan(date) ? 0.0F : std::clamp(date, -kLimit, kLimit);

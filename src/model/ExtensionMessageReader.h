@@ -15,17 +15,17 @@
 namespace quillet {
 
 // Builds message records from property-list dictionaries. One reader serves one read of the store
-// and keeps what its dictionaries have in common: where their keys stand, the texts of the last
-// record, the date texts. One thread.
+// and remembers what its dictionaries have in common: the places of their keys, texts that records
+// repeat, date texts. One thread.
 class ExtensionMessageReader {
 public:
     ExtensionMessageReader();
-    // Tells the dates as seen at `now`, in seconds since 1970.
+    // Writes date texts as seen at `now`, in seconds since 1970.
     explicit ExtensionMessageReader(double now);
 
-    // Appends a record for each element of `data` to records(), in order. An element that is no
-    // message dictionary is logged and gives an empty record. Raises platform::Exception when
-    // `data` is nothing that can be looped over.
+    // Appends a record for each element of `data` to records(), in order. An element that is not a
+    // message dictionary is logged and becomes an empty record. Raises platform::Exception when
+    // `data` cannot be looped over.
     void readAll(const platform::PropertyListValue& data);
 
     // Everything that was read.
@@ -50,7 +50,7 @@ private:
         kKeyCount,
     };
 
-    // A kind of texts that records often share: the last ones, by their lengths.
+    // Texts that records often repeat, such as accounts: the last one of each length.
     class SharedTexts {
     public:
         RecordText in(RecordBlock& block, std::string_view view);
@@ -59,8 +59,7 @@ private:
         std::array<RecordText, 16> texts_;
     };
 
-    // A text of a binary file that may be long and stand in many records: it is converted and
-    // stored once.
+    // A long text of a binary file, which many records may share: it is converted and stored once.
     struct LongText {
         RecordText text;
         std::optional<std::int64_t> integer;
@@ -88,7 +87,7 @@ private:
     SharedTexts senders_;
     SharedTexts folders_;
     bool mayShareTexts_ = false;  // whether the file has long texts
-    // Of one file, by their objects. A map, so that no choice of objects makes it slow.
+    // The long texts of one file by their objects. A hostile file cannot make a map slow.
     std::map<std::uint32_t, LongText> longTexts_;
 };
 

@@ -10,7 +10,7 @@ namespace quillet {
 
 namespace {
 
-// Of the largest region, so that it can be a huge page.
+// The largest region is aligned to this, so that it can be a huge page.
 constexpr std::size_t kHugePage = MemoryArena::kLargestRegion;
 
 std::byte* newRegion(std::size_t bytes) {
@@ -19,9 +19,9 @@ std::byte* newRegion(std::size_t bytes) {
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    // Small regions are for a few records, which may never fill them. The pages of a large one cost
-    // much less at once than one by one at the first write to each, and next to nothing as a huge
-    // one. Where the system refuses, they come one by one.
+    // Mapping all pages of a large region at once costs much less than one page fault for each, and
+    // a huge page costs next to nothing. If the system refuses, pages come one by one. Small
+    // regions are left alone: they may never fill.
     if (isLargest) {
         ::madvise(memory, bytes, MADV_HUGEPAGE);
         ::madvise(memory, bytes, MADV_POPULATE_WRITE);
@@ -35,7 +35,7 @@ void* MemoryArena::allocateInNewRegion(std::size_t bytes) {
     const std::size_t size = std::max(bytes, regionSize_);
     std::byte* const memory = regions_.emplace_back(newRegion(size)).get();
     if (size > regionSize_) {
-        return memory;  // the region begun before goes on being filled
+        return memory;  // the current region stays in use
     }
     regionSize_ = std::min(2 * regionSize_, kLargestRegion);
     next_ = memory + bytes;

@@ -10,8 +10,8 @@
 namespace quillet {
 
 // Memory for many small things that end together. It grows by regions, each twice as large as the
-// one before up to kLargestRegion, whose pages are then there from the start, as one huge page
-// where the system gives it. One thread at a time.
+// one before, up to kLargestRegion. The pages of a largest region are mapped at once, as one huge
+// page if the system has one. One thread at a time.
 class MemoryArena {
 public:
     static constexpr std::size_t kSmallestRegion = std::size_t{4} * 1024;        // bytes
@@ -22,8 +22,8 @@ public:
     MemoryArena(const MemoryArena&) = delete;
     MemoryArena& operator=(const MemoryArena&) = delete;
 
-    // Uninitialised bytes, valid as long as the arena. The alignment is a power of two, at most
-    // that of std::max_align_t. Throws std::bad_alloc.
+    // Returns uninitialised bytes that live as long as the arena. `alignment` is a power of two, at
+    // most that of std::max_align_t. Throws std::bad_alloc.
     void* allocate(std::size_t bytes, std::size_t alignment) {
         const std::size_t padding = (0 - reinterpret_cast<std::uintptr_t>(next_)) & (alignment - 1);
         if (bytes + padding > left_) {

@@ -7,8 +7,8 @@
 
 namespace quillet {
 
-// The lock of an object's atomic properties, out of a fixed set shared by all objects: a lock of
-// its own in each record would cost more than the record's fields.
+// Returns the lock of an object's atomic properties. All objects share a fixed set of locks: a lock
+// in each record would take more memory than the record's fields.
 inline std::mutex& propertyLock(const void* object) {
     constexpr std::size_t kLocks = 64;
     constexpr std::size_t kCacheLine = 64;  // bytes

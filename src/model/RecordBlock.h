@@ -13,9 +13,9 @@
 
 namespace quillet {
 
-// The memory of the records that one thread reads: the records of a file side by side, their texts
-// packed behind each other. Handles to the records keep their block alive, so a list costs one
-// reference count. Filled by one thread, before the records are handed on.
+// The memory of one read: the records of a file lie side by side, their texts follow one another.
+// Handles to records keep the block alive, so a list costs one reference count. One thread fills
+// the block before others see its records.
 class RecordBlock {
 public:
     static std::shared_ptr<RecordBlock> make();
@@ -25,7 +25,8 @@ public:
 
     // Makes room for `count` further records.
     void reserve(std::size_t count);
-    // A new record of the block with every field zero or none, in the room reserved last.
+    // Appends a record with every field zero or none. Throws std::length_error when the room that
+    // was reserved last is full.
     ExtensionMessage& append() {
         if (room_ == 0) {
             throw std::length_error("RecordBlock: more records than there is room for");
@@ -42,7 +43,7 @@ public:
                                                     ExtensionMessage& record) {
         return {std::move(block), &record};
     }
-    // Copies a text into the block; the result is for records of this block alone.
+    // Copies a text into the block. Only records of this block may hold the result.
     RecordText store(std::string_view text) {
         void* storage =
             memory_.allocate(RecordText::storageSize(text.size()), RecordText::kAlignment);
@@ -69,7 +70,7 @@ private:
     MemoryArena memory_;
     std::vector<Row> rows_;
     std::size_t count_ = 0;
-    std::size_t room_ = 0;  // records that the last row can still take
+    std::size_t room_ = 0;  // records that still fit into the last row
 };
 
 }  // namespace quillet

@@ -1,5 +1,6 @@
 #include "model/RecordFields.h"
 
+#include "platform/base/TextFormat.h"
 #include "platform/files/FileManager.h"
 
 namespace quillet {
@@ -24,6 +25,10 @@ bool hasTooManyRecords(const PropertyListValue& list, std::string_view nested) {
 }
 
 }  // namespace
+
+std::string recordDescription(std::string_view className, const std::optional<std::string>& text) {
+    return platform::formatText("%@ %@", {className, text ? *text : platform::kAbsentText});
+}
 
 PropertyListValue arrayWithContentsOfFile(const std::string& path,
                                           PropertyListDocument& document,

@@ -12,11 +12,10 @@
 
 namespace quillet {
 
-// An immutable UTF-8 text of a record that can be absent, in the size of a pointer. A record has
-// six of them and a store has hundreds of thousands of records.
+// An immutable UTF-8 text of a record, which can be absent. It has the size of a pointer, since a
+// record has six texts and a store has hundreds of thousands of records.
 //
-// The text lies either in the record's block (see RecordBlock), which then frees it, or in memory
-// of its own.
+// The text lies in the record's block, which frees it (see RecordBlock), or in memory of its own.
 class RecordText {
 public:
     RecordText() = default;
@@ -44,7 +43,7 @@ public:
         return RecordText(bytes);
     }
 
-    // A text with memory of its own; absent for none.
+    // A text with memory of its own; absent when `text` is none.
     static RecordText copyOf(const std::optional<std::string>& text) {
         if (!text) {
             return {};
@@ -70,8 +69,8 @@ public:
     }
 
 private:
-    // The address of the storage, one byte further where the text owns it: storage is aligned, so
-    // the lowest bit is free to tell.
+    // The address of the storage, plus one when the text owns it: storage is aligned, so the lowest
+    // bit is free for this mark.
     static constexpr std::ptrdiff_t kOwned = 1;
 
     explicit RecordText(char* tagged) : tagged_(tagged) {}

@@ -8,16 +8,16 @@
 
 namespace quillet {
 
-// What the user has selected in a view tree and where the keyboard stands in it, to be carried over
-// to the tree that takes its place. Main thread only.
+// The selection and the keyboard's place in a view tree, to be carried over to the tree that
+// replaces it. Main thread only.
 class UserPlace {
 public:
-    // Of a controller whose view is still in its window.
+    // Takes the place in a controller's view, which is still in its window.
     explicit UserPlace(const TodayViewController& widget);
 
-    // For a controller whose view is in that window and has its rows. The selection and the
-    // keyboard go to the same messages; nothing is sent to the host. A message that is gone leaves
-    // no selection, and the keyboard where its row was, but on no other row's button.
+    // Restores it in a controller's view, which is in that window and has its rows. The selection
+    // and the keyboard go to the same messages; nothing is sent to the host. If the message is
+    // gone, nothing is selected, and the keyboard stays at the row's place but on no button.
     void restore(const TodayViewController& widget) const;
 
 private:

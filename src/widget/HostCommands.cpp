@@ -14,8 +14,8 @@ namespace quillet::ExtensionUtilities {
 namespace {
 
 constexpr std::string_view kDefaultTarget = "it.tarno.quillet";
-// Hosts of lines of their own, which serve each widget whose identifier begins with theirs. Only
-// these beta lines have one; the data folder, in contrast, is the same for all beta lines.
+// These lines have hosts of their own, which serve every widget whose identifier begins with
+// theirs. Other beta lines do not, although all beta lines share one data folder.
 constexpr std::array<std::string_view, 4> kTargets = {
     "it.tarno.quillet.beta8",
     "it.tarno.quillet.beta10",
@@ -23,7 +23,7 @@ constexpr std::array<std::string_view, 4> kTargets = {
     "it.tarno.quillet2",
 };
 
-// The messageId stands in the URL as it is, unlike the account: kept, since hosts compare it so.
+// The messageId goes into the URL as it is, unlike the account: hosts compare it in this form.
 std::optional<platform::URL> commandUrl(const ExtensionMessage& message,
                                         std::string_view commandName) {
     const auto account = message.account();

@@ -11,9 +11,8 @@
 #include "platform/url/URL.h"
 
 // Commands to the host application: URLs of its scheme that it is asked to open. Main thread only.
-// Nothing is shown when the host cannot be asked, and these operations log nothing. The workspace
-// logs a line for a request that was on its way and that no application takes in the end. See
-// docs/commands.md.
+// These operations show and log nothing when the host cannot be asked. The workspace logs a line
+// when no application takes a request that was on its way. See docs/commands.md.
 namespace quillet::ExtensionUtilities {
 
 // Command words of the host application.
@@ -21,13 +20,13 @@ inline constexpr std::string_view commandOpen = "open";
 inline constexpr std::string_view commandReply = "reply";
 inline constexpr std::string_view commandArchive = "archive";
 inline constexpr std::string_view commandDelete = "delete";
-// Words that the host knows and the widget never sends.
+// Words that hosts know and the widget never sends.
 inline constexpr std::string_view commandMessage = "message";
 inline constexpr std::string_view commandCompose = "compose";
 inline constexpr std::string_view commandSend = "send";
 
-// Posted in the process, with a CalledAction as its object, for each message that the host is
-// about to be asked to act on.
+// Posted in the process for each message before the host is asked to act on it; the object is a
+// CalledAction.
 inline constexpr std::string_view kActionCalledNotification = "ACTION_CALLED_EXTENSION";
 
 struct CalledAction {
@@ -35,18 +34,18 @@ struct CalledAction {
     std::string command;
 };
 
-// The identifier of the host application that belongs to a widget of this identifier.
+// Returns the identifier of the host application that serves a widget of this identifier.
 std::string_view targetBundleIdentifier(const std::optional<std::string>& ownIdentifier);
 
-// Asks the host application to carry out a command on messages: in the background, or coming to
-// the front. Every message is announced in the process before the host is asked for all at once. A
-// message whose identifier makes no valid URL is left out silently. True once the request is on
-// its way; false where no URL is left or no host is found.
+// Asks the host application to carry out a command on messages, in the background or coming to the
+// front. Each message is announced in the process first, then the host is asked once for all. A
+// message whose identifier makes no valid URL is left out silently. Returns true once the request
+// is on its way, false when no URL is left or no host is found.
 bool LaunchCommandForMessages(const std::vector<std::shared_ptr<ExtensionMessage>>& messages,
                               std::string_view commandName,
                               bool background);
 
-// Hands URLs to the host application. False for none of them, or where no host is found.
+// Hands URLs to the host application. Returns false when there are none or no host is found.
 bool LaunchCommands(std::span<const platform::URL> commands, bool background);
 
 }  // namespace quillet::ExtensionUtilities

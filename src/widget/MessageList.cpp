@@ -14,8 +14,8 @@ namespace quillet::MessageList {
 
 namespace {
 
-// The standard-folder code that each stored segment shows: "Inbox", "To Do", "Memo", and one that
-// no segment of the header leads to.
+// The standard-folder code of each stored segment: "Inbox", "To Do", "Memo", and a fourth that no
+// segment of the header stores.
 constexpr std::int64_t kFolderOfSegment[] = {1, 11, 12, 13};
 
 struct Place {
@@ -33,9 +33,9 @@ std::uint64_t sortKey(const ExtensionMessage& message) {
     return (bits & kSign) != 0 ? bits : ~(bits | kSign);
 }
 
-// Sorts by digits of the key from the last to the first, keeping the order of equal ones.
-// `different` are the bits in which keys differ. Dates of a mail store differ in few, which makes
-// this several times faster than comparing.
+// Radix sort from the lowest digit up; equal keys keep their order. `different` holds the bits in
+// which keys differ. The dates of a store differ in few bits, which makes this several times faster
+// than comparing.
 void sortByKey(Places& places, std::uint64_t different) {
     constexpr unsigned kBits = 11;
     constexpr std::size_t kDigits = std::size_t{1} << kBits;
@@ -71,7 +71,7 @@ Places sortedPlaces(const RecordBlock& block) {
     return places;
 }
 
-// The first messages of a standard folder, at most kMostRows: later ones would be cut anyway.
+// The first kMostRows messages of a standard folder.
 Messages firstOfFolder(const Messages& messages, std::int64_t folder) {
     const platform::Number wanted(folder);
     Messages result;

@@ -48,7 +48,7 @@ void MessageStore::readFolders(const std::string& todayFolder, ExtensionMessageR
     }
 }
 
-// Raises platform::Exception where "data" is nothing that can be looped over.
+// Raises platform::Exception when "data" cannot be looped over.
 void MessageStore::readFile(const std::string& path, ExtensionMessageReader& messages) {
     const auto unread = platform::FileManager::readFile(
         path, document_.bytes(), PropertyListDocument::kMaximumFileSize);

@@ -10,18 +10,17 @@
 
 namespace quillet {
 
-// One read of the message store: the files of the enabled accounts' folders, one after the other
-// in listing order. A file that cannot be read is skipped, with a log line where it holds something
-// else than it should. One thread, under coordination of the folder that is read.
+// One read of the message store: the files of the enabled accounts' folders in listing order. A
+// file that cannot be read is skipped; a file that holds the wrong thing is logged too. One thread,
+// which coordinates the read of the folder.
 class MessageStore {
 public:
     using EnabledAccounts = std::unordered_set<std::string>;  // by mail address
 
     explicit MessageStore(EnabledAccounts enabled);
 
-    // Reads the folder that holds one folder per account, with dates as seen at the time of the
-    // call. Where a value of a file raises, the rest of the store is left unread; what was gathered
-    // stays.
+    // Reads the folder that holds one folder per account. Date texts are as seen now. A value that
+    // raises ends the read of the whole store; what was gathered until then stays.
     void read(const std::string& todayFolder);
 
     // What was gathered, in the order of reading.

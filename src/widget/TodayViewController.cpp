@@ -39,7 +39,7 @@ std::size_t countOf(const ExtensionMessageList& list) {
     return list ? list->size() : 0;
 }
 
-// The row of the first message equal to this one; kNoRow where there is none.
+// The row of the first message equal to this one, or kNoRow.
 std::ptrdiff_t rowOf(const ExtensionMessage& message, const ExtensionMessageList& list) {
     for (std::size_t row = 0; row < countOf(list); ++row) {
         if ((*list)[row]->isEqual(&message)) {
@@ -71,8 +71,8 @@ std::shared_ptr<TodayViewController> TodayViewController::make(const Services& s
 TodayViewController::TodayViewController(const Services& services)
     : services_(services), dataFromDisk_(std::make_shared<const Messages>()) {}
 
-// The blocks registered hold the controller weakly, so nothing would be called; but each change of
-// the look would leave a dead registration behind.
+// The registered blocks hold the controller weakly and would do nothing, but each change of the
+// look would leave a dead registration.
 TodayViewController::~TodayViewController() {
     platform::NotificationCenter::defaultCenter().removeObserver(this);
     if (isViewLoaded()) {
@@ -119,8 +119,8 @@ void TodayViewController::actionCalled(const platform::Notification& notificatio
     services_.mainQueue.async([self = shared_from_this()] { self->slideOutRemovedRows(); });
 }
 
-// The height stays as it is until the next rebuild, on purpose: the panel does not jump under the
-// pointer of who deletes one row after the other.
+// The height stays until the next rebuild on purpose: the panel must not jump under the pointer of
+// somebody who deletes one row after another.
 void TodayViewController::slideOutRemovedRows() {
     for (const auto& [row, animation] : std::exchange(removedRows_, {})) {
         if (myTableView_ != nullptr) {
@@ -130,7 +130,7 @@ void TodayViewController::slideOutRemovedRows() {
 }
 
 void TodayViewController::removeMessage(const ExtensionMessage& message) {
-    // A reread in the background may set its list just now.
+    // A reread in the background may set the list at the same time.
     dataFromDisk_.update([&](const auto& list) { return without(message, list); });
     setDataToShow(without(message, dataToShow()));
 }
@@ -197,7 +197,7 @@ void TodayViewController::rebuildList() {
     Resize();
 }
 
-// The selection and the keyboard belong to the message, not to the place it had in the list before.
+// The selection and the keyboard belong to the message, not to its place in the list.
 std::ptrdiff_t TodayViewController::rowAfterRebuild(std::size_t row,
                                                     const ExtensionMessageList& before) const {
     if (row >= countOf(before)) {
@@ -225,7 +225,7 @@ void TodayViewController::selectedSegment(platform::SegmentedControl* /*control*
     services_.backgroundQueue.async([weak = weak_from_this()] {
         if (auto self = weak.lock()) {
             self->Reload();
-            // The views end on the main thread, so the last reference must not end here.
+            // Views must end on the main thread, so the last reference must not go here.
             platform::Queue& mainQueue = self->services_.mainQueue;
             mainQueue.async([kept = std::move(self)] {});
         }
@@ -245,7 +245,7 @@ void TodayViewController::widgetPerformUpdateWithCompletionHandler(
     CompletionHandler completionHandler) {
     services_.mainQueue.async([self = shared_from_this(),
                                completionHandler = std::move(completionHandler)] {
-        // Only a missing location counts as no data; whether its folder exists is not asked.
+        // Only a missing location counts as no data; its folder may be missing.
         const bool located = ExtensionUtilities::GroupPath().has_value();
         self->setDataFromDisk(located ? self->updateData() : std::make_shared<const Messages>());
         self->ReloadData();

@@ -25,8 +25,8 @@ class SegmentedControl;
 
 // The widget's principal class: reads the message store, keeps the shown list and feeds the table.
 //
-// Main thread, but for Reload and updateData, which any thread may call, and the getters of the
-// atomic properties. Held by shared_ptr; views refer to it weakly.
+// Main thread, except for Reload, updateData and the getters of the atomic properties, which any
+// thread may call. Held by shared_ptr; views refer to it weakly.
 class TodayViewController final : public platform::ViewController,
                                   public NCWidgetProviding,
                                   public platform::TableDelegate,
@@ -68,16 +68,16 @@ public:
     // "ACTION_CALLED_EXTENSION": a message that is archived or deleted leaves both lists at once,
     // and its row slides out on the next turn of the main queue.
     void actionCalled(const platform::Notification& notification);
-    // Takes every message equal to this one off both lists. The store keeps it: a read that finds
-    // it there brings it back.
+    // Removes every message equal to this one from both lists. The store keeps it, and the next
+    // read that finds it there brings it back.
     void removeMessage(const ExtensionMessage& message);
 
     void viewDidLoad() override;
     void viewWillAppear() override;
     void dismissViewController(platform::ViewController& viewController) override;
 
-    // One full read of the store under coordination: the messages of all enabled accounts, newest
-    // first; never none. Blocks until the host's writers are done. Any thread.
+    // Reads the whole store under coordination: the messages of all enabled accounts, newest first;
+    // never none. Blocks until the host's writers are done. Any thread.
     static ExtensionMessageList updateData();
     // Reads, and rebuilds the list only if something changed. Any thread.
     void Reload();
@@ -90,7 +90,7 @@ public:
 
     // The header's segment changed; the new one is stored already.
     void selectedSegment(platform::SegmentedControl* control);
-    // The host application says that the store changed.
+    // The host application has posted that the store changed.
     void widget_noty_update();
 
     // ExtensionUtilities::directoryContent.
@@ -122,8 +122,8 @@ private:
     platform::Table* myTableView_ = nullptr;   // a TodayTableView, owned by the view tree
     TodayHeaderView* myHeaderView_ = nullptr;  // owned by the view tree
     bool my_legacyDarkBackground_ = false;
-    // Rows that the table still has and the shown list has no more, each counted without those
-    // before it.
+    // Rows that the table still has and the shown list has lost. Each index counts without the rows
+    // that are listed before it.
     std::vector<std::pair<std::size_t, platform::RowAnimation>> removedRows_;
     platform::Atomic<ExtensionMessageList> dataFromDisk_;
     platform::Atomic<ExtensionMessageList> dataToShow_;

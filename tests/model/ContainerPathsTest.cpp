@@ -1,4 +1,7 @@
+#include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "model/ExtensionUtilities.h"
 #include "tests/support/EnvironmentVariable.h"
@@ -7,24 +10,17 @@
 namespace quillet::test {
 
 TEST(ContainerPaths, DataFolderFollowsTheBundleIdentifier) {
-    struct Case {
-        std::optional<std::string> identifier;
-        const char* folder;
-    };
-    const Case cases[] = {
+    const std::pair<std::optional<std::string>, const char*> cases[] = {
         {std::nullopt, "SharedData"},
-        {"", "SharedData"},
         {"it.tarno.quillet2", "SharedData"},
         {"it.tarno.quillet.beta11", "SharedDataBeta"},
         {"it.tarno.quillet.beta8.today", "SharedDataBeta"},
         {"IT.TARNO.QUILLET.BETA", "SharedData"},
     };
     const EnvironmentVariable container("QUILLET_CONTAINER", "/tmp/box");
-    for (const Case& testCase : cases) {
-        SCOPED_TRACE(testCase.identifier.value_or("none"));
-        const EnvironmentVariable identifier("QUILLET_BUNDLE_IDENTIFIER", testCase.identifier);
-        EXPECT_EQ(ExtensionUtilities::GroupFolderName(), testCase.folder);
-        EXPECT_EQ(ExtensionUtilities::GroupDataPath(), std::string("/tmp/box/") + testCase.folder);
+    for (const auto& [own, folder] : cases) {
+        const EnvironmentVariable identifier("QUILLET_BUNDLE_IDENTIFIER", own);
+        EXPECT_EQ(ExtensionUtilities::GroupDataPath(), std::string("/tmp/box/") + folder);
     }
 }
 
@@ -44,11 +40,7 @@ TEST(GetGoodPath, FreeNameGetsTheFirstUnusedNumber) {
     folder.makeFolder("notes");
     folder.writeFile("report.tar.gz", "");
     folder.writeFile(".profile", "");
-    struct Case {
-        const char* name;
-        const char* free;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"new.png", "new.png"},
         {"photo.png", "photo_2.png"},
         {"photo_1.png", "photo_1_1.png"},
@@ -56,12 +48,31 @@ TEST(GetGoodPath, FreeNameGetsTheFirstUnusedNumber) {
         {"report.tar.gz", "report.tar_1.gz"},
         {".profile", ".profile_1"},
     };
-    for (const Case& testCase : cases) {
-        EXPECT_EQ(RequestUtils::GetGoodPath(testCase.name, folder.path()),
-                  folder.path(testCase.free));
+    for (const auto& [name, free] : cases) {
+        EXPECT_EQ(RequestUtils::GetGoodPath(name, folder.path()), folder.path(free));
     }
     EXPECT_EQ(RequestUtils::GetGoodPath(std::nullopt, folder.path()), std::nullopt);
     EXPECT_EQ(RequestUtils::GetGoodPath("a", std::nullopt), std::nullopt);
+}
+
+TEST(DirectoryContent, TellsAMissingFolderFromAnUnreadableOne) {
+    const TemporaryFolder folder;
+    for (const char* name : {".DS_Store", "a.plist", "b.plist"}) {
+        folder.writeFile(name, "");
+    }
+    const auto content = [&](const std::string& name) {
+        return ExtensionUtilities::directoryContent(folder.path() + name);
+    };
+    EXPECT_THAT(content(""),
+                ::testing::Optional(::testing::UnorderedElementsAre(folder.path("a.plist"),
+                                                                    folder.path("b.plist"))));
+    EXPECT_THAT(content("/missing"), ::testing::Optional(::testing::IsEmpty()));
+    EXPECT_THAT(content("/a.plist"), ::testing::Optional(::testing::IsEmpty()));
+    if (geteuid() != 0) {  // root reads everything
+        std::filesystem::permissions(folder.path(), std::filesystem::perms::owner_exec);
+        EXPECT_EQ(content(""), std::nullopt);
+        std::filesystem::permissions(folder.path(), std::filesystem::perms::owner_all);
+    }
 }
 
 }  // namespace quillet::test

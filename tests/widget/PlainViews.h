@@ -38,32 +38,25 @@ private:
 // Makes trees of one table, which nothing draws.
 class PlainViews final : public TodayViewFactory {
 public:
-    Tree makeTree(const std::shared_ptr<TodayViewController>& controller) override {
+    using Controller = std::shared_ptr<TodayViewController>;
+
+    Tree makeTree(const Controller& controller) override {
         auto tree = std::make_unique<PlainTree>(controller);
         platform::Table* table = &tree->table;
-        return {std::move(tree),
-                table,
-                nullptr,
-                std::make_shared<platform::LayoutConstraint>(kFirstTableHeight)};
+        return {std::move(tree), table, nullptr, std::make_shared<platform::LayoutConstraint>(50)};
     }
-    platform::TableRowView* makeRowView(
-        platform::Table& /*table*/,
-        const std::shared_ptr<TodayViewController>& /*controller*/) override {
+    platform::TableRowView* makeRowView(platform::Table&, const Controller&) override {
         return nullptr;
     }
-    platform::TableCellView* makeCell(
-        platform::Table& /*table*/,
-        const std::shared_ptr<TodayViewController>& /*controller*/,
-        const std::shared_ptr<ExtensionMessage>& /*message*/) override {
+    platform::TableCellView* makeCell(platform::Table&,
+                                      const Controller&,
+                                      const std::shared_ptr<ExtensionMessage>&) override {
         return nullptr;
     }
-
-    static constexpr double kFirstTableHeight = 50;  // points
 
 private:
     struct PlainTree final : platform::ViewTree {
-        explicit PlainTree(const std::shared_ptr<TodayViewController>& controller)
-            : table(controller) {}
+        explicit PlainTree(const Controller& controller) : table(controller) {}
         bool exists() const noexcept override { return true; }
         QWidget* root() const noexcept override { return nullptr; }
         void hide() override {}

@@ -10,6 +10,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "model/ContainerPaths.h"
 #include "model/RecordFields.h"
 #include "platform/files/FileCoordinator.h"
 #include "tests/platform/plist/PropertyListTestSupport.h"
@@ -83,7 +84,7 @@ TEST_F(StoreTest, FilesAreReadInListingOrderUntilAValueRaises) {
         writeFile("a@x", name, fileXml(messageXml(name + "a", 1) + messageXml(name + "b", 1)));
     }
     const auto files =
-        *TodayViewController::directoryContent(container.path("SharedData/Today/a@x"));
+        *ExtensionUtilities::directoryContent(container.path("SharedData/Today/a@x"));
     std::vector<std::string> expected;
     for (const std::string& file : files) {
         const std::string name = fs::path(file).filename();
@@ -229,26 +230,6 @@ TEST_F(StoreTest, ReadWaitsForTheHostThatWritesInTheStore) {
     reader.join();
     EXPECT_THAT(found, ElementsAre("whole"));
     EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-TEST(DirectoryContent, TellsAMissingFolderFromAnUnreadableOne) {
-    const TemporaryFolder folder;
-    folder.writeFile(".DS_Store", "");
-    folder.writeFile("a.plist", "");
-    folder.writeFile("b.plist", "");
-    auto content = TodayViewController::directoryContent(folder.path());
-    ASSERT_TRUE(content);
-    std::sort(content->begin(), content->end());
-    EXPECT_THAT(*content, ElementsAre(folder.path("a.plist"), folder.path("b.plist")));
-    EXPECT_THAT(TodayViewController::directoryContent(folder.path("missing")),
-                ::testing::Optional(IsEmpty()));
-    EXPECT_THAT(TodayViewController::directoryContent(folder.path("a.plist")),
-                ::testing::Optional(IsEmpty()));
-    if (geteuid() != 0) {  // root reads everything
-        fs::permissions(folder.path(), fs::perms::owner_exec);
-        EXPECT_EQ(TodayViewController::directoryContent(folder.path()), std::nullopt);
-        fs::permissions(folder.path(), fs::perms::owner_all);
-    }
 }
 
 }  // namespace quillet::test
