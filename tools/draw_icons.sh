@@ -9,11 +9,12 @@ draw() {  # draw SOURCE PIXELS FILE
     echo "$3"
 }
 
-for name in w_reply w_archive w_trash; do
+for source in images/source/*.svg; do
+    name=$(basename "$source" .svg)
     # At one pixel a point the strokes have to lie on whole pixels: a drawing of its own.
     draw "images/source/1x/$name.svg" 20 "images/$name.png"
-    draw "images/source/$name.svg" 40 "images/$name@2x.png"
-    draw "images/source/$name.svg" 60 "images/$name@3x.png"
+    draw "$source" 40 "images/$name@2x.png"
+    draw "$source" 60 "images/$name@3x.png"
 done
 for size in 48 128 256; do
     draw icons/it.tarno.quillet.today.svg "$size" "icons/it.tarno.quillet.today-$size.png"
