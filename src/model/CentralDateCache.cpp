@@ -1,5 +1,6 @@
 #include "model/CentralDateCache.h"
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <iterator>
@@ -22,15 +23,31 @@ CentralDateCache::CentralDateCache(double now, RecordBlock& block) : block_(bloc
     platform::refreshTimeZone();
 }
 
+// Dates of these decades lie between 2^30 and 2^31, where the leading 17 of the 52 fraction bits
+// count steps of 8192 seconds. Taking bits is defined for every number.
+std::size_t CentralDateCache::placeOf(double date) {
+    constexpr unsigned kBitsOfStep = 52 - 17;
+    return static_cast<std::size_t>(std::bit_cast<std::uint64_t>(date) >> kBitsOfStep) % kPlaces;
+}
+
 const RecordText& CentralDateCache::text(double date) {
+    const Entry*& found = found_[placeOf(date)];
+    if (found == nullptr || !found->holds(date)) {
+        found = &find(date);
+    }
+    return found->text;
+}
+
+const CentralDateCache::Entry& CentralDateCache::find(double date) {
     const auto next = entries_.upper_bound(date);
     const bool known = next != entries_.begin() && std::prev(next)->second.holds(date);
-    return (known ? std::prev(next)->second : make(date)).text;
+    return known ? std::prev(next)->second : make(date);
 }
 
 const CentralDateCache::Entry& CentralDateCache::make(double date) {
     if (entries_.size() >= kMostEntries) {
         entries_.clear();
+        found_.fill(nullptr);
     }
     const ExtensionDate& dates = ExtensionDate::shared();
     const std::int64_t day = dates.IntDate(date);

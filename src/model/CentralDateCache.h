@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -30,12 +32,19 @@ private:
         bool holds(double date) const { return start <= date && date < end; }
     };
 
+    // The dates of a store come in no order, and searching the map for each makes a whole read 7 %
+    // slower. This table holds the entries found last, with one place for about two hours.
+    static constexpr std::size_t kPlaces = 1024;
+    static std::size_t placeOf(double date);
+
+    const Entry& find(double date);
     const Entry& make(double date);
 
     RecordBlock& block_;
     double now_;
     std::optional<std::int64_t> today_;  // as ExtensionDate::IntDate; none before the first text
     std::map<double, Entry> entries_;    // by start
+    std::array<const Entry*, kPlaces> found_{};
 };
 
 }  // namespace quillet
