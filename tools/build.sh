@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds a preset of CMakePresets.json; nothing happens where it is up to date.
+# Builds a preset of CMakePresets.json. Does nothing if the build is up to date.
 # Usage: tools/build.sh PRESET
-# What the compiler says goes to build/PRESET/build.log and is shown when the build fails.
+# The compiler's output goes to build/PRESET/build.log; its end is shown when the build fails.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

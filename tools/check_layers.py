@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that every folder includes only what it may know: usage: check_layers.py ROOT."""
+"""Checks that each folder includes only what it may include. Usage: check_layers.py ROOT"""
 import pathlib
 import re
 import sys
@@ -26,14 +26,15 @@ MAY_INCLUDE = {
     "share": {"share", "handoff", "widget", "model", "util", *SYSTEM, DESKTOP},
     "app": {"app", "views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
 }
-# Folders beside src/, which nothing in it may include.
+# Folders beside src/, which nothing in src/ may include.
 OUTSIDE = ("host/", "bench/", "tests/")
-# Folders whose every file is free of the toolkit, and those whose headers are.
+# Folders in which no file includes the toolkit, and folders in which no header does.
 NO_QT = {"util", *SYSTEM, "model", "handoff", "widget"}
 NO_QT_HEADERS = {DESKTOP, PRESENTATION}
-# Folders whose headers show no type of the system or of a library: only the C++ standard library.
+# Folders whose headers include the C++ standard library only, and no type of the system or of
+# another library.
 NO_SYSTEM_HEADERS = {*SYSTEM, DESKTOP, PRESENTATION}
-# Standard headers have neither a folder nor an extension; the compiler's vector types are no matter.
+# Standard headers have neither a folder nor an extension. The compiler's vector types are allowed.
 SYSTEM_HEADER = re.compile(r"<(?!\w*mmintrin\.h)[^>]*(/|\.h>)")
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]')
 
@@ -52,9 +53,9 @@ def problems(source, path):
         name = match.group(2)
         target = folder_of(name)
         if name.startswith(OUTSIDE):
-            yield f"src/{path}:{number}: {name} is not of the program"
+            yield f"src/{path}:{number}: {name} is not part of the program"
         if folder in NO_SYSTEM_HEADERS and path.endswith(".h") and SYSTEM_HEADER.search(line):
-            yield f"src/{path}:{number}: {name} shows types of the system"
+            yield f"src/{path}:{number}: {name} brings in types of the system"
         if target and target not in MAY_INCLUDE[folder]:
             yield f"src/{path}:{number}: {folder} may not include {target}"
         if qt_free and re.match(r"Q[A-Za-z]|qt", name):
@@ -65,7 +66,7 @@ def main():
     root = pathlib.Path(sys.argv[1]) / "src"
     files = [file for file in root.rglob("*") if file.suffix in {".h", ".cpp"}]
     known = [(file, file.relative_to(root).as_posix()) for file in files]
-    found = [f"src/{path}: in no known folder" for _, path in known if not folder_of(path)]
+    found = [f"src/{path}: not in a known folder" for _, path in known if not folder_of(path)]
     found += [line for file, path in known if folder_of(path) for line in problems(file, path)]
     print("\n".join(found) or f"{len(files)} files, all arrows point the right way")
     return 1 if found or not files else 0

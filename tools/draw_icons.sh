@@ -1,6 +1,6 @@
 #!/bin/sh
 # Draws the PNG pictures below resources/ anew from their SVG sources. Needs rsvg-convert (Debian:
-# librsvg2-bin). The pictures are kept beside the sources, so building needs neither.
+# librsvg2-bin). The pictures are kept beside the sources, so a build does not draw them.
 set -eu
 cd "$(dirname "$0")/../resources"
 
@@ -11,7 +11,7 @@ draw() {  # draw SOURCE PIXELS FILE
 
 for source in images/source/*.svg; do
     name=$(basename "$source" .svg)
-    # At one pixel a point the strokes have to lie on whole pixels: a drawing of its own.
+    # At one pixel per point the strokes must lie on whole pixels, so this size has its own drawing.
     draw "images/source/1x/$name.svg" 20 "images/$name.png"
     draw "$source" 40 "images/$name@2x.png"
     draw "$source" 60 "images/$name@3x.png"

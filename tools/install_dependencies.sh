@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that are missing for the purposes named; see docs/dependencies.md.
+# Installs the missing Debian packages for the named purposes; see docs/dependencies.md.
 # Usage: tools/install_dependencies.sh [build|panel|run|wayland|test|bench|fuzz|ci]…   (default: build)
-# Says nothing and does nothing where everything is there.
+# If no package is missing, it does nothing and prints nothing.
 set -euo pipefail
 
 packages_for() {
@@ -54,6 +54,6 @@ if ! output=$(apt_get update 2>&1 &&
     apt_get install --yes --no-install-recommends "${missing[@]}" 2>&1); then
     echo "$output" >&2
     echo "apt-get could not install: ${missing[*]}" >&2
-    echo "Check the network and /etc/apt/sources.list (Debian 12), then start again." >&2
+    echo "Check the network and /etc/apt/sources.list (Debian 12), then try again." >&2
     exit 1
 fi

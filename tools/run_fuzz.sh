@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Builds the fuzzers and runs each of them for its share of SECONDS (default: 60), from the inputs
-# in fuzz/corpus and those that earlier runs found, which are kept in build/fuzz/corpus.
+# Builds the fuzzers and runs each of them for its share of SECONDS (default: 60). They start from
+# the inputs in fuzz/corpus and from those that earlier runs kept in build/fuzz/corpus.
 # Usage: tools/run_fuzz.sh [SECONDS] [FUZZER]…    (fuzz_query, fuzz_links …; default: all)
-# FUZZ_SEED=N takes the same inputs in every run, as many as there is time for; else chance chooses.
-# A finding ends the run; its input is in build/fuzz/findings and replayed by
-# build/fuzz/bin/FUZZER FILE.
+# With FUZZ_SEED=N every run takes the same inputs, as many as the time allows; otherwise they are
+# random. A finding ends the run. Its input is in build/fuzz/findings;
+# build/fuzz/bin/FUZZER FILE replays it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

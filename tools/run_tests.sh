@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the tests of a built preset as a machine without a desktop would: no display, no session
-# bus, no configuration of the user. Usage: tools/run_tests.sh PRESET [CTEST-OPTION]…
+# Runs the tests of a built preset as on a machine without a desktop: no display, no session bus,
+# no user's configuration. Usage: tools/run_tests.sh PRESET [CTEST-OPTION]…
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

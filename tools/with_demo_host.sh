@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs a program with the sample host at hand: the session bus starts it as soon as somebody asks it
-# for something. Everything ends with the program. The caller holds the demo's lock on descriptor 9,
-# which the program keeps as well, for as long as it runs.
+# Runs a program with the sample host at hand: the session bus starts the host as soon as somebody
+# asks it for something. Everything ends with the program. The caller holds the demo's lock on
+# descriptor 9; the program keeps it too, as long as it runs.
 # Usage: tools/with_demo_host.sh FOLDER IDENTIFIER PROGRAM [ARGUMENT]…
-# FOLDER, an absolute path, has the container and gets the host's log, host.log; IDENTIFIER is that
-# of the widget, which chooses the host's name on the bus.
+# FOLDER is an absolute path: it has the container and gets the host's log, host.log. IDENTIFIER is
+# the widget's, which chooses the host's name on the bus.
 set -euo pipefail
 demo=$1 widget=$2
 shift 2
@@ -17,7 +17,7 @@ case "$widget" in
     it.tarno.quillet2*) host=it.tarno.quillet2 ;;
     *) host=it.tarno.quillet ;;
 esac
-# Read by the user's own bus, only until the session ends.
+# The user's own bus reads the services in this folder; it lasts until the session ends.
 users_services=${XDG_RUNTIME_DIR:-}/dbus-1/services
 
 bus_call() {
@@ -25,8 +25,8 @@ bus_call() {
         /org/freedesktop/DBus "org.freedesktop.DBus.$1" 2>/dev/null
 }
 
-# Whether the user's bus can serve: it is there, and neither it nor the desktop knows a mail
-# application of that name. A click in the demo must never reach the user's own.
+# Whether the user's bus can serve: there is one, and neither it nor the desktop knows a mail
+# application of that name. A click in the demo must never reach the user's own mail application.
 users_bus_is_free() {
     [ -n "${XDG_RUNTIME_DIR:-}" ] || return 1
     [ -n "${DBUS_SESSION_BUS_ADDRESS:-}" ] || [ -S "$XDG_RUNTIME_DIR/bus" ] || return 1
@@ -42,8 +42,8 @@ users_bus_is_free() {
     done
 }
 
-# The bus starts a program with surroundings of its own; the host needs those of the panel: the
-# same display, and the same place for locks.
+# The bus starts programs with its own environment, but the host needs the panel's: the same
+# display, and the same place for locks.
 write_starter() {
     local variable
     {
@@ -68,7 +68,7 @@ offer_on_users_bus() {
         bus_call ListActivatableNames | grep -qF "\"$host\""
 }
 
-# A bus that knows nothing but the host.
+# Starts a bus that knows nothing but the host.
 offer_on_private_bus() {
     write_service "$demo/services"
     cat >"$demo/bus.conf" <<'END'
@@ -100,14 +100,14 @@ END
 stop_host() {
     local pid=
     [ ! -e "$demo/host.pid" ] || read -r pid <"$demo/host.pid" || true
-    # The number may be another program's by now.
+    # The process number may belong to another program by now.
     if [ -n "$pid" ] && [[ "$(readlink "/proc/$pid/exe")" == "$bin/quillet-sample-host"* ]]; then
         kill "$pid" 2>/dev/null || true
         timeout 5 tail --pid="$pid" -f /dev/null || true
     fi
 }
 
-# Takes away what this start, or one that was killed, has left.
+# Removes what this start left, or an earlier one that was killed.
 clean_up() {
     rm -f "$demo/ready"
     if grep -qsF "\"$demo/start-host\"" "$users_services/$host.service"; then
@@ -119,13 +119,13 @@ clean_up() {
     rm -f "$demo/host.pid" "$demo/bus"
 }
 
-# Runs the program until it ends; signals that would end this script end the program instead.
+# Runs the program until it ends. Signals that would end this script end the program instead.
 run_to_its_end() {
     "$@" 8<&- &
     local program=$! status=0
     trap 'kill "$program" 2>/dev/null || true' INT TERM HUP
     wait "$program" || status=$?
-    while kill -0 "$program" 2>/dev/null; do  # the wait was cut short by a signal
+    while kill -0 "$program" 2>/dev/null; do  # a signal cut the wait short
         status=0
         wait "$program" || status=$?
     done
@@ -137,8 +137,8 @@ trap clean_up EXIT
 : >"$demo/host.log"
 write_starter
 if ! offer_on_users_bus; then
-    echo "The demo has a session bus of its own: its clicks never reach your mail application."
+    echo "The demo runs on its own session bus: its clicks never reach your mail application."
     offer_on_private_bus
 fi
-echo "$widget" >"$demo/ready"  # from now on another start may toggle the panel
+echo "$widget" >"$demo/ready"  # from now on another start can toggle the panel
 run_to_its_end "$@"
