@@ -1,8 +1,7 @@
 // quillet-codec-bench [ROUNDS]   measures the query codec beside GLib's and prints a table
 //
-// Both do the same work on the same texts, in turn. The run ends with 1 where their results differ
-// and with 3 where Quillet is the slower one. Besides, a large draft is written as a URL and read
-// back.
+// Both do the same work on the same texts, in turn. The run ends with 1 if their results differ and
+// with 3 if Quillet is slower. A large draft is also written as a URL and read back.
 
 #include <algorithm>
 #include <cstdio>
@@ -25,7 +24,7 @@ namespace quillet::bench {
 
 namespace {
 
-// Does the work once and returns something of the result that costs no time to tell.
+// Does the work once and returns a number from the result that is never 0 and costs no time to get.
 using Work = std::function<std::size_t()>;
 
 struct Case {
@@ -45,7 +44,7 @@ double processorMilliseconds() {
     return milliseconds(CLOCK_PROCESS_CPUTIME_ID);
 }
 
-// Nanoseconds of one run, the mean of so many that the clock is fine enough.
+// Returns the nanoseconds of one run: the mean of so many runs that the clock is exact enough.
 double nanosecondsOf(const Work& work) {
     for (std::size_t runs = 1;; runs *= 4) {
         std::size_t results = 0;
@@ -103,7 +102,7 @@ Case encoding(std::string name, std::string text) {
             RequestUtils::URLEncodedString(*shared) == encodedByGlib(*shared).get()};
 }
 
-// The query is a bare one, as GLib needs it.
+// The query has no "?" before it, as GLib needs it.
 Case parsing(std::string name, std::string query) {
     const auto shared = std::make_shared<const std::string>(std::move(query));
     return {std::move(name),
@@ -137,7 +136,7 @@ std::vector<Case> makeCases() {
             parsing("parse 100,000 keys", keys)};
 }
 
-// Whether Quillet is at least as fast.
+// Returns whether Quillet is at least as fast.
 bool measure(const Case& each, std::size_t rounds) {
     if (!each.sameResults) {
         throw std::runtime_error(each.name + ": the results differ");

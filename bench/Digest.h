@@ -10,8 +10,8 @@
 
 namespace quillet::bench {
 
-// One number made of the fields of all messages. Messages of equal dates may stand in any order
-// (the folders are listed in different orders), so they are added up.
+// One number made of the fields of all messages. Readers list the folders in different orders, so
+// messages with equal dates may come in any order; the sum over all messages does not depend on it.
 class Digest {
 public:
     template <typename... Fields>

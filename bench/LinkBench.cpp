@@ -1,7 +1,7 @@
 // quillet-link-bench [ROUNDS]   measures the link finder on hostile texts and prints a table
 //
 // Each text is searched for links and, in the same turn, read once by a search for a byte that it
-// does not hold. The run ends with 3 where a text costs more than any is meant to.
+// does not have. The run ends with 3 if a text takes longer than kMostMilliseconds.
 
 #include <array>
 #include <cstdio>
@@ -60,7 +60,7 @@ double millisecondsOf(const std::function<void()>& work) {
     return processorMilliseconds() - start;
 }
 
-// Whether the text costs no more than it may.
+// Returns whether the text stays within the limit.
 bool measure(const Case& each, std::size_t rounds) {
     std::string text = each.start;
     while (text.size() < kBytes) {

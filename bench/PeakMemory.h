@@ -2,7 +2,7 @@
 
 namespace quillet::bench {
 
-// Most resident memory that the process ever had, in KiB.
+// Returns the most resident memory that the process ever had, in KiB; 0 if it is not known.
 long peakMemory();
 
 }  // namespace quillet::bench

@@ -22,7 +22,7 @@ void forEachFile(const std::string& container,
             const std::size_t size = file.file_size();
             buffer.resize(std::max(buffer.size(), size));
             std::ifstream stream;
-            stream.rdbuf()->pubsetbuf(nullptr, 0);  // straight into the buffer
+            stream.rdbuf()->pubsetbuf(nullptr, 0);  // reads straight into our buffer
             stream.open(file.path(), std::ios::binary);
             if (!stream.read(buffer.data(), static_cast<std::streamsize>(size))) {
                 throw std::runtime_error("cannot read " + file.path().string());

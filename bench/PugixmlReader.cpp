@@ -11,7 +11,7 @@ platform::Number numberOf(const pugi::xml_node& value) {
     return platform::Number(std::int64_t{value.text().as_llong()});
 }
 
-// One pass over the keys and values, which stand in turn.
+// Reads keys and values, which alternate, in one pass.
 std::shared_ptr<PeerMessage> messageOf(const pugi::xml_node& dictionary) {
     auto message = std::make_shared<PeerMessage>();
     for (pugi::xml_node node = dictionary.first_child(); node;) {

@@ -1,9 +1,9 @@
-// quillet-response-bench SAMPLE-HOST RUNS: how long the user and the host wait for each other.
-// quillet-response-bench host DATA-FOLDER: the host's side; writes a store and tells the widget of
-// it for each line on standard input, and answers with the time of the telling.
+// quillet-response-bench SAMPLE-HOST RUNS: measures how long user and host wait for each other.
+// quillet-response-bench host DATA-FOLDER: the host's side. For each line on standard input, writes
+// a store, tells the widget of it, and prints the time just before that.
 //
-// The panel is the real one, offscreen; both hosts are processes of their own. Takes the session
-// bus and the container of the environment, which should be nobody else's.
+// The panel is the real one, offscreen. Both hosts are processes of their own. The session bus and
+// the container come from the environment; nobody else should use them.
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -38,7 +38,7 @@ using namespace quillet;
 
 constexpr int kMessages = 1000;
 constexpr int kLimit = 30'000;  // milliseconds
-// Milliseconds until the panel has also followed the change of the files, which it watches.
+// Milliseconds until the panel, which watches the files, has also followed their change.
 constexpr int kQuiet = 300;
 
 // Seconds since 1970, as both processes see them.
@@ -51,7 +51,7 @@ std::string newestOf(int round) {
     return std::to_string(round) + ".0@example.org";
 }
 
-// A thousand messages; others than those of the round before.
+// Writes kMessages messages, different ones in each round.
 void writeMessages(const std::string& dataFolder, int round) {
     const std::string mail = "anna@example.org";
     host::Array messages;
@@ -103,7 +103,7 @@ void waitFor(const std::function<bool()>& condition) {
     }
 }
 
-// Notes when the window was painted with the message on top of its list.
+// Notes when the window has been painted with the expected message on top of its list.
 class PaintClock : public QObject {
 public:
     explicit PaintClock(PanelController& panel) : panel_(panel) { qApp->installEventFilter(this); }
@@ -182,7 +182,7 @@ int runPanelSide(const std::string& dataFolder,
     writeMessages(dataFolder, 0);
     Peer host(program, {QStringLiteral("host"), QString::fromStdString(dataFolder)});
     Peer sampleHost(sampleHostProgram, {QStringLiteral("run"), QStringLiteral("quillet://ready")});
-    sampleHost.nextLine();  // it has its name and has followed the command it was started with
+    sampleHost.nextLine();  // it has its name and has carried out the command it was started with
     PanelController panel(platform::Look::Light);
     PaintClock clock(panel);
     clock.expect(newestOf(0));

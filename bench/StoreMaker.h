@@ -14,9 +14,9 @@ struct StoreSize {
     host::PropertyListFormat format = host::PropertyListFormat::Xml;
 };
 
-// Writes a container with a message store of this size; the same for the same arguments but for
-// the dates, which reach from now back over sixty days. Throws std::runtime_error where a file
-// cannot be written.
+// Writes a container with a message store of this size. Equal arguments write equal stores, except
+// for the dates, which lie within the last sixty days. Throws std::runtime_error if a file cannot
+// be written.
 void makeStore(const std::string& container, const StoreSize& size);
 
 }  // namespace quillet::bench

@@ -7,18 +7,18 @@
 
 namespace quillet::bench {
 
-// The exit status of a program whose results are right and whose speed is not what it is meant to
-// be: other work on the machine can cause that.
+// The exit status of a program whose results are right but that is slower than it should be. Other
+// work on the machine can cause that.
 inline constexpr int kTooSlow = 3;
 
-// What the clock shows, in milliseconds; only differences mean something.
+// Returns the clock's time in milliseconds. Only differences mean something.
 inline double milliseconds(clockid_t clock) {
     timespec now{};
     clock_gettime(clock, &now);
     return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
 }
 
-// The middle one in order, the upper of two. There has to be at least one.
+// Returns the median, the upper one of an even number of values. There must be at least one.
 inline double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());

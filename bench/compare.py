@@ -15,7 +15,7 @@ from limits import print_limits
 READERS = {"xml": ["quillet", "libplist", "pugixml", "plain"],
            "binary": ["quillet", "libplist", "plain"]}
 NAMES = {"quillet": "Quillet", "libplist": "libplist", "pugixml": "pugixml", "plain": "plain read"}
-# Other work on the machine shows up as a clock that runs far ahead of the processor.
+# If clock time exceeds processor time by this factor, the machine was busy with other work.
 BUSY_RATIO = 1.25
 
 
@@ -47,7 +47,7 @@ class Bench:
         self.stores = build / "bench-stores"
 
     def make_store(self, name, file_format, *size):
-        """A new container; the dates are counted back from now, so an old one would not do."""
+        """Makes a new container. Its dates count back from now, so an old one would not do."""
         folder = self.stores / name
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir(parents=True)
@@ -69,7 +69,7 @@ def size_of(container):
 def take_turns(bench, readers, container, empty, rounds):
     taken = {reader: [] for reader in readers}
     for turn in range(rounds):
-        shift = turn % len(readers)  # nobody always comes after the same neighbour
+        shift = turn % len(readers)  # so no reader always follows the same one
         for reader in readers[shift:] + readers[:shift]:
             taken[reader].append(bench.read(reader, container, empty))
     work = {(m.messages, m.digest) for reader in readers if reader != "plain"
@@ -98,7 +98,7 @@ def print_table(taken):
 
 
 def measure_first_frame(build, container):
-    """Milliseconds from start to first painted frame and peak MiB of the panel program."""
+    """Returns the panel program's milliseconds from start to first painted frame and peak MiB."""
     environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", QUILLET_CONTAINER=str(container),
                        DBUS_SESSION_BUS_ADDRESS="disabled:")
     probe = [build / "bin" / "quillet-startup-probe", repr(time.monotonic())]

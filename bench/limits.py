@@ -1,13 +1,14 @@
-"""Hostile message files within the documented limits and beyond: what each costs the widget."""
+"""Measures what hostile message files, within the documented limits and beyond, cost the widget."""
 import shutil
 import struct
 
 ACCOUNT = "account1@quillet.example"
 FILE_SIZE = 64 * 1024 * 1024  # bytes: the most that a file may have
-VALUES = 4 * 1024 * 1024  # the most values of a file
-RECORDS = 50_000  # the most messages of a file
+VALUES = 4 * 1024 * 1024  # the most values in a file
+RECORDS = 50_000  # the most messages in a file
 SHARED = 65536  # bytes: the longest text that counts once
-# What a file may cost: milliseconds at once and for each megabyte, and the MiB of the process.
+# A file may cost ALLOWED_BASE milliseconds and ALLOWED_PER_MEGABYTE for each megabyte. The process
+# may take ALLOWED_MEMORY MiB.
 ALLOWED_BASE, ALLOWED_PER_MEGABYTE, ALLOWED_MEMORY = 300, 20, 512
 DAY = 86400
 
@@ -19,12 +20,12 @@ def xml(elements):
 
 
 def padded(data, filler):
-    """Makes the file as large as it may be with `filler` before the last tag."""
+    """Fills the file up to the largest allowed size with `filler` before the last tag."""
     return data[:-len(TAIL)] + filler * ((FILE_SIZE - len(data)) // len(filler)) + TAIL
 
 
 def full_messages(encoding):
-    """Nearly as many messages as there may be, with texts that fill the file."""
+    """Returns nearly as many messages as are allowed, with texts that fill the file."""
     keys = ("subject", "messageId", "from", "account", "folder")
     frame = "<dict>" + "".join(f"<key>{key}</key><string>00000</string>" for key in keys) + "</dict>"
     piece = "&lt;\u65e5"
@@ -61,7 +62,7 @@ def long_keys():
 
 
 def one_key():
-    """A dictionary of one key at all places, as long as the budget of the file allows."""
+    """Returns a dictionary with one key at all places, as long as the file's budget allows."""
     units = FILE_SIZE // RECORDS * 16 // 2 - 32
     key = b"\x6f\x12" + struct.pack(">I", units) + b"\0k" * units
     data = b"\xdf\x12" + struct.pack(f">I{2 * RECORDS}I", RECORDS, *[6] * RECORDS, *[4] * RECORDS)
@@ -72,7 +73,7 @@ def one_key():
 
 
 def binary(objects, width):
-    """A binary property list of encoded objects, the first of which is the root."""
+    """Returns a binary property list of encoded objects. The first object is the root."""
     table, at = [], 8
     for item in objects:
         table.append(at)
@@ -82,7 +83,10 @@ def binary(objects, width):
 
 
 def binary_file(elements, objects):
-    """A message file whose "data" has these elements, numbers of `objects` (the first is 6)."""
+    """Returns a message file whose "data" lists `elements`, the numbers of objects.
+
+    The first of `objects` has the number 6.
+    """
     reference = ">{}I".format
     root = b"\xd3" + struct.pack(reference(6), 1, 2, 3, 4, 4, 5)
     data = b"\xaf\x12" + struct.pack(">I", len(elements)) + struct.pack(reference(len(elements)),
@@ -91,7 +95,7 @@ def binary_file(elements, objects):
 
 
 def shared_text(wide, length):
-    """Every text of every message is one text; numbers are made of it, too."""
+    """Every text of every message is one text. Numbers are made from it, too."""
     keys = [b"\x57subject", b"\x54from", b"\x56folder", b"\x54flip", b"\x54date"]
     text = (b"\x6f\x12" + struct.pack(">I", length // 2) + b"\x00 " * (length // 2) if wide else
             b"\x5f\x12" + struct.pack(">I", length) + b" " * length)
@@ -128,7 +132,7 @@ FILES = {
 
 
 def print_limits(bench, empty, rounds):
-    """Prints the table and returns whether no file costs more than it may."""
+    """Prints the table. Returns whether every file stays within its limits."""
     within = True
     print(f"{'one hostile file':<28}{'MB':>7}{'clock ms':>10}{'processor ms':>14}{'allowed ms':>12}"
           f"{'messages':>10}{'peak MiB':>10}")

@@ -1,11 +1,11 @@
 // quillet-bench make FOLDER FORMAT [ACCOUNTS FILES MESSAGES]   makes a container
 // quillet-bench read READER FOLDER [EMPTY]                     reads it once and reports
-// quillet-bench cost READER FOLDER [EMPTY]                     the same without a digest
+// quillet-bench cost READER FOLDER [EMPTY]                     does the same without a digest
 //
 // A report is one line: milliseconds of the clock and of the processor, messages, digest, peak
-// memory in KiB. Where an EMPTY container is named it is read first, outside of the clock, so that
-// what a process does once (the locale's data) is not counted. A digest copies every text of every
-// message, which takes hours for texts that hostile files share.
+// memory in KiB. If an EMPTY container is named, it is read before the clock starts, so that
+// one-time work such as loading the locale's data does not count. A digest copies every text of
+// every message, which takes hours for texts that hostile files share.
 
 #include <cstdio>
 #include <cstdlib>
