@@ -1,5 +1,5 @@
-# The hand-off library for other extensions of the host: find_package(quillet-handoff) brings the
-# target Quillet::handoff. Its install component is "handoff".
+# Installs the hand-off library for other extensions of the host: find_package(quillet-handoff)
+# brings the target Quillet::handoff. The install component is "handoff".
 include(CMakePackageConfigHelpers)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/quillet-handoff")
@@ -23,8 +23,8 @@ write_basic_package_version_file("${package_version}" COMPATIBILITY SameMinorVer
 install(FILES "${package_config}" "${package_version}"
         DESTINATION "${package_folder}" COMPONENT handoff)
 
-# The platform's headers once lay in one folder, platform/foundation. Extensions may go on including
-# them from there.
+# Extensions may still include the platform's headers from platform/foundation, the folder that all
+# of them had before.
 set(old_folder "${CMAKE_CURRENT_BINARY_DIR}/foundation")
 foreach(folder IN ITEMS base extension plist url)
     get_target_property(headers quillet_${folder} HEADER_SET)

@@ -1,4 +1,4 @@
-# The shapes that this project's targets have: one library a folder, one test program a folder.
+# Defines the kinds of targets: one library per folder, one test program per folder.
 
 add_library(quillet_options INTERFACE)
 target_compile_options(quillet_options INTERFACE
@@ -11,7 +11,7 @@ if(QUILLET_SANITIZE)
 endif()
 
 # quillet_library(NAME SOURCES file… [HEADERS file…] [PUBLIC lib…] [PRIVATE lib…])
-# A static library of one folder below src/. Includes are written from src/. HEADERS are those that
+# Makes a static library of one folder below src/. Paths in #include lines start at src/. HEADERS
 # are installed with the library.
 function(quillet_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;PUBLIC;PRIVATE" ${ARGN})
@@ -23,20 +23,21 @@ function(quillet_library name)
     target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} quillet_options)
 endfunction()
 
-# Settings of a target whose sources use Qt.
+# Sets what a target needs if its sources use Qt.
 function(quillet_uses_qt name)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     target_compile_definitions(${name} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII)
 endfunction()
 
 # quillet_test(NAME LABEL label SOURCES file… LINK lib… [BUS])
-# A GoogleTest program; every test of it becomes a test of ctest. With BUS each test runs on a
-# session bus of its own.
+# Makes a GoogleTest program. Each of its tests becomes a test of ctest. With BUS each test runs on
+# a session bus of its own.
 function(quillet_test name)
     cmake_parse_arguments(ARG "BUS" "LABEL" "SOURCES;LINK" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LINK} quillet_test_support quillet_options)
-    # Optimising tests takes as long as compiling them; what they test is optimised as ever.
+    # Optimising the tests would double the time to compile them. The code under test is optimised
+    # as usual.
     target_compile_options(${name} PRIVATE -O0)
     set(launcher "")
     if(ARG_BUS)

@@ -1,6 +1,6 @@
 // quillet-extension SERVICE SUBJECT FILE…
-// Stages the files for the host application in the folder SERVICE of the shared container, and
-// prints the URL that hands it a draft with them.
+// Copies the files into the staging folder SERVICE of the shared container, and prints the URL that
+// hands the host application a draft with them.
 
 #include <cstdio>
 #include <cstdlib>
