@@ -1,7 +1,9 @@
 #include "platform/dates/DateFormatter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <mutex>
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
@@ -9,7 +11,6 @@
 #include <utility>
 
 #include "platform/dates/LocalTime.h"
-#include "platform/dates/UserRegion.h"
 
 namespace quillet::platform {
 
@@ -17,83 +18,57 @@ namespace {
 
 using icu::UnicodeString;
 
-constexpr std::int32_t kSecond = 1000;  // milliseconds
+constexpr double kSecond = 1000;  // milliseconds
 
-// Milliseconds since 1970, cut towards the past. Whole seconds and the rest are taken apart, so
-// that an instant just below a second is not rounded up to it.
-double millisecondsOf(double seconds) {
+// Milliseconds since 1970, cut towards the past. Whole seconds and the rest are cut apart, so that
+// an instant just below a second is not rounded up to it.
+UDate millisecondsOf(double seconds) {
     const double held = heldInstant(seconds);
     const double whole = std::floor(held);
     return whole * kSecond + std::floor((held - whole) * kSecond);
 }
 
-icu::Locale userLocale() {
-    return icu::Locale::createCanonical(dateLocaleName().c_str());
-}
+// Glibc's locale modifiers that name a script, and CLDR's names for these scripts.
+constexpr std::pair<std::string_view, std::string_view> kScripts[] = {
+    {"latin", "_Latn"},
+    {"cyrillic", "_Cyrl"},
+    {"devanagari", "_Deva"},
+    {"iqtelif", "_Latn"},
+};
 
-// The system's time zone, asked of the C library each time, since a formatter outlives changes of
-// it. The offset comes as a whole: the C library does not tell daylight saving apart.
-class SystemTimeZone final : public icu::TimeZone {
-public:
-    SystemTimeZone() : icu::TimeZone(UnicodeString("System")) {}
-
-    void getOffset(UDate date,
-                   UBool local,
-                   std::int32_t& rawOffset,
-                   std::int32_t& dstOffset,
-                   UErrorCode& status) const override {
-        if (U_SUCCESS(status)) {
-            const double held = heldInstant(date / kSecond);
-            const auto second = static_cast<std::int64_t>(std::floor(held));
-            const std::int64_t offset = local != 0 ? offsetOfClock(second) : localOffset(second);
-            rawOffset = static_cast<std::int32_t>(offset) * kSecond;
-            dstOffset = 0;
+std::string_view environmentLocale() {
+    for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && value[0] != '\0') {
+            return value;
         }
     }
+    return "C";
+}
 
-    SystemTimeZone* clone() const override { return new SystemTimeZone(*this); }
+// The user's locale for dates under its CLDR name: "de_DE.UTF-8" is "de_DE" there, "sr_RS@latin" is
+// "sr_Latn_RS". A modifier of CLDR keywords ("@calendar=buddhist") is kept.
+icu::Locale userLocale() {
+    const std::string_view locale = environmentLocale();
+    std::string name(locale.substr(0, locale.find_first_of(".@")));
+    if (name.empty() || name == "C" || name == "POSIX") {
+        return icu::Locale("en_US_POSIX");
+    }
+    const std::string_view modifier = locale.substr(std::min(locale.find('@'), locale.size()));
+    for (const auto& [glibc, script] : kScripts) {
+        if (!modifier.empty() && modifier.substr(1) == glibc) {
+            name.insert(std::min(name.find('_'), name.size()), script);
+        }
+    }
+    if (modifier.find('=') != std::string_view::npos) {
+        name += modifier;
+    }
+    return icu::Locale::createCanonical(name.c_str());
+}
 
-    // What remains is for zones with rules of their own; formatting and parsing do without.
-    std::int32_t getOffset(std::uint8_t /*era*/,
-                           std::int32_t /*year*/,
-                           std::int32_t /*month*/,
-                           std::int32_t /*day*/,
-                           std::uint8_t /*dayOfWeek*/,
-                           std::int32_t /*milliseconds*/,
-                           UErrorCode& status) const override {
-        status = U_UNSUPPORTED_ERROR;
-        return 0;
-    }
-    std::int32_t getOffset(std::uint8_t /*era*/,
-                           std::int32_t /*year*/,
-                           std::int32_t /*month*/,
-                           std::int32_t /*day*/,
-                           std::uint8_t /*dayOfWeek*/,
-                           std::int32_t /*milliseconds*/,
-                           std::int32_t /*monthLength*/,
-                           UErrorCode& status) const override {
-        status = U_UNSUPPORTED_ERROR;
-        return 0;
-    }
-    void setRawOffset(std::int32_t /*milliseconds*/) override {}
-    std::int32_t getRawOffset() const override { return 0; }
-    UBool useDaylightTime() const override { return 0; }
-    UBool inDaylightTime(UDate /*date*/, UErrorCode& /*status*/) const override { return 0; }
-    UClassID getDynamicClassID() const override {
-        static char id = 0;
-        return &id;
-    }
-
-private:
-    // Of what the clock shows. A time that comes twice is the later one; one that is left out
-    // counts as if the clock had not been put forward yet.
-    static std::int64_t offsetOfClock(std::int64_t clock) {
-        constexpr std::int64_t kDay = 86400;  // more than any zone's offset
-        const std::int64_t before = localOffset(clock - kDay);
-        const std::int64_t after = localOffset(clock + kDay);
-        return localOffset(clock - after) == after ? after : before;
-    }
-};
+UnicodeString unicode(std::string_view text) {
+    return UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+}
 
 icu::DateFormat::EStyle styleOf(DateStyle style) {
     return style == DateStyle::Short ? icu::DateFormat::kShort : icu::DateFormat::kNone;
@@ -102,33 +77,51 @@ icu::DateFormat::EStyle styleOf(DateStyle style) {
 std::unique_ptr<icu::DateFormat> patternFormat(std::string_view pattern,
                                                const icu::Locale& locale) {
     UErrorCode status = U_ZERO_ERROR;
-    auto format = std::make_unique<icu::SimpleDateFormat>(
-        UnicodeString::fromUTF8({pattern.data(), static_cast<std::int32_t>(pattern.size())}),
-        locale,
-        status);
+    auto format = std::make_unique<icu::SimpleDateFormat>(unicode(pattern), locale, status);
     return U_SUCCESS(status) ? std::move(format) : nullptr;
+}
+
+// Seconds that the local clock is ahead of UTC when it shows `clock` (seconds since it showed
+// 1970). A time that comes twice is the later one; one that is left out counts as if the clock had
+// not been put forward yet.
+std::int64_t offsetOfClock(std::int64_t clock) {
+    constexpr std::int64_t kDay = 86400;  // more than any zone's offset
+    const std::int64_t before = localOffset(clock - kDay);
+    const std::int64_t after = localOffset(clock + kDay);
+    return localOffset(clock - after) == after ? after : before;
 }
 
 }  // namespace
 
+// The library formats in UTC. For the user's texts it gets what the local clock shows in place of
+// the instant. All times are milliseconds.
 struct DateFormatter::State {
-    // The library's formatters keep scratch state, so one call at a time is let in.
-    mutable std::mutex mutex;
-    std::unique_ptr<icu::DateFormat> format;  // none: every text is empty, nothing is parsed
+    enum class Clock { Local, Utc };
 
-    State(std::unique_ptr<icu::DateFormat> made, std::unique_ptr<icu::TimeZone> zone)
-        : format(std::move(made)) {
+    // The library's formatters keep scratch state, so only one call at a time may use one.
+    mutable std::mutex mutex;
+    std::unique_ptr<icu::DateFormat> format;  // null: every text is empty, nothing is parsed
+    Clock clock;
+
+    State(std::unique_ptr<icu::DateFormat> made, Clock shown)
+        : format(std::move(made)), clock(shown) {
         if (format) {
             format->setLenient(false);
-            format->adoptTimeZone(zone.release());
+            format->setTimeZone(*icu::TimeZone::getGMT());
         }
     }
 
-    std::string write(UDate milliseconds) const {
+    // How far the clock is ahead of UTC: `offsetAt` (localOffset or offsetOfClock) of `time`.
+    UDate offset(UDate time, std::int64_t (*offsetAt)(std::int64_t)) const {
+        const auto second = static_cast<std::int64_t>(std::floor(heldInstant(time / kSecond)));
+        return clock == Clock::Local ? static_cast<double>(offsetAt(second)) * kSecond : 0;
+    }
+
+    std::string write(UDate instant) const {
         UnicodeString text;
         std::string utf8;
         if (format) {
-            format->format(milliseconds, text).toUTF8String(utf8);
+            format->format(instant + offset(instant, localOffset), text).toUTF8String(utf8);
         }
         return utf8;
     }
@@ -142,15 +135,15 @@ DateFormatter::DateFormatter(DateStyle dateStyle, DateStyle timeStyle) {
         format.reset(icu::DateFormat::createDateTimeInstance(
             styleOf(dateStyle), styleOf(timeStyle), userLocale()));
     }
-    state_ = std::make_unique<State>(std::move(format), std::make_unique<SystemTimeZone>());
+    state_ = std::make_unique<State>(std::move(format), State::Clock::Local);
 }
 
 DateFormatter DateFormatter::localPattern(std::string_view pattern) {
     icu::Locale locale = userLocale();
     UErrorCode ignored = U_ZERO_ERROR;
     locale.setKeywordValue("numbers", "latn", ignored);
-    return DateFormatter(std::make_unique<State>(patternFormat(pattern, locale),
-                                                 std::make_unique<SystemTimeZone>()));
+    return DateFormatter(
+        std::make_unique<State>(patternFormat(pattern, locale), State::Clock::Local));
 }
 
 DateFormatter DateFormatter::exchangePattern(std::string_view pattern) {
@@ -162,8 +155,7 @@ DateFormatter DateFormatter::exchangePattern(std::string_view pattern) {
     if (format && U_SUCCESS(status)) {
         format->adoptCalendar(calendar.release());
     }
-    return DateFormatter(std::make_unique<State>(
-        std::move(format), std::unique_ptr<icu::TimeZone>(icu::TimeZone::getGMT()->clone())));
+    return DateFormatter(std::make_unique<State>(std::move(format), State::Clock::Utc));
 }
 
 DateFormatter::~DateFormatter() = default;
@@ -182,15 +174,15 @@ std::optional<double> DateFormatter::dateFromString(std::string_view text) const
         return std::nullopt;
     }
     UErrorCode status = U_ZERO_ERROR;
-    const UDate milliseconds = state_->format->parse(
-        UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())}), status);
-    // The parser takes less than a full text, and one digit for two; only what reads back the same
-    // is a match.
-    if (U_FAILURE(status) || milliseconds / kSecond != heldInstant(milliseconds / kSecond) ||
-        state_->write(milliseconds) != text) {
+    const UDate clock = state_->format->parse(unicode(text), status);
+    const UDate instant = clock - state_->offset(clock, offsetOfClock);
+    // The parser accepts texts that it reads only in part, and one digit in place of two. So a text
+    // counts only if it is what the instant is written as.
+    if (U_FAILURE(status) || instant / kSecond != heldInstant(instant / kSecond) ||
+        state_->write(instant) != text) {
         return std::nullopt;
     }
-    return milliseconds / kSecond;
+    return instant / kSecond;
 }
 
 }  // namespace quillet::platform
