@@ -12,15 +12,16 @@ namespace {
 
 constexpr std::int64_t kDay = 86400;  // seconds
 
-// The C library has a lock of its own, but one that the thread sanitizer does not see.
+// The C library has its own lock, but the thread sanitizer does not see that one.
 std::mutex& zoneLock() {
     static std::mutex mutex;
     return mutex;
 }
 
-// What the clock shows, in seconds since it showed 1970-01-01 00:00:00.
+// What the clock shows, in seconds since it showed 1970-01-01 00:00:00. Done here because timegm()
+// would add the leap seconds of a zone that counts them.
 std::int64_t clockSeconds(const std::tm& local) {
-    // Counted from a year that is far enough back for every division to have a positive number.
+    // The count starts so many years back that all divided numbers are positive.
     constexpr std::int64_t kEras = 10'000'000;  // of 400 years
     constexpr std::int64_t kDaysOfEra = 146'097;
     constexpr std::int64_t kDaysUntil1970 = 719'162;
@@ -35,7 +36,7 @@ std::int64_t clockSeconds(const std::tm& local) {
 struct Moment {
     std::int64_t instant = 0;
     std::int64_t offset = 0;
-    std::int64_t day = 0;  // that the clock shows, counted from 1970-01-01
+    std::int64_t day = 0;  // shown by the clock, counted from 1970-01-01
 };
 
 Moment momentAt(std::int64_t instant) {
@@ -44,8 +45,8 @@ Moment momentAt(std::int64_t instant) {
     return {instant, offset, clock / kDay - (clock % kDay < 0 ? 1 : 0)};
 }
 
-// The first instant with the offset of `after`, where that of `before` differs. No zone changes its
-// clock twice within the two days that a day lasts at most.
+// The first instant with the offset of `after`, if `before` has another offset. A day lasts at most
+// two days, and no zone changes its clock twice in that time.
 std::int64_t changeBetween(std::int64_t before, std::int64_t after) {
     const std::int64_t offset = localOffset(after);
     while (after - before > 1) {
@@ -55,7 +56,7 @@ std::int64_t changeBetween(std::int64_t before, std::int64_t after) {
     return after;
 }
 
-// Where the run of instants of one day begins that leads to this moment.
+// The start of the run of instants around the moment that have its day.
 std::int64_t startOfDay(const Moment& moment) {
     const std::int64_t midnight = moment.day * kDay - moment.offset;
     const std::int64_t start =
@@ -64,7 +65,7 @@ std::int64_t startOfDay(const Moment& moment) {
     return before.day == moment.day ? startOfDay(before) : start;
 }
 
-// Where the run of instants of one day ends that begins with this moment.
+// The end of that run.
 std::int64_t endOfDay(const Moment& moment) {
     const std::int64_t midnight = (moment.day + 1) * kDay - moment.offset;
     const std::int64_t end = localOffset(midnight - 1) == moment.offset

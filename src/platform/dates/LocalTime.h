@@ -2,29 +2,29 @@
 
 #include <cstdint>
 
-// The system's local time as the C library tells it, so that it agrees with the desktop's clock
-// whatever zone data other libraries carry. The zone is TZ in all its forms, else the system's zone
-// file; what the C library cannot read counts as UTC. Instants are seconds since 1970-01-01
-// 00:00:00 UTC. Any thread.
+// The local time of the C library, which agrees with the desktop's clock whatever zone data other
+// libraries carry. The zone is TZ in all its forms, else the system's zone file. A zone that the C
+// library cannot read counts as UTC. Instants are seconds since 1970-01-01 00:00:00 UTC. Any
+// thread.
 namespace quillet::platform {
 
-// Has the C library look again which zone it is; in between it keeps the one that it knows.
+// Makes the C library look up the zone again. Until the next call it keeps the zone it knows.
 void refreshTimeZone();
 
-// The instant, at most 100,000,000 days away from 1970; every calendar stays quick up to there. NaN
-// counts as 0.
+// The instant, limited to 100,000,000 days before and after 1970: all calendars are fast in that
+// range. NaN becomes 0.
 double heldInstant(double instant);
 
-// Seconds by which the local clock is ahead of UTC at an instant.
+// Seconds that the local clock is ahead of UTC at an instant.
 std::int64_t localOffset(std::int64_t instant);
 
-// A local calendar day, or the piece of one that holds an instant where a clock is put back over
-// midnight a few minutes after it: [start, end). Follows the clock: a day may last 23 or 25 hours.
+// A local calendar day, [start, end). It may last 23 or 25 hours. Where the clock is put back
+// across midnight, a day comes in two pieces; then this is one piece.
 struct LocalDay {
     double start = 0;
     double end = 0;
 };
-// The day that holds the instant, as heldInstant gives it.
+// The day, or the piece of it, that contains heldInstant(instant).
 LocalDay localDayOf(double instant);
 
 }  // namespace quillet::platform
