@@ -1,53 +1,39 @@
 #include "platform/base/NotificationCenter.h"
 
+#include <algorithm>
 #include <atomic>
-#include <memory>
-#include <mutex>
+#include <iterator>
 #include <utility>
-#include <vector>
 
 namespace quillet::platform {
 
-namespace {
-
-struct Registration {
+struct NotificationCenter::Registration {
     const void* observer;
     std::string name;
-    NotificationCenter::Handler handler;
+    Handler handler;
     std::atomic<bool> removed{false};
 
-    Registration(const void* who, std::string_view what, NotificationCenter::Handler how)
+    Registration(const void* who, std::string_view what, Handler how)
         : observer(who), name(what), handler(std::move(how)) {}
 };
 
-}  // namespace
-
-struct NotificationCenter::State {
-    std::mutex mutex;
-    std::vector<std::shared_ptr<Registration>> registrations;
-};
-
 NotificationCenter& NotificationCenter::defaultCenter() {
-    // Never destroyed: observers with static lifetime may still remove themselves at the end.
+    // Never destroyed: static observers may still remove themselves at the end of the program.
     static auto* const center = new NotificationCenter;
     return *center;
 }
 
-NotificationCenter::NotificationCenter() : state_(std::make_unique<State>()) {}
-
-NotificationCenter::~NotificationCenter() = default;
-
 void NotificationCenter::addObserver(const void* observer, std::string_view name, Handler handler) {
     auto registration = std::make_shared<Registration>(observer, name, std::move(handler));
-    const std::lock_guard lock(state_->mutex);
-    state_->registrations.push_back(std::move(registration));
+    const std::lock_guard lock(mutex_);
+    registrations_.push_back(std::move(registration));
 }
 
 void NotificationCenter::removeObserver(const void* observer) {
-    // The handlers end outside the lock, since what they hold may come back here.
+    // The handlers are destroyed without the lock: what they hold may call this center.
     std::vector<std::shared_ptr<Registration>> dropped;
-    const std::lock_guard lock(state_->mutex);
-    std::erase_if(state_->registrations, [&](const std::shared_ptr<Registration>& registration) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(registrations_, [&](const auto& registration) {
         if (registration->observer != observer) {
             return false;
         }
@@ -60,12 +46,11 @@ void NotificationCenter::removeObserver(const void* observer) {
 void NotificationCenter::postNotification(std::string_view name, std::any object) {
     std::vector<std::shared_ptr<Registration>> called;
     {
-        const std::lock_guard lock(state_->mutex);
-        for (const auto& registration : state_->registrations) {
-            if (registration->name == name) {
-                called.push_back(registration);
-            }
-        }
+        const std::lock_guard lock(mutex_);
+        std::copy_if(registrations_.begin(),
+                     registrations_.end(),
+                     std::back_inserter(called),
+                     [=](const auto& registration) { return registration->name == name; });
     }
     const Notification notification{std::string(name), std::move(object)};
     for (const auto& registration : called) {

@@ -1,9 +1,9 @@
 #include "platform/base/StandardError.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <iterator>
+#include <utility>
 
 #include "platform/base/Utf8.h"
 
@@ -11,43 +11,28 @@ namespace quillet::platform {
 
 namespace {
 
-// Line and paragraph separators, and what turns the direction of a text.
-constexpr std::uint32_t kDisturbing[] = {0x061C,
-                                         0x200E,
-                                         0x200F,
-                                         0x2028,
-                                         0x2029,
-                                         0x202A,
-                                         0x202B,
-                                         0x202C,
-                                         0x202D,
-                                         0x202E,
-                                         0x2066,
-                                         0x2067,
-                                         0x2068,
-                                         0x2069};
+// First and last of each run: controls, line and paragraph separators, and what turns the direction
+// of a text.
+constexpr std::pair<std::string_view, std::string_view> kDisturbing[] = {
+    {{}, "\x1F"},
+    {"\x7F", "\u009F"},
+    {"\u061C", "\u061C"},
+    {"\u200E", "\u200F"},
+    {"\u2028", "\u202E"},
+    {"\u2066", "\u2069"},
+};
 
-// The number of a character of valid UTF-8.
-std::uint32_t codeOf(std::string_view character) {
-    const auto lead = static_cast<unsigned char>(character[0]);
-    std::uint32_t code = character.size() == 1 ? lead : lead & (0x3FU >> (character.size() - 1));
-    for (const char byte : character.substr(1)) {
-        code = (code << 6U) | (static_cast<unsigned char>(byte) & 0x3FU);
-    }
-    return code;
-}
-
+// UTF-8 sorts like the numbers of its characters.
 bool disturbs(std::string_view character) {
-    const std::uint32_t code = codeOf(character);
-    const bool isControl = code < 0x20 || (code >= 0x7F && code < 0xA0);
-    return isControl ||
-           std::find(std::begin(kDisturbing), std::end(kDisturbing), code) != std::end(kDisturbing);
+    return std::any_of(std::begin(kDisturbing), std::end(kDisturbing), [=](const auto& run) {
+        return run.first <= character && character <= run.second;
+    });
 }
 
 }  // namespace
 
 std::string printableLine(std::string_view text) {
-    // Most lines are plain, and a hostile file makes tens of thousands of them.
+    // The quick way for most lines: a hostile file causes tens of thousands of them.
     const auto isPlain = [](char character) { return character >= ' ' && character <= '~'; };
     if (std::all_of(text.begin(), text.end(), isPlain)) {
         return std::string(text);

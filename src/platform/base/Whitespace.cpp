@@ -1,8 +1,5 @@
 #include "platform/base/Whitespace.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace quillet::platform {
 
 namespace {
@@ -16,27 +13,14 @@ constexpr std::string_view kSpaces[] = {
 }  // namespace
 
 std::string_view trimmingWhitespaceAndNewlines(std::string_view text) noexcept {
-    const auto* const none = std::end(kSpaces);
-    for (;;) {
-        const auto* const space =
-            std::find_if(std::begin(kSpaces), none, [text](std::string_view candidate) {
-                return text.starts_with(candidate);
-            });
-        if (space == none) {
-            break;
+    for (std::size_t before = text.size() + 1; text.size() < before;) {
+        before = text.size();
+        for (const std::string_view space : kSpaces) {
+            text.remove_prefix(text.starts_with(space) ? space.size() : 0);
+            text.remove_suffix(text.ends_with(space) ? space.size() : 0);
         }
-        text.remove_prefix(space->size());
     }
-    for (;;) {
-        const auto* const space =
-            std::find_if(std::begin(kSpaces), none, [text](std::string_view candidate) {
-                return text.ends_with(candidate);
-            });
-        if (space == none) {
-            return text;
-        }
-        text.remove_suffix(space->size());
-    }
+    return text;
 }
 
 }  // namespace quillet::platform
