@@ -5,8 +5,7 @@
 
 namespace quillet::platform {
 
-// An atomic property: the getter returns the whole current value, the setter replaces it whole,
-// safe against each other on any threads.
+// An atomic property: any threads may get and set the whole value at the same time.
 template <typename Value>
 class Atomic {
 public:
@@ -25,10 +24,10 @@ public:
             const std::lock_guard lock(mutex_);
             std::swap(value_, value);
         }
-        // The old value ends here, outside the lock: its destructor may be long.
+        // The old value is destroyed here, without the lock: its destructor may be slow.
     }
 
-    // Replaces the value by `change` of it; nobody sets another one in between.
+    // Replaces the value by change(value); nobody can set the value in between.
     template <typename Change>
     void update(Change change) {
         Value old;

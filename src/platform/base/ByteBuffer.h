@@ -6,9 +6,9 @@
 
 namespace quillet::platform {
 
-// Bytes whose storage is kept when the contents are replaced, for reading many files in turn.
-// Behind the last byte stand kPadding zero bytes, so that a scanner may look ahead of the end in
-// whole words. Not thread-safe.
+// Bytes that keep their storage when the contents are replaced, for reading many files in turn.
+// kPadding zero bytes follow the data, so that a scanner may read whole words at the end. Not
+// thread-safe.
 class ByteBuffer {
 public:
     static constexpr std::size_t kPadding = 64;
@@ -22,7 +22,7 @@ public:
     std::string_view view() const noexcept { return {data(), size_}; }
 
     void assign(std::string_view bytes);
-    // Sets the size; the first min(old, new) bytes are kept, further ones are uninitialised.
+    // Keeps the first min(old, new) bytes; further bytes are uninitialised.
     void resize(std::size_t size);
 
 private:

@@ -5,9 +5,8 @@
 
 namespace quillet::platform {
 
-// The platform's exception: a value that has no conversion to what was asked for, an operation
-// on the wrong kind of object. Guards catch this type alone; std::bad_alloc and everything else
-// pass them.
+// The platform's exception, for a value that cannot be converted and an operation on the wrong kind
+// of object. Guards catch only this type; std::bad_alloc and all others pass through.
 class Exception : public std::exception {
 public:
     explicit Exception(std::string reason) : reason_(std::move(reason)) {}

@@ -15,7 +15,7 @@ struct State {
     Log::Sink sink;
 };
 
-// Never destroyed: threads may log until the very end.
+// Never destroyed: threads may log until the process ends.
 State& state() {
     static auto* const instance = new State;
     return *instance;

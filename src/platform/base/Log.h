@@ -7,19 +7,19 @@
 
 namespace quillet::platform {
 
-// The platform log: one line a call, without levels. Any thread.
+// The platform log: one line per call, without levels. Any thread.
 class Log {
 public:
     using Sink = std::function<void(const std::string& line)>;
 
-    // Writes formatText(format, arguments) as one line. It goes to standard error, which the
-    // session's journal keeps (see writeErrorLine).
+    // Writes formatText(format, arguments) as one line to standard error (see writeErrorLine),
+    // which the session's journal records.
     static void write(std::string_view format,
                       std::initializer_list<std::string_view> arguments = {});
 
-    // Sends every further line to `sink` instead (an empty sink: back to standard error) and
-    // returns the sink replaced. The sink gets the line as it was formed and is called with the
-    // log's lock held, so it must not write to the log.
+    // Sends all further lines to `sink`, or to standard error again if it is empty, and returns the
+    // replaced sink. The sink gets lines unchanged. It must not write to the log: it is called with
+    // the log's lock held.
     static Sink setSink(Sink sink);
 };
 

@@ -38,7 +38,7 @@ std::string quoted(std::string_view text) {
     return "\"" + std::string(text) + "\"";
 }
 
-// The option as the help names it.
+// The option as the help shows it.
 std::string titleOf(const ProgramOption& option) {
     std::string title = option.letter != '\0' ? std::string("-") + option.letter + ", " : "    ";
     title.append("--").append(option.name);
@@ -47,7 +47,7 @@ std::string titleOf(const ProgramOption& option) {
 
 using Rows = std::vector<std::pair<std::string, std::string_view>>;
 
-// A title and two columns: names, and beside each its meaning, which may have several lines.
+// A title and two columns: names and their meanings, which may have several lines.
 std::string table(const char* title, const Rows& rows) {
     std::size_t width = 0;
     for (const auto& row : rows) {
@@ -109,7 +109,7 @@ public:
         return word;
     }
 
-    // Calls `take` with the name and the value of each option that the word holds.
+    // Calls `take` with each option of the word and its value.
     template <typename Take>
     void readOptions(std::string_view word, Take take) {
         if (word.starts_with("--")) {
@@ -130,7 +130,7 @@ private:
         if (option.value == nullptr && hasValue) {
             throw UsageError{quoted(typed) + " takes no value"};
         }
-        take(option, hasValue ? word.substr(equals + 1) : valueBehind(typed, option));
+        take(option, hasValue ? word.substr(equals + 1) : valueAfter(typed, option));
     }
 
     template <typename Take>
@@ -144,7 +144,7 @@ private:
                 take(option, word.substr(at + 1));
                 return;
             }
-            take(option, valueBehind(typed, option));
+            take(option, valueAfter(typed, option));
         }
     }
 
@@ -157,7 +157,7 @@ private:
         return *found;
     }
 
-    std::string_view valueBehind(std::string_view typed, const ProgramOption& option) {
+    std::string_view valueAfter(std::string_view typed, const ProgramOption& option) {
         if (option.value == nullptr) {
             return {};
         }

@@ -4,7 +4,7 @@
 
 namespace quillet::platform {
 
-// Runs blocks later. Any thread may schedule.
+// Runs blocks later. Any thread may add a block.
 class Queue {
 public:
     using Block = std::function<void()>;

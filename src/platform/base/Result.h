@@ -7,12 +7,12 @@
 
 namespace quillet::platform {
 
-// A value, or the Error that took its place. Reading the one that is not there is a programming
-// error (std::bad_variant_access).
+// A value or an Error. Reading the one that is missing is a programming error and throws
+// std::bad_variant_access.
 template <typename Value>
 class [[nodiscard]] Result {
 public:
-    // Implicit, so that either reads as a plain return.
+    // Implicit, so that functions can return either directly.
     Result(Value value) : state_(std::in_place_index<0>, std::move(value)) {}
     Result(Error error) : state_(std::in_place_index<1>, std::move(error)) {}
 

@@ -32,7 +32,7 @@ bool disturbs(std::string_view character) {
 }  // namespace
 
 std::string printableLine(std::string_view text) {
-    // The quick way for most lines: a hostile file causes tens of thousands of them.
+    // Most lines take this fast path; a hostile file causes tens of thousands of them.
     const auto isPlain = [](char character) { return character >= ' ' && character <= '~'; };
     if (std::all_of(text.begin(), text.end(), isPlain)) {
         return std::string(text);

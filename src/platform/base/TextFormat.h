@@ -12,7 +12,7 @@ namespace quillet::platform {
 // "%%" becomes a percent sign.
 std::string formatText(std::string_view format, std::initializer_list<std::string_view> arguments);
 
-// The text that stands for an absent object in a format.
+// What formatText writes for an absent object.
 inline constexpr std::string_view kAbsentText = "(null)";
 
 }  // namespace quillet::platform
