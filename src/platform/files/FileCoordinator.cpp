@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/base/Result.h"
+#include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
 
 namespace quillet::platform {
@@ -16,9 +17,9 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kDataFolderItself = "%2E.lock";
 
-// The path with symbolic links followed as far as it exists, without "." and "..". Where they
-// cannot be followed (a circle, a folder that may not be entered), the path as it is spelled: what
-// cannot be reached has its lock nonetheless.
+// The path without "." and "..", with symbolic links followed as far as it exists. If they cannot
+// be followed (a circle, a folder that may not be entered), the path as it is spelled: an item that
+// cannot be reached has a lock too.
 std::string canonicalPath(const fs::path& path) {
     std::error_code failure;
     fs::path absolute = fs::absolute(path, failure);
@@ -37,8 +38,8 @@ std::string firstComponent(std::string_view below) {
     return std::string(below.substr(0, below.find('/')));
 }
 
-// The item that a path lies in, as the name of its entry in the data folder ("" for the folder
-// itself); none outside of it.
+// The entry of the data folder that the path is in ("" for the folder itself), or none if it is
+// outside.
 std::optional<std::string> itemBelow(const std::string& dataFolder,
                                      const std::string& path,
                                      const std::string& canonical) {
@@ -49,7 +50,7 @@ std::optional<std::string> itemBelow(const std::string& dataFolder,
     if (canonical.starts_with(prefix)) {
         return firstComponent(std::string_view(canonical).substr(prefix.size()));
     }
-    // An entry that is a symbolic link out of the data folder still is that entry.
+    // An entry may be a symbolic link that leads out of the data folder.
     std::error_code ignored;
     for (fs::path rest, parent = fs::absolute(path, ignored); parent.has_relative_path();
          parent = parent.parent_path()) {
@@ -61,7 +62,7 @@ std::optional<std::string> itemBelow(const std::string& dataFolder,
     return std::nullopt;
 }
 
-// Makes the folder of the lock files and returns the path of the item's.
+// Creates the folders for the item's lock file and returns its path.
 Result<std::string> lockFileOf(const std::optional<std::string>& dataFolder,
                                const std::string& path) {
     const Result<std::string> locks = FileLock::folder();
@@ -74,7 +75,7 @@ Result<std::string> lockFileOf(const std::optional<std::string>& dataFolder,
         if (const auto item = itemBelow(canonicalFolder, path, canonical)) {
             const std::string folder =
                 Path::appendingPathComponent(locks.value(), FileLock::nameFor(canonicalFolder, ""));
-            if (auto error = makeLockFolder(folder)) {
+            if (auto error = FileManager::createFolder(folder)) {
                 return *std::move(error);
             }
             return Path::appendingPathComponent(
@@ -91,30 +92,22 @@ FileCoordinator::FileCoordinator(std::optional<std::string> dataFolder)
 
 std::optional<Error> FileCoordinator::coordinateReading(const std::optional<std::string>& path,
                                                         const Accessor& accessor) const {
-    return coordinate(path, FileLock::Access::Shared, accessor);
+    return coordinate(path, FileLock::Access::Shared, Waiting::Allowed, accessor);
 }
 
 std::optional<Error> FileCoordinator::coordinateWriting(const std::optional<std::string>& path,
                                                         const Accessor& accessor) const {
-    return coordinate(path, FileLock::Access::Exclusive, accessor);
+    return coordinate(path, FileLock::Access::Exclusive, Waiting::Allowed, accessor);
 }
 
 std::optional<Error> FileCoordinator::coordinateWritingIfFree(const std::string& path,
                                                               const Accessor& accessor) const {
-    const Result<std::string> lockFile = lockFileOf(dataFolder_, path);
-    if (!lockFile) {
-        return lockFile.error();
-    }
-    const Result<FileLock> lock = FileLock::tryNow(lockFile.value(), FileLock::Access::Exclusive);
-    if (!lock) {
-        return lock.error();
-    }
-    accessor(path);
-    return std::nullopt;
+    return coordinate(path, FileLock::Access::Exclusive, Waiting::Refused, accessor);
 }
 
 std::optional<Error> FileCoordinator::coordinate(const std::optional<std::string>& path,
                                                  FileLock::Access access,
+                                                 Waiting waiting,
                                                  const Accessor& accessor) const {
     if (!path) {
         return posixError(EINVAL, "there is no path to coordinate");
@@ -123,7 +116,9 @@ std::optional<Error> FileCoordinator::coordinate(const std::optional<std::string
     if (!lockFile) {
         return lockFile.error();
     }
-    const Result<FileLock> lock = FileLock::wait(lockFile.value(), access, *path);
+    const Result<FileLock> lock = waiting == Waiting::Allowed
+                                      ? FileLock::wait(lockFile.value(), access, *path)
+                                      : FileLock::tryNow(lockFile.value(), access);
     if (!lock) {
         return lock.error();
     }

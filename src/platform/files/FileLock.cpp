@@ -35,12 +35,8 @@ std::string hashedName(std::string_view bytes) {
     return name;
 }
 
-int operationFor(FileLock::Access access) {
-    return access == FileLock::Access::Shared ? LOCK_SH : LOCK_EX;
-}
-
 Result<FileDescriptor> openLockFile(const std::string& path) {
-    // Without O_NONBLOCK a FIFO would be waited for.
+    // O_NONBLOCK: opening a FIFO must not wait.
     FileDescriptor file(uninterrupted([&] {
         return ::open(path.c_str(),
                       O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
@@ -56,8 +52,8 @@ Result<FileDescriptor> openLockFile(const std::string& path) {
     return file;
 }
 
-// Somebody may have swept the file away before it was locked: the next one to come would lock
-// another file.
+// Whether the open file still is the one at the path. If it was removed before it was locked, the
+// next program locks another file.
 bool isFileAt(const std::string& path, int file) {
     struct stat opened {};
     struct stat named {};
@@ -67,8 +63,8 @@ bool isFileAt(const std::string& path, int file) {
 
 }  // namespace
 
-// An open lock file. The thread that wants its lock shares it with the one that waits in the
-// kernel; the lock of a wait that was given up goes with the latter.
+// An open lock file, shared by the thread that wants its lock and the one that waits in the kernel.
+// The latter releases the lock of a wait that was given up.
 class FileLock::File {
 public:
     static constexpr int kNone = -1;
@@ -79,14 +75,14 @@ public:
     ~File() { unlock(); }
 
     int descriptor() const { return file_.get(); }
-    // Takes the lock, waiting in the kernel unless LOCK_NB is given; 0 or the errno value.
+    // Takes the lock; waits in the kernel unless LOCK_NB is set. Returns 0 or the errno value.
     int lock(int operation) const {
         return uninterrupted([&] { return ::flock(file_.get(), operation); }) == 0 ? 0 : errno;
     }
-    // Closing alone would leave the lock with a child that was forked meanwhile.
+    // Closing alone would leave the lock to a child that was forked meanwhile.
     void unlock() const { ::flock(file_.get(), LOCK_UN); }
 
-    // Lets another thread wait for the lock; false where the system has none to give.
+    // Starts a thread that waits for the lock; false if the system cannot start one.
     static bool startWait(const std::shared_ptr<File>& file, int operation) {
         file->over_ = FileDescriptor(::eventfd(0, EFD_CLOEXEC));
         if (!file->over_) {
@@ -103,7 +99,9 @@ public:
         return true;
     }
     int over() const { return over_.get(); }
-    int outcome() const { return outcome_; }  // of the wait: kNone before its end, as lock()
+    int outcome() const {
+        return outcome_;
+    }  // what lock() returned to the waiting thread, or kNone
 
 private:
     FileDescriptor file_;
@@ -115,34 +113,30 @@ FileLock::FileLock(std::shared_ptr<File> file) : file_(std::move(file)) {}
 
 FileLock::~FileLock() {
     if (file_) {
-        file_->unlock();  // the thread that has waited may still hold the file
+        file_->unlock();  // the thread that waited may still own the file
     }
 }
 
 Result<FileLock> FileLock::tryNow(const std::string& path, Access access) {
-    for (;;) {
-        Result<FileDescriptor> opened = openLockFile(path);
-        if (!opened) {
-            return opened.error();
-        }
-        const auto file = std::make_shared<File>(std::move(opened.value()));
-        if (const int failure = file->lock(operationFor(access) | LOCK_NB)) {
-            return posixError(failure, path);
-        }
-        if (isFileAt(path, file->descriptor())) {
-            return FileLock(file);
-        }
-    }
+    return take(path, access, nullptr);
 }
 
 Result<FileLock> FileLock::wait(const std::string& path, Access access, const std::string& item) {
+    return take(path, access, &item);
+}
+
+Result<FileLock> FileLock::take(const std::string& path, Access access, const std::string* item) {
     for (;;) {
         Result<FileDescriptor> opened = openLockFile(path);
         if (!opened) {
             return opened.error();
         }
         const auto file = std::make_shared<File>(std::move(opened.value()));
-        const int failure = waitFor(file, operationFor(access), item);
+        const int operation = access == Access::Shared ? LOCK_SH : LOCK_EX;
+        int failure = file->lock(operation | LOCK_NB);
+        if (failure == EWOULDBLOCK && item != nullptr) {
+            failure = waitFor(file, operation, *item);
+        }
         if (failure == ECANCELED) {
             return posixError(failure, "the program ends while another one holds " + path);
         }
@@ -156,10 +150,6 @@ Result<FileLock> FileLock::wait(const std::string& path, Access access, const st
 }
 
 int FileLock::waitFor(const std::shared_ptr<File>& file, int operation, const std::string& item) {
-    const int failure = file->lock(operation | LOCK_NB);
-    if (failure != EWOULDBLOCK) {
-        return failure;
-    }
     if (areLockWaitsEnded()) {
         return ECANCELED;
     }
@@ -177,7 +167,7 @@ Result<std::string> FileLock::folder() {
         return runtime.error();
     }
     std::string folder = Path::appendingPathComponent(runtime.value(), "quillet");
-    if (auto error = makeLockFolder(folder)) {
+    if (auto error = FileManager::createFolder(folder)) {
         return *std::move(error);
     }
     return folder;
@@ -198,13 +188,6 @@ std::string FileLock::nameFor(std::string_view bytes, std::string_view suffix) {
         name = hashedName(bytes);
     }
     return name.append(suffix);
-}
-
-std::optional<Error> makeLockFolder(const std::string& folder) {
-    if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-        return posixError(errno, folder);
-    }
-    return std::nullopt;
 }
 
 }  // namespace quillet::platform

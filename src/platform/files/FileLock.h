@@ -10,27 +10,27 @@
 
 namespace quillet::platform {
 
-// A kernel lock (flock) on a file of the user's own, which is made where it is missing. It is let
-// go with the object and with the process. Any thread.
+// A kernel lock (flock) on a file of the user, which is created if it is missing. The lock ends
+// with the object and with the process. Any thread.
 class FileLock {
 public:
     enum class Access { Shared, Exclusive };
 
-    // The lock at once. An error where somebody holds it (EWOULDBLOCK), where the file cannot be
-    // made or opened, and where it is no regular file, which is never waited for.
+    // Takes the lock at once. It is an error if the lock is held elsewhere (EWOULDBLOCK), if the
+    // file cannot be created or opened, and if it is not a regular file. Never waits.
     static Result<FileLock> tryNow(const std::string& path, Access access);
 
-    // Waits for the lock as LockWait.h tells, or not at all after endLockWaits(): then a lock that
-    // somebody holds is an error (ECANCELED). `item` is what the lock is for.
+    // Waits for the lock (see LockWait.h); `item` is the path of what the lock is for. After
+    // endLockWaits() a lock that is held elsewhere is an error (ECANCELED). Other errors as above.
     static Result<FileLock> wait(const std::string& path, Access access, const std::string& item);
 
-    // The folder of all lock files, "quillet" in the runtime folder (see FileManager), which is
-    // made with mode 0700. An error names the folder that cannot be made.
+    // Creates the folder of all lock files, "quillet" in the runtime folder (see FileManager), with
+    // mode 0700 and returns its path. An error names the folder that cannot be created.
     static Result<std::string> folder();
 
-    // A file name that stands for `bytes` and ends in `suffix`: "%" is written as "%25" and "/" as
-    // "%2F"; a name that would be longer than 255 bytes is "%h" and the 64-bit FNV-1a hash of
-    // `bytes` in 16 lower-case hexadecimal digits.
+    // A file name for `bytes` that ends in `suffix`: "%" is written as "%25" and "/" as "%2F".
+    // Instead of a name longer than 255 bytes it is "%h", the 64-bit FNV-1a hash of `bytes` in 16
+    // lower-case hexadecimal digits, and `suffix`.
     static std::string nameFor(std::string_view bytes, std::string_view suffix = ".lock");
 
     FileLock(FileLock&&) noexcept = default;
@@ -41,12 +41,11 @@ private:
     class File;
     explicit FileLock(std::shared_ptr<File> file);
 
+    // Waits for `item`; does not wait if it is null.
+    static Result<FileLock> take(const std::string& path, Access access, const std::string* item);
     static int waitFor(const std::shared_ptr<File>& file, int operation, const std::string& item);
 
     std::shared_ptr<File> file_;
 };
-
-// Makes a folder of lock files (mode 0700) below one that exists; an existing one is no error.
-std::optional<Error> makeLockFolder(const std::string& folder);
 
 }  // namespace quillet::platform

@@ -1,5 +1,6 @@
 #include "platform/files/LockWait.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
@@ -12,16 +13,17 @@
 #include "platform/base/StandardError.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/Path.h"
+#include "platform/files/Uninterrupted.h"
 
 namespace quillet::platform {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{1};  // before a terminal is told
+constexpr std::chrono::seconds kPatience{1};  // before the user is told
 
 std::atomic<bool> isEnded = false;
 
-// Readable for ever once nobody is to wait any longer.
+// Becomes readable, and stays so, when all waits end.
 const FileDescriptor& ending() {
     static const auto* const descriptor =
         new FileDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
@@ -37,22 +39,14 @@ LockWaiter& currentWaiter() {
 
 bool LockWait::block(std::optional<std::chrono::milliseconds> limit) const {
     using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
+    const auto end = Clock::now() + limit.value_or(std::chrono::milliseconds::zero());
     std::array<pollfd, 2> events{{{descriptor_, POLLIN, 0}, {ending().get(), POLLIN, 0}}};
-    for (;;) {
-        int left = -1;  // milliseconds; without a limit
-        if (limit) {
-            const auto waited =
-                std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-            if (waited >= *limit) {
-                return false;
-            }
-            left = static_cast<int>((*limit - waited).count());
-        }
-        if (::poll(events.data(), events.size(), left) > 0) {
-            return true;
-        }
-    }
+    return uninterrupted([&] {
+               const auto left =
+                   std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+               return ::poll(
+                   events.data(), events.size(), limit ? std::max(static_cast<int>(left), 0) : -1);
+           }) > 0;
 }
 
 void setLockWaiter(LockWaiter waiter) {
@@ -69,7 +63,7 @@ void tellOfLongLockWaits(const char* program) {
     }
     setLockWaiter([program](const LockWait& wait) {
         if (!wait.block(kPatience)) {
-            // Whatever stands on the terminal's line so far is progress that goes on below.
+            // Overwrites the progress text on the terminal's line; progress goes on below.
             const std::string line = printableLine(
                 std::string(program) + ": waiting for the mail application to finish with \"" +
                 Path::lastPathComponent(wait.item()) + "\" …");

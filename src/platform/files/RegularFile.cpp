@@ -12,33 +12,31 @@ namespace quillet::platform {
 
 namespace {
 
-// The errno value that refuses a file of this mode, 0 for a regular file.
-int refusalOf(mode_t mode) {
-    if (S_ISREG(mode)) {
+// Why a file cannot be read, as an errno value; 0 for a regular file. `result` is what the system
+// returned with `found`.
+int failureOf(int result, const struct stat& found) {
+    if (result != 0) {
+        return errno;
+    }
+    if (S_ISREG(found.st_mode)) {
         return 0;
     }
-    return S_ISDIR(mode) ? EISDIR : EINVAL;
+    return S_ISDIR(found.st_mode) ? EISDIR : EINVAL;
 }
 
 }  // namespace
 
 Result<RegularFile> openRegularFile(const std::string& path) {
-    // The kind is asked before, since opening a FIFO or a device alone may wake whoever is at its
+    // The kind is checked before, since opening a FIFO or a device may wake up the program at its
     // other end, and again after, since the file may have been replaced meanwhile.
     struct stat found {};
-    if (::stat(path.c_str(), &found) != 0) {
-        return posixError(errno, path);
-    }
-    if (const int refusal = refusalOf(found.st_mode)) {
-        return posixError(refusal, path);
+    if (const int failure = failureOf(::stat(path.c_str(), &found), found)) {
+        return posixError(failure, path);
     }
     FileDescriptor file(uninterrupted(
         [&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY); }));
-    if (!file || ::fstat(file.get(), &found) != 0) {
-        return posixError(errno, path);
-    }
-    if (const int refusal = refusalOf(found.st_mode)) {
-        return posixError(refusal, path);
+    if (const int failure = file ? failureOf(::fstat(file.get(), &found), found) : errno) {
+        return posixError(failure, path);
     }
     return RegularFile{std::move(file),
                        static_cast<std::size_t>(std::max<off_t>(found.st_size, 0))};

@@ -8,14 +8,15 @@
 
 namespace quillet::platform {
 
-// An open regular file, and the length that the system tells of it: 0 for some that have contents.
+// An open regular file and the size that the system reports, which is 0 for some files with
+// contents.
 struct RegularFile {
     FileDescriptor file;
     std::size_t size = 0;  // bytes
 };
 
-// Opens a file for reading, symbolic links followed. What is no regular file is an error (EISDIR
-// for a folder, else EINVAL) and never waited for.
+// Opens a file for reading and follows symbolic links. Anything but a regular file is an error
+// (EISDIR for a folder, else EINVAL) and never waited for.
 Result<RegularFile> openRegularFile(const std::string& path);
 
 }  // namespace quillet::platform

@@ -4,30 +4,19 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 #include <utility>
 
-#include "platform/files/Path.h"
-
 namespace quillet::platform {
-
-namespace {
-
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-}  // namespace
 
 Result<TemporaryFile> TemporaryFile::beside(const std::string& path) {
     static std::atomic<unsigned> counter{0};
-    const std::string folder = folderOf(path);
     for (;;) {
-        // Short, so that it fits wherever the file's own name fits.
+        // Short, so that it is allowed wherever the file's own name is.
         const std::string name =
             ".quillet-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
-        std::string temporary = Path::appendingPathComponent(folder, name);
+        std::string temporary = std::filesystem::path(path).replace_filename(name).string();
         FileDescriptor file(
             ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (file) {
@@ -66,7 +55,7 @@ std::optional<Error> TemporaryFile::moveTo(const std::string& path) {
     if (auto error = close()) {
         return error;
     }
-    // A hard link is the one way that every system has; some file systems have none.
+    // A hard link is the only way that all systems know, but some file systems have none.
     if (::link(path_.c_str(), path.c_str()) == 0) {
         return std::nullopt;
     }
@@ -79,7 +68,7 @@ std::optional<Error> TemporaryFile::moveTo(const std::string& path) {
     return replace(path);
 }
 
-// Some file systems tell only now that the disk was full.
+// Some file systems report a full disk only here.
 std::optional<Error> TemporaryFile::close() {
     if (file_ && ::close(file_.release()) != 0) {
         return posixError(errno, path_);

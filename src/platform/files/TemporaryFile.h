@@ -9,12 +9,12 @@
 
 namespace quillet::platform {
 
-// A new file that is filled beside the place where it will stand, so that nobody ever sees half of
-// it. Its name begins with "."; it is removed at the end unless it was put in its place.
+// A new file that is written in the folder of its future place, so that nobody ever sees half of
+// it. Its name begins with ".". The destructor removes it unless it was moved to its place.
 class TemporaryFile {
 public:
-    // An empty file in the folder of `path`, open for writing. Its mode is 0666 less the process's
-    // file mode mask.
+    // Creates an empty file in the folder of `path`, open for writing. Its mode is 0666 less the
+    // process's file mode mask.
     static Result<TemporaryFile> beside(const std::string& path);
 
     TemporaryFile(TemporaryFile&& other) noexcept;
@@ -23,9 +23,9 @@ public:
 
     int descriptor() const noexcept { return file_.get(); }
 
-    // Closes the file and puts it at `path`, in place of what stands there.
+    // Closes the file and moves it to `path`, replacing what is there.
     std::optional<Error> replace(const std::string& path);
-    // Closes the file and puts it at `path`; an error (EEXIST) where anything stands there.
+    // Closes the file and moves it to `path`. EEXIST if anything is there.
     std::optional<Error> moveTo(const std::string& path);
 
 private:
@@ -34,7 +34,7 @@ private:
     std::optional<Error> close();
 
     FileDescriptor file_;
-    std::string path_;  // empty once the file is in its place
+    std::string path_;  // empty when the file is in its place
 };
 
 }  // namespace quillet::platform
