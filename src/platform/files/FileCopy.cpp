@@ -13,24 +13,24 @@ namespace quillet::platform::FileManager {
 
 namespace {
 
-constexpr std::size_t kLargestStep = std::size_t{1} << 30;  // bytes a system call
+constexpr std::size_t kLargestStep = std::size_t{1} << 30;  // bytes per system call
 
-// Copies up to `size` bytes from the files' places on; the bytes copied, or a negative number with
-// errno set.
+// Copies up to `size` bytes at the files' positions. Returns the number of bytes copied, or a
+// negative number with errno set.
 ssize_t copyStep(int from, int to, std::size_t size) {
-    // Shares the blocks where the file system can, and copies on the server where it is remote.
+    // Shares blocks if the file system can, and copies on the server if it is remote.
     const ssize_t copied =
         uninterrupted([&] { return ::copy_file_range(from, nullptr, to, nullptr, size, 0); });
     const bool refused = copied < 0 && (errno == EXDEV || errno == EINVAL || errno == EOPNOTSUPP ||
                                         errno == ENOSYS || errno == EPERM);
-    // Files that the system makes up seem to be at their end at once.
+    // For files that the system makes up, such as /proc/meminfo, it copies nothing.
     if (copied > 0 || (copied < 0 && !refused)) {
         return copied;
     }
     return uninterrupted([&] { return ::sendfile(to, from, nullptr, size); });
 }
 
-// Copies what the file held when it was opened. Of one that tells no size, all that there is.
+// Copies the contents that the file had when it was opened; all that there is if its size is 0.
 std::optional<Error> copyContents(const RegularFile& source,
                                   int destination,
                                   const std::string& path) {

@@ -4,11 +4,11 @@
 
 namespace quillet::platform {
 
-// Owns an open file of the operating system and closes it at the end.
+// Owns an open file descriptor and closes it in the destructor.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
-    // Takes over `descriptor`; a negative one (what a failed call answers) is none.
+    // Takes ownership. A negative descriptor, from a failed call, means none.
     explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
     FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(other.release()) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
@@ -19,7 +19,7 @@ public:
 
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
     int get() const noexcept { return descriptor_; }
-    // Gives the ownership away.
+    // Gives up ownership.
     int release() noexcept { return std::exchange(descriptor_, -1); }
 
 private:

@@ -23,13 +23,13 @@ namespace quillet::platform::FileManager {
 
 namespace {
 
-// What stands at the path; false for nothing. The system would take a path up to its first zero
-// byte for another one.
+// The status of what is at the path; false if nothing is. A path with a zero byte names nothing:
+// the system would read it up to there only.
 bool status(const std::string& path, struct stat& found) {
     return path.find('\0') == std::string::npos && ::stat(path.c_str(), &found) == 0;
 }
 
-// An environment variable that names an absolute path; none otherwise.
+// The absolute path in an environment variable, or none.
 std::optional<std::string> absoluteVariable(const char* name) {
     const char* value = std::getenv(name);
     if (value == nullptr || value[0] != '/') {
@@ -38,30 +38,26 @@ std::optional<std::string> absoluteVariable(const char* name) {
     return value;
 }
 
-// Reads until the end of the file, wherever that is by now. The buffer is kept one byte longer
-// than what is expected, so that a file of the expected length needs no second buffer.
-std::optional<Error> readAll(int file, ByteBuffer& bytes, std::size_t expected, std::size_t limit) {
-    std::size_t used = 0;
-    bytes.resize(0);  // nothing of the old contents has to be moved
+// Reads to the end of the file, wherever that is by now. Returns 0 or the errno value. The buffer
+// is one byte longer than expected, so that a file of the expected size needs no second buffer.
+int readAll(int file, ByteBuffer& bytes, std::size_t expected, std::size_t limit) {
+    bytes.resize(0);  // so that the old contents are not moved
     bytes.resize(std::min(expected, limit) + 1);
-    for (;;) {
+    for (std::size_t used = 0;;) {
+        if (used > limit) {
+            return EFBIG;
+        }
         if (used == bytes.size()) {
-            if (used > limit) {
-                bytes.resize(0);
-                return posixError(EFBIG, "read");
-            }
             bytes.resize(std::min(2 * used, limit + 1));
         }
         const ssize_t count = uninterrupted(
             [&] { return ::read(file, bytes.mutableData() + used, bytes.size() - used); });
         if (count < 0) {
-            const int code = errno;
-            bytes.resize(0);
-            return posixError(code, "read");
+            return errno;
         }
         if (count == 0) {
             bytes.resize(used);
-            return std::nullopt;
+            return 0;
         }
         used += static_cast<std::size_t>(count);
     }
@@ -98,7 +94,7 @@ bool folderExists(const std::string& path) {
 
 std::optional<Error> checkFolder(const std::string& path) {
     struct stat found {};
-    errno = ENOENT;  // of a path with a zero byte, which nothing can have
+    errno = ENOENT;  // for a path with a zero byte
     if (!status(path, found)) {
         return posixError(errno, path);
     }
@@ -141,14 +137,14 @@ std::optional<Error> readFile(const std::string& path, ByteBuffer& bytes, std::s
         return posixError(EFBIG, path);
     }
     const std::size_t limit = std::min<std::size_t>(maximumSize, SSIZE_MAX - 1);
-    if (auto error = readAll(file.get(), bytes, size, limit)) {
-        return posixError(static_cast<int>(error->code), path);
+    if (const int failure = readAll(file.get(), bytes, size, limit)) {
+        return posixError(failure, path);
     }
     return std::nullopt;
 }
 
 std::optional<Error> writeFileAtomically(const std::string& path, std::string_view bytes) {
-    // A symbolic link keeps pointing to the file, which is what gets replaced.
+    // The target of a symbolic link is replaced, not the link.
     std::error_code ignored;
     const std::filesystem::path canonical = std::filesystem::canonical(path, ignored);
     const std::string target = canonical.empty() ? path : canonical.string();
@@ -208,7 +204,7 @@ std::optional<Error> removeItem(const std::string& path) {
 
 std::optional<std::string> containerPathForGroup(std::string_view group) {
     if (const char* container = std::getenv("QUILLET_CONTAINER")) {
-        std::error_code failure;  // of an empty path, or in a working folder that is gone
+        std::error_code failure;  // the path is empty, or the working folder is gone
         const std::filesystem::path path = std::filesystem::absolute(container, failure);
         return failure ? std::nullopt : std::optional(path.string());
     }
@@ -231,7 +227,7 @@ Result<std::string> temporaryFolder() {
     if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
         return posixError(errno, folder);
     }
-    // Somebody else may have put a symbolic link there: it is looked at, not followed.
+    // lstat, because another user may have put a symbolic link there.
     struct stat found {};
     if (::lstat(folder.c_str(), &found) != 0) {
         return posixError(errno, folder);

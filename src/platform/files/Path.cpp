@@ -4,7 +4,7 @@ namespace quillet::platform::Path {
 
 namespace {
 
-// The path without "/" at its end; the root keeps its one.
+// The path without "/" at its end; the root stays "/".
 std::string_view withoutTrailingSlashes(std::string_view path) {
     while (path.size() > 1 && path.back() == '/') {
         path.remove_suffix(1);

@@ -4,7 +4,7 @@
 
 namespace quillet::platform {
 
-// Repeats a system call that a signal has interrupted.
+// Repeats a system call as long as a signal interrupts it.
 template <typename Call>
 auto uninterrupted(Call call) {
     auto result = call();
