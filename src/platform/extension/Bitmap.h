@@ -6,8 +6,8 @@
 
 namespace quillet::platform {
 
-// An image object: rows of pixels from the top, each pixel four bytes: red, green, blue and alpha
-// (not multiplied into the colours), sRGB.
+// An image object: rows of pixels from the top, four bytes per pixel (red, green, blue and alpha,
+// not premultiplied), sRGB.
 struct Bitmap {
     static constexpr std::size_t kBytesPerPixel = 4;
 

@@ -31,12 +31,12 @@ std::string resourceFolder() {
     return (program.parent_path().parent_path() / "share" / "quillet-today").string();
 }
 
-// "pt_BR.UTF-8@x" without encoding and modifier.
+// The locale without encoding and modifier: "pt_BR" for "pt_BR.UTF-8@x".
 std::string_view languageOf(std::string_view locale) {
     return locale.substr(0, locale.find_first_of(".@"));
 }
 
-// The user's languages, the preferred one first.
+// The user's languages, most preferred first.
 std::vector<std::string_view> userLanguages() {
     std::string_view locale;
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
@@ -57,7 +57,7 @@ std::vector<std::string_view> userLanguages() {
     return languages;
 }
 
-// The names are part of a path, and come from the environment.
+// Language names come from the environment and become part of a path.
 bool isLanguageName(std::string_view name) {
     return !name.empty() && name.find('/') == std::string_view::npos && !name.starts_with('.');
 }
@@ -65,7 +65,7 @@ bool isLanguageName(std::string_view name) {
 }  // namespace
 
 Bundle& Bundle::main() {
-    // Never destroyed: texts may be asked for until the very end.
+    // Never destroyed: texts may be needed until the process ends.
     static auto* const bundle = new Bundle;
     return *bundle;
 }
@@ -86,7 +86,7 @@ Bundle::Bundle() : resources_(resourceFolder()) {
     }
 }
 
-// Adds the texts of the keys that no preferred language has a text for.
+// Adds the texts whose keys have no text in a more preferred language.
 void Bundle::addTranslations(const std::string& language) {
     const auto path = pathForResource("translations/" + language + ".plist");
     if (!path) {

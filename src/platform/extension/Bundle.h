@@ -7,34 +7,34 @@
 
 namespace quillet::platform {
 
-// What the running program brings along: its identifier, its texts in the user's language, its
+// What the running program comes with: its identifier, its texts in the user's language, its
 // resource files. Any thread.
 //
-// Resources lie in QUILLET_RESOURCES, else in ../share/quillet-today beside the program's folder.
-// Translations are the property lists translations/<language>.plist there: a dictionary from key
-// to text. The user's languages are those of LANGUAGE (a list with ":"), unless the locale is "C"
-// or "POSIX", then that of LC_ALL, LC_MESSAGES or LANG, the first that is set. For "pt_BR" a
-// translation for "pt_BR" is looked up before one for "pt". The keys are English, so nothing that
-// stands behind English in the user's list is looked at.
+// Resources are in the folder QUILLET_RESOURCES, else in ../share/quillet-today beside the
+// program's folder. Translations are property lists there, translations/<language>.plist: a
+// dictionary from key to text. The locale is LC_ALL, LC_MESSAGES or LANG, the first that is set.
+// The user's languages are those of LANGUAGE (separated by ":"), then the locale's; none if the
+// locale is unset, "C" or "POSIX". For "pt_BR" a text is looked up in "pt_BR" first, then in "pt".
+// The keys are English, so languages after English are ignored.
 class Bundle {
 public:
-    // The program's own bundle, set up on first use.
+    // The program's own bundle, created on first use.
     static Bundle& main();
 
-    // A bundle with the resources and the languages that the environment tells now.
+    // Takes resources and languages from the environment as it is now.
     Bundle();
     Bundle(const Bundle&) = delete;
     Bundle& operator=(const Bundle&) = delete;
 
-    // QUILLET_BUNDLE_IDENTIFIER when set (empty: none), else "it.tarno.quillet.today". Asked anew
-    // at each call.
+    // QUILLET_BUNDLE_IDENTIFIER if it is set (empty: none), else "it.tarno.quillet.today". Reads
+    // the environment at each call.
     std::optional<std::string> identifier() const;
 
-    // The text of `key` in the user's language. Without a translation: `fallback`, or the key
-    // itself where that is empty. The empty key gives `fallback`.
+    // The text of `key` in the user's language. Without a translation it is `fallback`, or the key
+    // if that is empty. For the empty key it is always `fallback`.
     std::string localizedString(std::string_view key, std::string_view fallback = {}) const;
 
-    // Path of a resource file such as "images/w_reply@2x.png", or none where it does not exist.
+    // The path of a resource file such as "images/w_reply@2x.png", or none if it does not exist.
     std::optional<std::string> pathForResource(std::string_view name) const;
 
 private:

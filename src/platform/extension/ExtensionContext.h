@@ -9,14 +9,14 @@
 
 namespace quillet::platform {
 
-// One thing that an extension was given: a text, attachments, or both.
+// One item that an extension received: a text, attachments, or both.
 struct ExtensionItem {
     std::optional<StyledText> attributedTitle;
     std::optional<StyledText> attributedContentText;
     std::vector<std::shared_ptr<ItemProvider>> attachments;
 };
 
-// What an extension was started with.
+// The input of an extension.
 struct ExtensionContext {
     std::vector<ExtensionItem> inputItems;
 };

@@ -12,10 +12,10 @@ namespace quillet::platform {
 
 namespace {
 
-// Elements that may stand in the middle of a word; all others part words.
-constexpr auto kOfWords = std::to_array<std::string_view>(
+// Elements that may be inside a word; all others separate words.
+constexpr auto kInsideWords = std::to_array<std::string_view>(
     {"a", "abbr", "b", "code", "em", "font", "i", "mark", "s", "small", "span", "strong", "u"});
-constexpr auto kUnseen = std::to_array<std::string_view>({"head", "script", "style", "title"});
+constexpr auto kInvisible = std::to_array<std::string_view>({"head", "script", "style", "title"});
 
 template <std::size_t size>
 bool contains(const std::array<std::string_view, size>& names, std::string_view name) {
@@ -26,7 +26,7 @@ bool isLetter(char character) {
     return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
 }
 
-// The name of an element at the start of a text, in lower case; "" for none.
+// The element name at the start of the text in lower case, or "".
 std::string nameAtStart(std::string_view text) {
     std::string name;
     for (const char character : text) {
@@ -39,23 +39,23 @@ std::string nameAtStart(std::string_view text) {
     return name;
 }
 
-// Cuts off what ends with the first `end`; everything where there is none.
-void skipBehind(std::string_view& text, std::string_view end) {
+// Removes everything up to and including the first `end`, or everything if `end` is missing.
+void skipPast(std::string_view& text, std::string_view end) {
     const std::size_t place = text.find(end);
     text.remove_prefix(place == std::string_view::npos ? text.size() : place + end.size());
 }
 
 void skipElement(std::string_view& html, const std::string& name) {
     do {
-        skipBehind(html, "</");
+        skipPast(html, "</");
     } while (!html.empty() && nameAtStart(html) != name);
-    skipBehind(html, ">");
+    skipPast(html, ">");
 }
 
-// Reads what begins with "<".
+// Reads the markup or the lone "<" at the start of `html`.
 void takeMarkup(std::string_view& html, std::string& text) {
     if (html.starts_with("<!--")) {
-        skipBehind(html, "-->");
+        skipPast(html, "-->");
         return;
     }
     const bool isEnd = html.starts_with("</");
@@ -65,16 +65,16 @@ void takeMarkup(std::string_view& html, std::string& text) {
         html.remove_prefix(1);
         return;
     }
-    skipBehind(html, ">");
-    if (!isEnd && contains(kUnseen, name)) {
+    skipPast(html, ">");
+    if (!isEnd && contains(kInvisible, name)) {
         skipElement(html, name);
     }
-    if (!contains(kOfWords, name)) {
+    if (!contains(kInsideWords, name)) {
         text += ' ';
     }
 }
 
-// Reads what begins with "&".
+// Reads the character reference or the lone "&" at the start of `html`.
 void takeReference(std::string_view& html, std::string& text) {
     constexpr std::string_view kNoBreakSpace = "&nbsp;";
     constexpr std::uint32_t kNoBreakSpaceCode = 0xA0;
@@ -103,7 +103,7 @@ std::string withSingleBlanks(std::string_view text) {
 }  // namespace
 
 std::string textOfHtml(std::string_view html) {
-    const ByteBuffer padded(html);  // references are read ahead
+    const ByteBuffer padded(html);  // the reader of references looks ahead
     std::string_view rest = padded.view();
     std::string text;
     while (!rest.empty()) {

@@ -12,14 +12,14 @@
 
 namespace quillet::platform {
 
-// Type identifiers that a provider can be asked for.
+// Type identifiers of items.
 inline constexpr std::string_view kUTTypeURL = "public.url";
 inline constexpr std::string_view kUTTypeImage = "public.image";
 
-// What an attachment turns out to be: a URL, the bytes of an image file, or an image object.
+// The item of an attachment: a URL, the bytes of an image file, or an image object.
 using Item = std::variant<URL, std::string, std::shared_ptr<const Bitmap>>;
 
-// One attachment of an extension's input, loaded when it is wanted.
+// One attachment of an extension's input, loaded on request.
 class ItemProvider {
 public:
     using Completion = std::function<void(const Result<Item>&)>;
@@ -29,23 +29,23 @@ public:
     ItemProvider& operator=(const ItemProvider&) = delete;
 
     virtual bool hasItemConformingToTypeIdentifier(std::string_view type) const = 0;
-    // Hands the item of that type, or why there is none, to `completion`: once, inside this call or
-    // later, on any thread. The provider may be let go of while it loads: what a load needs has to
-    // outlive it.
+    // Calls `completion` once with the item of that type or an error, inside this call or later, on
+    // any thread. The provider may be destroyed during the load, so the load must own what it
+    // needs.
     virtual void loadItem(std::string_view type, Completion completion) = 0;
 
 protected:
     ItemProvider() = default;
 };
 
-// A provider of an item that is there already; it answers inside the call.
+// A provider of an item that exists already; it calls `completion` inside loadItem.
 class ReadyItemProvider final : public ItemProvider {
 public:
-    // A URL is of the type kUTTypeURL, all else of the type kUTTypeImage.
+    // A URL has the type kUTTypeURL, any other item kUTTypeImage.
     explicit ReadyItemProvider(Item item);
 
     bool hasItemConformingToTypeIdentifier(std::string_view type) const override;
-    // An error (EINVAL) for a type that the item is not of.
+    // EINVAL for any type but the item's.
     void loadItem(std::string_view type, Completion completion) override;
 
 private:

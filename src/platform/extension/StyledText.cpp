@@ -46,14 +46,14 @@ public:
 private:
     void write(char byte) {
         if (const std::string_view escape = escapeOf(byte); !escape.empty()) {
-            // A line that ends in "\r\n" ends once; a lone "\r" ends a line too.
+            // "\r\n" is one line break, and so is a lone "\r".
             if (byte != '\n' || before_ != '\r') {
                 html_ += escape;
             }
         } else if (byte == '\r') {
             html_ += escapeOf('\n');
         } else if (byte == ' ' && (before_ == ' ' || before_ == '\n' || before_ == '\r')) {
-            html_ += "&#160;";  // HTML takes a run of blanks for one and drops those at a start
+            html_ += "&#160;";  // HTML would join several blanks and drop those at a line's start
         } else {
             html_ += byte;
         }

@@ -5,21 +5,22 @@
 
 namespace quillet::platform {
 
-// A text that can have a look: its characters and, where it has one, the HTML that says so. UTF-8.
+// A text that may have a format: its characters, and HTML if it has one. UTF-8.
 struct StyledText {
-    // A plain text in whose HTML each link (see LinkDetector.h) is one anchor.
+    // A plain text with HTML in which each link (see LinkDetector.h) is an anchor; without HTML if
+    // the text has no link.
     static StyledText withLinks(std::string string);
 
-    std::string string;               // without markup; may be left out where there is HTML
+    std::string string;               // without markup; may be empty if there is HTML
     std::optional<std::string> html;  // a whole document or a part of one
 
     bool hasHtml() const noexcept { return html && !html->empty(); }
     bool isEmpty() const noexcept { return !hasHtml() && string.empty(); }
 
-    // The text as HTML. What has HTML keeps it as it is: whoever shows it treats it like that of a
-    // stranger's message. A plain text keeps its characters, lines, blanks and tabulators.
+    // The text as HTML. Existing HTML is returned unchanged: whoever shows it must treat it like a
+    // stranger's message. In a plain text characters, line breaks, blanks and tabulators are kept.
     std::string htmlRepresentation() const;
-    // The text without markup, also where only its HTML is there; that is then read on one line.
+    // The text without markup. If there is only HTML, its text on one line (see HtmlText.h).
     std::string plainString() const;
 };
 
