@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,245 +15,211 @@ namespace quillet::test {
 namespace {
 
 namespace FileManager = platform::FileManager;
+
 using platform::ByteBuffer;
+using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 
-constexpr std::size_t kNoLimit = std::size_t{1} << 40;
+// The code of an operation's error, or 0.
+std::int64_t codeOf(const std::optional<platform::Error>& error) {
+    return error ? error->code : 0;
+}
 
-// The text of the file, or "error" and the error's code.
-std::string readText(const std::string& path, std::size_t limit = kNoLimit) {
-    ByteBuffer bytes;
-    if (const auto error = FileManager::readFile(path, bytes, limit)) {
-        return "error " + std::to_string(error->code);
+class FileManagerTest : public testing::Test {
+protected:
+    void link(const std::string& target, const std::string& name) const {
+        ASSERT_EQ(::symlink(target.c_str(), path(name).c_str()), 0);
     }
-    return std::string(bytes.view());
-}
-
-std::string errorText(int code) {
-    return "error " + std::to_string(code);
-}
-
-mode_t modeOf(const std::string& path) {
-    struct stat found {};
-    EXPECT_EQ(::stat(path.c_str(), &found), 0);
-    return found.st_mode & 07777U;
-}
-
-TEST(FileManager, OnlyRegularFilesAreReadAndNothingIsWaitedFor) {
-    const TemporaryFolder folder;
-    folder.writeFile("file", "text");
-    folder.writeFile("name \xFF", "not UTF-8");
-    folder.makeFolder("folder");
-    ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
-    ASSERT_EQ(::symlink("file", folder.path("link").c_str()), 0);
-    ASSERT_EQ(::symlink("fifo", folder.path("link to fifo").c_str()), 0);
-    ASSERT_EQ(::symlink("/dev/zero", folder.path("link to device").c_str()), 0);
-    const std::pair<std::string, std::string> cases[] = {
-        {"file", "text"},
-        {"name \xFF", "not UTF-8"},
-        {"link", "text"},
-        {"fifo", errorText(EINVAL)},
-        {"link to fifo", errorText(EINVAL)},
-        {"folder", errorText(EISDIR)},
-        {"link to device", errorText(EINVAL)},
-        {"missing", errorText(ENOENT)},
-    };
-    for (const auto& [name, expected] : cases) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(readText(folder.path(name)), expected);
+    void makeFolder(const std::string& name, mode_t mode) const {
+        ASSERT_EQ(::chmod(folder_.makeFolder(name).c_str(), mode), 0);
     }
+    // Absolute names stay, others are below the test's folder.
+    std::string path(const std::string& name) const {
+        return name.starts_with('/') ? name : folder_.path(name);
+    }
+    mode_t modeOf(const std::string& name) const {
+        struct stat found {};
+        EXPECT_EQ(::stat(path(name).c_str(), &found), 0);
+        return found.st_mode & 07777U;
+    }
+    // The text of the file, or the error's code.
+    std::string read(const std::string& name, std::size_t limit = 10'000'000) const {
+        ByteBuffer bytes;
+        const auto error = FileManager::readFile(path(name), bytes, limit);
+        return error ? std::to_string(error->code) : std::string(bytes.view());
+    }
+    std::int64_t write(const std::string& name, std::string_view text) const {
+        return codeOf(FileManager::writeFileAtomically(path(name), text));
+    }
+    std::int64_t copy(const std::string& from, const std::string& to) const {
+        return codeOf(FileManager::copyFile(path(from), path(to)));
+    }
+    std::vector<std::string> entries(const std::string& name = {}) const {
+        return FileManager::contentsOfFolder(path(name)).value();
+    }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F(FileManagerTest, OnlyRegularFilesAreReadToTheirEndOrTheLimitAndNothingIsWaitedFor) {
+    folder_.writeFile("name \xFF", "12345");
+    folder_.makeFolder("folder");
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    link("name \xFF", "link");
+    link("fifo", "link to fifo");
+    EXPECT_EQ(read("fifo"), std::to_string(EINVAL));
+    EXPECT_EQ(read("link to fifo"), std::to_string(EINVAL));
+    EXPECT_EQ(read("/dev/zero"), std::to_string(EINVAL));
+    EXPECT_EQ(read("folder"), std::to_string(EISDIR));
+    EXPECT_EQ(read("missing"), std::to_string(ENOENT));
+    EXPECT_EQ(read("name \xFF"), "12345");
+    EXPECT_EQ(read("link", 5), "12345");
+    EXPECT_EQ(read("link", 4), std::to_string(EFBIG));
+    EXPECT_THAT(read("/proc/self/status"), HasSubstr("Name:"));  // the system says 0 bytes
+    EXPECT_EQ(read("/proc/self/status", 4), std::to_string(EFBIG));
 }
 
-TEST(FileManager, AFileIsReadToItsEndOrItsLimitWhateverLengthTheSystemTells) {
-    const TemporaryFolder folder;
-    const std::string path = folder.writeFile("file", "12345");
-    EXPECT_EQ(readText(path, 5), "12345");
-    EXPECT_EQ(readText(path, 4), errorText(EFBIG));
-    EXPECT_THAT(readText("/proc/self/status"), testing::HasSubstr("Name:"));  // tells 0 bytes
-    EXPECT_EQ(readText("/proc/self/status", 4), errorText(EFBIG));
-}
-
-TEST(FileManager, ABufferHoldsTheLastFileAloneAndZerosBehindIt) {
-    const TemporaryFolder folder;
+TEST_F(FileManagerTest, ABufferHoldsTheLastFileAloneAndZerosBehindIt) {
     ByteBuffer bytes;
-    const std::string path = folder.writeFile("long", std::string(100'000, 'x'));
-    ASSERT_FALSE(FileManager::readFile(path, bytes, kNoLimit));
-    ASSERT_FALSE(FileManager::readFile(folder.writeFile("short", "ab"), bytes, kNoLimit));
+    const std::string large = folder_.writeFile("large", std::string(100'000, 'x'));
+    ASSERT_FALSE(FileManager::readFile(large, bytes, 100'000));
+    ASSERT_FALSE(FileManager::readFile(folder_.writeFile("small", "ab"), bytes, 2));
     EXPECT_EQ(bytes.view(), "ab");
-    EXPECT_EQ(std::string(bytes.data() + 2, ByteBuffer::kPadding),
-              std::string(ByteBuffer::kPadding, '\0'));
+    const std::string padding(ByteBuffer::kPadding, '\0');
+    EXPECT_EQ(std::string(bytes.data() + 2, ByteBuffer::kPadding), padding);
 }
 
-TEST(FileManager, AFileIsReplacedWholeAndKeepsItsModeAndAFailedWriteLeavesNothing) {
-    const TemporaryFolder folder;
-    const std::string path = folder.writeFile("file", "old");
-    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
-    ASSERT_EQ(::symlink("file", folder.path("link").c_str()), 0);
+TEST_F(FileManagerTest, AFileIsReplacedWholeAndKeepsItsModeAndAFailedWriteLeavesNothing) {
+    ASSERT_EQ(::chmod(folder_.writeFile("file", "old").c_str(), 0604), 0);
+    link("file", "link");
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    folder_.writeFile("taken/\xFE\xFF", "");
     const std::string text(300'000, 'y');
-    EXPECT_FALSE(FileManager::writeFileAtomically(folder.path("link"), text));
-    EXPECT_EQ(readText(path), text);
-    EXPECT_EQ(modeOf(path), 0640U);
-
     const mode_t mask = ::umask(027);
-    EXPECT_FALSE(FileManager::writeFileAtomically(folder.path("made"), text));
+    EXPECT_EQ(write("link", text), 0);
+    EXPECT_EQ(write("made", text), 0);
     ::umask(mask);
-    EXPECT_EQ(modeOf(folder.path("made")), 0640U);
-
-    folder.writeFile("taken/\xFE\xFF", "");
-    EXPECT_EQ(FileManager::writeFileAtomically(folder.path("taken"), "text")->code, EISDIR);
-    EXPECT_EQ(FileManager::writeFileAtomically(folder.path("missing/file"), "text")->code, ENOENT);
-    ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
-    EXPECT_EQ(FileManager::writeFileAtomically(folder.path("fifo"), "text")->code, EINVAL);
-    EXPECT_THAT(FileManager::contentsOfFolder(folder.path()).value(),
-                UnorderedElementsAre("fifo", "file", "link", "made", "taken"));
-    EXPECT_THAT(FileManager::contentsOfFolder(folder.path("taken")).value(),
-                UnorderedElementsAre("\xFE\xFF"));
-    EXPECT_EQ(FileManager::contentsOfFolder(folder.path("file")).error().code, ENOTDIR);
+    EXPECT_EQ(read("file"), text);
+    EXPECT_EQ(modeOf("file"), 0604U);
+    EXPECT_EQ(modeOf("made"), 0640U);
+    EXPECT_EQ(write("taken", text), EISDIR);
+    EXPECT_EQ(write("missing/file", text), ENOENT);
+    EXPECT_EQ(write("fifo", text), EINVAL);
+    EXPECT_THAT(entries(), UnorderedElementsAre("fifo", "file", "link", "made", "taken"));
+    EXPECT_THAT(entries("taken"), UnorderedElementsAre("\xFE\xFF"));
+    EXPECT_EQ(FileManager::contentsOfFolder(path("file")).error().code, ENOTDIR);
 }
 
-TEST(FileManager, WhatIsNoRegularFileIsWrittenIntoWhereTheUserSaysSo) {
-    const TemporaryFolder folder;
-    const std::string fifo = folder.path("fifo");
-    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    ASSERT_EQ(::symlink("fifo", folder.path("link").c_str()), 0);
-    const platform::FileDescriptor reader(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK));
-    EXPECT_FALSE(FileManager::writeFile(folder.path("link"), "text"));
-    std::string read(8, '\0');
-    read.resize(static_cast<std::size_t>(::read(reader.get(), read.data(), read.size())));
-    EXPECT_EQ(read, "text");
-    EXPECT_TRUE(std::filesystem::is_fifo(fifo));
-    EXPECT_EQ(FileManager::writeFile("/dev/full", "text")->code, ENOSPC);
-    EXPECT_EQ(FileManager::writeFile(folder.path(), "text")->code, EISDIR);
-    EXPECT_FALSE(FileManager::writeFile(folder.path("made"), "text"));
-    EXPECT_EQ(readText(folder.path("made")), "text");
+TEST_F(FileManagerTest, WhatIsNoRegularFileIsWrittenIntoWhereTheUserSaysSo) {
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    link("fifo", "link");
+    const platform::FileDescriptor reader(::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
+    EXPECT_FALSE(FileManager::writeFile(path("link"), "text"));
+    char bytes[8];
+    EXPECT_EQ(::read(reader.get(), bytes, sizeof bytes), 4);
+    EXPECT_EQ(codeOf(FileManager::writeFile("/dev/full", "text")), ENOSPC);
+    EXPECT_EQ(codeOf(FileManager::writeFile(path(""), "text")), EISDIR);
+    EXPECT_FALSE(FileManager::writeFile(path("made"), "text"));
+    EXPECT_EQ(read("made"), "text");
 }
 
-TEST(FileManager, ACopyIsWholeOrNotThereAtAll) {
-    const TemporaryFolder folder;
+TEST_F(FileManagerTest, ACopyIsWholeOrNotThereAtAll) {
     const std::string text = std::string(3'000'000, 'x') + std::string("\0end", 4);
-    folder.writeFile("large", text);
-    folder.writeFile("empty", "");
-    folder.writeFile("name \xFF", "bytes");
-    ASSERT_EQ(::symlink("large", folder.path("link").c_str()), 0);
-    const std::pair<std::string, std::string> copies[] = {
-        {"large", text}, {"empty", ""}, {"name \xFF", "bytes"}, {"link", text}};
-    for (const auto& [name, expected] : copies) {
-        SCOPED_TRACE(name);
-        const std::string copy = folder.makeFolder("copies") + "/" + name;
-        EXPECT_FALSE(FileManager::copyFile(folder.path(name), copy));
-        EXPECT_EQ(readText(copy), expected);
-        EXPECT_FALSE(std::filesystem::is_symlink(copy));
-    }
-    EXPECT_FALSE(FileManager::copyFile("/proc/meminfo", folder.path("made up")));
-    EXPECT_THAT(readText(folder.path("made up")), testing::HasSubstr("MemTotal"));  // tells 0 bytes
-
-    const std::string target = folder.makeFolder("target");
-    folder.writeFile("target/taken", "old");
-    ASSERT_EQ(::symlink("nowhere", (target + "/link").c_str()), 0);
+    folder_.writeFile("large", text);
+    link("large", "link");
+    folder_.writeFile("empty \xFF", "");
+    folder_.writeFile("target/taken", "old");
+    link("nowhere", "target/broken");
+    EXPECT_EQ(copy("link", "copy"), 0);
+    EXPECT_EQ(read("copy"), text);
+    EXPECT_FALSE(std::filesystem::is_symlink(path("copy")));
+    EXPECT_EQ(copy("empty \xFF", "copy \xFF"), 0);
+    EXPECT_EQ(read("copy \xFF"), "");
+    EXPECT_EQ(copy("/proc/meminfo", "made up"), 0);
+    EXPECT_THAT(read("made up"), HasSubstr("MemTotal"));  // the system says 0 bytes
+    EXPECT_EQ(copy("missing", "target/new"), ENOENT);
+    EXPECT_EQ(copy("target", "target/new"), EISDIR);
+    EXPECT_EQ(copy(std::string("large\0", 6), "target/new"), EINVAL);
+    EXPECT_EQ(copy("empty \xFF", "target/taken"), EEXIST);
+    EXPECT_EQ(copy("empty \xFF", "target/broken"), EEXIST);
     const FileSizeLimit diskFull(2'000'000);
-    const struct {
-        std::string source, name;
-        int code;
-    } failures[] = {
-        {"missing", "new", ENOENT},
-        {"copies", "new", EISDIR},
-        {std::string("empty\0", 6), "new", EINVAL},
-        {"empty", "taken", EEXIST},
-        {"empty", "link", EEXIST},
-        {"large", "new", EFBIG},
-        // Tells a page and holds less, like a file that shrinks.
-        {"/../../../sys/devices/system/cpu/online", "new", ESTALE},
-    };
-    for (const auto& row : failures) {
-        SCOPED_TRACE(row.source + " to " + row.name);
-        const auto error = FileManager::copyFile(folder.path(row.source), target + "/" + row.name);
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->code, row.code);
-        EXPECT_THAT(FileManager::contentsOfFolder(target).value(),
-                    UnorderedElementsAre("taken", "link"));
-    }
+    EXPECT_EQ(copy("large", "target/new"), EFBIG);
+    // Says a page and has less, like a file that shrinks.
+    EXPECT_EQ(copy("/sys/devices/system/cpu/online", "target/new"), ESTALE);
+    EXPECT_THAT(entries("target"), UnorderedElementsAre("taken", "broken"));
 }
 
-TEST(FileManager, RemovingAFolderLeavesWhatItsLinksPointTo) {
-    const TemporaryFolder folder;
-    folder.writeFile("kept/file", "text");
-    folder.writeFile("folder/sub/\xFF", "");
-    ASSERT_EQ(::symlink("../kept", folder.path("folder/link").c_str()), 0);
-    ASSERT_EQ(::symlink("kept", folder.path("link").c_str()), 0);
-    EXPECT_FALSE(FileManager::removeItem(folder.path("folder")));
-    EXPECT_FALSE(FileManager::removeItem(folder.path("link")));
-    EXPECT_EQ(FileManager::removeItem(folder.path("folder"))->code, ENOENT);
-    EXPECT_THAT(FileManager::contentsOfFolder(folder.path()).value(), UnorderedElementsAre("kept"));
-    EXPECT_EQ(readText(folder.path("kept/file")), "text");
+TEST_F(FileManagerTest, RemovingAFolderLeavesWhatItsLinksPointTo) {
+    folder_.writeFile("kept/file", "text");
+    folder_.writeFile("folder/sub/\xFF", "");
+    link("../kept", "folder/link");
+    link("kept", "link");
+    EXPECT_FALSE(FileManager::removeItem(path("folder")));
+    EXPECT_FALSE(FileManager::removeItem(path("link")));
+    EXPECT_EQ(codeOf(FileManager::removeItem(path("folder"))), ENOENT);
+    EXPECT_THAT(entries(), UnorderedElementsAre("kept"));
+    EXPECT_EQ(read("kept/file"), "text");
 }
 
-TEST(FileManager, NewFoldersAreForTheUserAlone) {
-    const TemporaryFolder folder;
-    ASSERT_EQ(::chmod(folder.makeFolder("old").c_str(), 0755), 0);
-    EXPECT_FALSE(FileManager::createFolder(folder.path("old/new//below/")));
-    EXPECT_EQ(modeOf(folder.path("old")), 0755U);
-    EXPECT_EQ(modeOf(folder.path("old/new")), 0700U);
-    EXPECT_EQ(modeOf(folder.path("old/new/below")), 0700U);
-    const std::string file = folder.writeFile("file", "");
-    EXPECT_EQ(FileManager::createFolder(file)->code, ENOTDIR);
-    EXPECT_EQ(FileManager::createFolder(file + "/below")->code, ENOTDIR);
+TEST_F(FileManagerTest, NewFoldersAreForTheUserAlone) {
+    makeFolder("old", 0755);
+    EXPECT_FALSE(FileManager::createFolder(path("old/new//below/")));
+    EXPECT_EQ(modeOf("old"), 0755U);
+    EXPECT_EQ(modeOf("old/new"), 0700U);
+    EXPECT_EQ(modeOf("old/new/below"), 0700U);
+    const std::string file = folder_.writeFile("file", "");
+    EXPECT_EQ(codeOf(FileManager::createFolder(file)), ENOTDIR);
+    EXPECT_EQ(codeOf(FileManager::createFolder(file + "/below")), ENOTDIR);
 }
 
 TEST(FileManager, TheContainerLiesWhereTheEnvironmentTells) {
-    const struct {
-        const char* name;
-        std::optional<std::string> container, data, home, expected;
-    } cases[] = {
-        {"given", "/c", "/d", "/h", "/c"},
-        {"given as relative", "c/d", "/d", "/h", std::filesystem::current_path() / "c/d"},
-        {"given as none", "", "/d", "/h", std::nullopt},
-        {"data folder", std::nullopt, "/d/", "/h", "/d/group-containers/G"},
-        {"relative data folder", std::nullopt, "d", "/h", "/h/.local/share/group-containers/G"},
-        {"empty data folder", std::nullopt, "", "/h", "/h/.local/share/group-containers/G"},
-        {"home", std::nullopt, std::nullopt, "/h", "/h/.local/share/group-containers/G"},
-        {"nothing", std::nullopt, std::nullopt, std::nullopt, std::nullopt},
+    const auto none = std::nullopt;
+    const std::optional<std::string> cases[][4] = {
+        {"/c", "/d", "/h", "/c"},
+        {"c/d", "/d", "/h", std::filesystem::current_path() / "c/d"},
+        {"", "/d", "/h", none},
+        {none, "/d/", "/h", "/d/group-containers/G"},
+        {none, "d", "/h", "/h/.local/share/group-containers/G"},
+        {none, "", "/h", "/h/.local/share/group-containers/G"},
+        {none, none, "/h", "/h/.local/share/group-containers/G"},
+        {none, none, none, none},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        const EnvironmentVariable container("QUILLET_CONTAINER", row.container);
-        const EnvironmentVariable data("XDG_DATA_HOME", row.data);
-        const EnvironmentVariable home("HOME", row.home);
-        EXPECT_EQ(FileManager::containerPathForGroup("G"), row.expected);
+    for (const auto& [given, dataFolder, homeFolder, expected] : cases) {
+        const EnvironmentVariable container("QUILLET_CONTAINER", given);
+        const EnvironmentVariable data("XDG_DATA_HOME", dataFolder);
+        const EnvironmentVariable home("HOME", homeFolder);
+        EXPECT_EQ(FileManager::containerPathForGroup("G"), expected);
     }
 }
 
-TEST(FileManager, TheRuntimeFolderIsPrivateToTheUserOrRefused) {
-    const TemporaryFolder folder;
-    const EnvironmentVariable temporary("TMPDIR", folder.path());
-    ASSERT_EQ(::chmod(folder.makeFolder("private").c_str(), 0700), 0);
-    ASSERT_EQ(::chmod(folder.makeFolder("others").c_str(), 0700), 0);
-    ASSERT_EQ(::chmod(folder.makeFolder("open").c_str(), 0755), 0);
-    const bool isGivenAway = ::chown(folder.path("others").c_str(), 1, 1) == 0;  // only by root
+TEST_F(FileManagerTest, TheRuntimeFolderIsPrivateToTheUserOrRefused) {
+    const EnvironmentVariable temporary("TMPDIR", folder_.path());
+    makeFolder("private", 0700);
+    makeFolder("others", 0700);
+    makeFolder("open", 0755);
+    const bool isGivenAway = ::chown(path("others").c_str(), 1, 1) == 0;  // only by root
     const std::string own = "quillet-" + std::to_string(::geteuid());
-    const std::pair<std::string, std::string> cases[] = {
-        {folder.path("private"), "private"},
+    const std::pair<std::optional<std::string>, std::string> cases[] = {
+        {path("private"), "private"},
         {"relative", own},
-        {folder.path("missing"), own},
-        {folder.path("open"), own},
-        {folder.path("others"), isGivenAway ? own : "others"},
+        {path("missing"), own},
+        {path("open"), own},
+        {path("others"), isGivenAway ? own : "others"},
+        {std::nullopt, own},
     };
     for (const auto& [session, expected] : cases) {
-        SCOPED_TRACE(session);
+        SCOPED_TRACE(session.value_or("unset"));
         const EnvironmentVariable runtime("XDG_RUNTIME_DIR", session);
         const auto chosen = FileManager::runtimeFolder();
         ASSERT_TRUE(chosen);
-        EXPECT_EQ(chosen.value(), folder.path(expected));
-        EXPECT_EQ(modeOf(chosen.value()), 0700U);
+        EXPECT_EQ(chosen.value(), path(expected));
+        EXPECT_EQ(modeOf(expected), 0700U);
     }
-
     const EnvironmentVariable unset("XDG_RUNTIME_DIR", std::nullopt);
-    const auto made = FileManager::runtimeFolder();
-    ASSERT_TRUE(made);
-    ASSERT_EQ(::chmod(made.value().c_str(), 0750), 0);
+    makeFolder(own, 0750);
     EXPECT_FALSE(FileManager::runtimeFolder());
-    std::filesystem::rename(made.value(), folder.path("elsewhere"));
-    ASSERT_EQ(::chmod(folder.path("elsewhere").c_str(), 0700), 0);
-    ASSERT_EQ(::symlink("elsewhere", made.value().c_str()), 0);
+    std::filesystem::remove(path(own));
+    link("private", own);
     EXPECT_FALSE(FileManager::runtimeFolder());
 }
 
