@@ -11,47 +11,41 @@ namespace {
 
 using platform::Bundle;
 
-std::string translations(const std::string& inbox, const std::string& more = {}) {
-    return xmlPropertyList("<dict><key>Inbox</key><string>" + inbox + "</string>" + more +
-                           "</dict>");
-}
-
 class BundleTest : public testing::Test {
 protected:
+    void translate(const std::string& language, const std::string& inbox, const std::string& memo) {
+        folder_.writeFile("translations/" + language + ".plist",
+                          xmlPropertyList("<dict><key>Inbox</key><string>" + inbox +
+                                          "</string><key>Memo</key>" + memo + "</dict>"));
+    }
+
     TemporaryFolder folder_;
     EnvironmentVariable resources_{"QUILLET_RESOURCES", folder_.path()};
 };
 
 TEST_F(BundleTest, ATextIsThatOfTheFirstLanguageThatHasOne) {
-    const std::string memo = "<key>Memo</key><string>";
-    folder_.writeFile("translations/de.plist", translations("Eingang", memo + "Notiz</string>"));
-    folder_.writeFile("translations/pt.plist", translations("Entrada", memo + "Nota</string>"));
-    folder_.writeFile("translations/pt_BR.plist", translations("Caixa", "<key>Memo</key><true/>"));
-    const struct {
-        const char* name;
-        std::optional<std::string> language, all, messages, lang;
-        const char* inbox;
-        const char* memo;
-    } cases[] = {
-        {"LANG", {}, {}, {}, "de_AT.UTF-8@x", "Eingang", "Notiz"},
-        {"country first", {}, {}, {}, "pt_BR.UTF-8", "Caixa", "Nota"},
-        {"LC_ALL over all", {}, "de_DE", "pt_PT", "pt_PT", "Eingang", "Notiz"},
-        {"an empty variable is none", {}, "", "pt_PT", "de", "Entrada", "Nota"},
-        {"LANGUAGE over all", "xx:pt_BR:de", "de_DE.UTF-8", {}, {}, "Caixa", "Nota"},
-        {"LANGUAGE without a locale", "de", {}, "C.UTF-8", "de_DE", "Inbox", "Memo"},
-        {"English needs no translation", "en_US:de", {}, {}, "de", "Inbox", "Memo"},
-        {"no way out of the folder", "../translations/de", {}, {}, "xx", "Inbox", "Memo"},
+    translate("de", "Eingang", "<string>Notiz</string>");
+    translate("pt", "Entrada", "<string>Nota</string>");
+    translate("pt_BR", "Caixa", "<true/>");
+    // LANGUAGE, LC_ALL, LC_MESSAGES, LANG and the two texts.
+    const std::optional<std::string> cases[][6] = {
+        {{}, {}, {}, "de_AT.UTF-8@x", "Eingang", "Notiz"},
+        {{}, {}, {}, "pt_BR.UTF-8", "Caixa", "Nota"},
+        {{}, "de_DE", "pt_PT", "pt_PT", "Eingang", "Notiz"},
+        {{}, "", "pt_PT", "de", "Entrada", "Nota"},
+        {"xx:pt_BR:de", "de_DE.UTF-8", {}, {}, "Caixa", "Nota"},
+        {"de", {}, "C.UTF-8", "de_DE", "Inbox", "fallback"},
+        {"en_US:de", {}, {}, "de", "Inbox", "fallback"},
+        {"../translations/de", {}, {}, "xx", "Inbox", "fallback"},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        const EnvironmentVariable language("LANGUAGE", row.language);
-        const EnvironmentVariable all("LC_ALL", row.all);
-        const EnvironmentVariable messages("LC_MESSAGES", row.messages);
-        const EnvironmentVariable lang("LANG", row.lang);
+    for (const auto& [languages, locale, ofMessages, byDefault, inbox, memo] : cases) {
+        const EnvironmentVariable language("LANGUAGE", languages);
+        const EnvironmentVariable all("LC_ALL", locale);
+        const EnvironmentVariable messages("LC_MESSAGES", ofMessages);
+        const EnvironmentVariable lang("LANG", byDefault);
         const Bundle bundle;
-        EXPECT_EQ(bundle.localizedString("Inbox"), row.inbox);
-        EXPECT_EQ(bundle.localizedString("Memo", "fallback"),
-                  std::string_view(row.memo) == "Memo" ? "fallback" : row.memo);
+        EXPECT_EQ(bundle.localizedString("Inbox"), inbox);
+        EXPECT_EQ(bundle.localizedString("Memo", "fallback"), memo);
     }
 }
 

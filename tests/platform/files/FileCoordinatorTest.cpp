@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "platform/files/FileCoordinator.h"
-#include "platform/files/FileManager.h"
 #include "platform/files/LockWait.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/EnvironmentVariable.h"
@@ -96,22 +95,15 @@ TEST_F(FileCoordinatorTest, TheLockOfAKilledProcessIsFree) {
     EXPECT_TRUE(waitFor([&] { return reader.isInside(); }));
 }
 
-TEST_F(FileCoordinatorTest, AnItemWhoseAccessorThrewIsFree) {
-    const FileCoordinator coordinator(data_);
-    EXPECT_THROW(coordinator.coordinateWriting(
-                     data_ + "/Today", [](const std::string&) { throw std::runtime_error("x"); }),
-                 std::runtime_error);
-    const CoordinatingProcess other(data_, data_ + "/Today", Access::Write);
-    EXPECT_TRUE(waitFor([&] { return other.isInside(); }));
-}
-
-TEST_F(FileCoordinatorTest, TheAccessorGetsThePathAsItIsSpelledAndTheContainerIsNotWrittenTo) {
+TEST_F(FileCoordinatorTest,
+       TheAccessorGetsThePathAsItIsSpelledAndItsExceptionLeavesNeitherLockNorFile) {
     const std::string path = data_ + "//../data/Today";
-    std::string given;
-    EXPECT_FALSE(FileCoordinator(data_).coordinateWriting(
-        path, [&](const std::string& spelled) { given = spelled; }));
-    EXPECT_EQ(given, path);
-    EXPECT_TRUE(platform::FileManager::contentsOfFolder(data_).value().empty());
+    const auto throwing = [](const std::string& spelled) { throw std::runtime_error(spelled); };
+    EXPECT_THAT([&] { FileCoordinator(data_).coordinateWriting(path, throwing); },
+                testing::ThrowsMessage<std::runtime_error>(path));
+    const CoordinatingProcess other(data_, path, Access::Write);  // the exception freed the item
+    EXPECT_TRUE(waitFor([&] { return other.isInside(); }));
+    EXPECT_TRUE(std::filesystem::is_empty(data_));
 }
 
 TEST_F(FileCoordinatorTest, AWaitThatIsGivenUpIsAnErrorAndLeavesNoLock) {
