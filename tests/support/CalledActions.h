@@ -11,8 +11,8 @@
 
 namespace quillet::test {
 
-// Keeps the actions that are announced in the process during the scope, each as its command and
-// the message's identifier with a blank between them.
+// Records the actions that are announced in the process during the scope, as "command identifier"
+// with the message's identifier.
 class CalledActions {
 public:
     explicit CalledActions(std::function<void()> whenCalled = [] {}) {

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <stdexcept>
 #include <string>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,21 +20,21 @@ inline bool waitsForLock(pid_t process) {
 
 enum class Access { Read, Write };
 
-// A process that coordinates one item; it stays in the accessor until it is let go.
+// A process that coordinates one item and stays in the accessor until letGo().
 class CoordinatingProcess {
 public:
     CoordinatingProcess(const std::string& dataFolder, const std::string& path, Access access) {
-        if (::pipe(entered_) != 0 || ::pipe(go_) != 0) {
-            throw std::runtime_error("no pipe");
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_) != 0) {
+            throw std::runtime_error("no socket pair");
         }
         process_ = ::fork();
         if (process_ == 0) {
-            ::close(go_[1]);
+            ::close(ends_[0]);
             const platform::FileCoordinator coordinator(dataFolder);
             const auto accessor = [this](const std::string&) {
                 char byte = 'e';
-                (void)!::write(entered_[1], &byte, 1);
-                (void)!::read(go_[0], &byte, 1);
+                (void)!::write(ends_[1], &byte, 1);
+                (void)!::read(ends_[1], &byte, 1);
             };
             const auto error = access == Access::Read
                                    ? coordinator.coordinateReading(path, accessor)
@@ -43,19 +44,18 @@ public:
     }
     ~CoordinatingProcess() {
         kill();
-        for (const int end : {entered_[0], entered_[1], go_[0], go_[1]}) {
-            ::close(end);
-        }
+        ::close(ends_[0]);
+        ::close(ends_[1]);
     }
     CoordinatingProcess(const CoordinatingProcess&) = delete;
     CoordinatingProcess& operator=(const CoordinatingProcess&) = delete;
 
     bool isInside() const {
-        pollfd readable{entered_[0], POLLIN, 0};
+        pollfd readable{ends_[0], POLLIN, 0};
         return ::poll(&readable, 1, 0) == 1;
     }
     bool isWaiting() const { return waitsForLock(process_); }
-    void letGo() const { (void)!::write(go_[1], "g", 1); }
+    void letGo() const { (void)!::write(ends_[0], "g", 1); }
     void kill() {
         if (process_ > 0) {
             ::kill(process_, SIGKILL);
@@ -65,8 +65,7 @@ public:
     }
 
 private:
-    int entered_[2] = {};
-    int go_[2] = {};
+    int ends_[2] = {};  // of this process and of the other one
     pid_t process_ = 0;
 };
 

@@ -12,7 +12,7 @@ inline std::string contentsOf(const std::string& path) {
     return text.str();
 }
 
-// The first example in this language of a page in docs/; empty where there is none.
+// The first example in this language on a page in docs/, or an empty text.
 inline std::string documentExample(const std::string& page, const std::string& language) {
     const std::string document = contentsOf(QUILLET_DOCS "/" + page);
     const std::string opening = "```" + language + "\n";

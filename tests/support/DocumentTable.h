@@ -1,16 +1,14 @@
 #pragma once
 
-#include <algorithm>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tests/support/DocumentExample.h"
 
 namespace quillet::test {
 
-// The cells of a line of a table: without the blanks and back-ticks around them.
+// The cells of a table's line, without the blanks and back-ticks around them.
 inline std::vector<std::string> tableCells(const std::string& line) {
     std::vector<std::string> cells;
     std::istringstream rest(line.substr(1));
@@ -22,20 +20,19 @@ inline std::vector<std::string> tableCells(const std::string& line) {
     return cells;
 }
 
-// What a cell lists, each in back-ticks of its own with a blank between them.
+// The items of a cell, each in back-ticks, with blanks between them.
 inline std::vector<std::string> itemsOfCell(const std::string& cell) {
-    constexpr std::string_view kBetween = "` `";
     std::vector<std::string> items;
-    for (std::size_t start = 0; start < cell.size();) {
-        const std::size_t end = std::min(cell.find(kBetween, start), cell.size());
-        items.push_back(cell.substr(start, end - start));
-        start = end + kBetween.size();
+    std::istringstream rest(cell);
+    for (std::string item; std::getline(rest, item, '`');) {
+        if (item != " ") {
+            items.push_back(item);
+        }
     }
     return items;
 }
 
-// The rows of the table of a page in docs/ whose first column has this heading; empty where there
-// is none.
+// The rows of all tables of a page in docs/ whose first column has this heading.
 inline std::vector<std::vector<std::string>> documentTable(const std::string& page,
                                                            const std::string& heading) {
     std::istringstream document(contentsOf(QUILLET_DOCS "/" + page));

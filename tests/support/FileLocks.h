@@ -7,8 +7,8 @@
 
 namespace quillet::test {
 
-// Whether somebody waits for a file lock, as the kernel tells it. `mark` is a part of the lock's
-// line in /proc/locks: " PROCESS " or ":INODE ".
+// Whether a process waits for a file lock. `mark` is a part of the lock's line in /proc/locks:
+// " PROCESS " or ":INODE ".
 inline bool somebodyWaitsForLock(const std::string& mark) {
     std::ifstream locks("/proc/locks");
     for (std::string line; std::getline(locks, line);) {
@@ -19,7 +19,7 @@ inline bool somebodyWaitsForLock(const std::string& mark) {
     return false;
 }
 
-// Whether somebody waits for the item "Today", in a runtime folder that is the test's own.
+// Whether a process waits for the item "Today". The runtime folder must belong to the test alone.
 inline bool somebodyWaitsForToday(const std::string& runtimeFolder) {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(runtimeFolder)) {
         struct stat status {};

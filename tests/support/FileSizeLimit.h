@@ -5,8 +5,8 @@
 
 namespace quillet::test {
 
-// Lets no file of this process grow beyond `bytes` during the scope, as if the disk were full
-// there: writing fails with EFBIG.
+// Limits the files of this process to `bytes` during the scope, as if the disk were full: writing
+// more fails with EFBIG.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -9,7 +9,7 @@
 
 namespace quillet::test {
 
-// Keeps what is logged during the scope instead of writing it. Lines may come from any thread.
+// Records what is logged during the scope, from any thread, instead of writing it.
 class LogCapture {
 public:
     LogCapture()

@@ -8,8 +8,8 @@
 
 namespace quillet::test {
 
-// Makes the permissions of files count for the calling thread during the scope, also where the
-// tests run as root, who may read and write everything otherwise.
+// Makes file permissions apply to the calling thread during the scope even if the tests run as
+// root, who may otherwise read and write everything.
 class OrdinaryPermissions {
 public:
     OrdinaryPermissions() {

@@ -7,7 +7,7 @@
 
 namespace quillet::test {
 
-// An empty container and a runtime folder, which this process uses during the scope.
+// An empty container and runtime folder that this process uses during the scope.
 struct OwnContainer {
     TemporaryFolder container;
     TemporaryFolder runtime;

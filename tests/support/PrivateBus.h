@@ -9,7 +9,7 @@
 
 namespace quillet::test {
 
-// A session bus of its own that can be stopped and started, and that starts services of its own.
+// A private session bus that can be stopped and started, with its own services to start.
 class PrivateBus {
 public:
     PrivateBus() = default;
@@ -20,13 +20,13 @@ public:
     const std::string& folder() const { return folder_.path(); }
     std::string address() const { return "unix:path=" + folder_.path("bus"); }
 
-    // Before the start: lets the bus start `command` for whoever calls `name`.
+    // Call before start(): the bus will start `command` when a program calls `name`.
     void addService(const std::string& name, const std::string& command) const {
         folder_.writeFile("dbus-1/services/" + name + ".service",
                           "[D-BUS Service]\nName=" + name + "\nExec=" + command + "\n");
     }
 
-    // Before the start: how long the bus waits for what it starts.
+    // Call before start(): how long the bus waits for a service that it starts.
     void setStartTime(int milliseconds) {
         mode_ = "--config-file=" +
                 folder_.writeFile("bus.conf",

@@ -14,7 +14,7 @@ inline std::string xmlPropertyList(std::string_view root) {
            std::string(root) + "</plist>\n";
 }
 
-// The document of an XML root element; throws when it cannot be read.
+// The document of an XML root element; throws if it cannot be read.
 inline platform::PropertyListDocument documentOf(std::string_view root) {
     platform::PropertyListDocument document;
     if (const auto error = document.parse(xmlPropertyList(root))) {

@@ -1,5 +1,5 @@
-// The main function of test programs that need the toolkit: without a display, in English, with
-// the interface font that the design was made for, and out of reach of the user's own programs.
+// The main function of test programs that need the toolkit: without a display, in English, with the
+// interface font of the design, and unable to reach the user's own programs.
 
 #include <QApplication>
 #include <QFont>
@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     qputenv("LC_ALL", "en_GB.UTF-8");
     qputenv("TZ", "UTC");
     for (const char* folders : {"XDG_DATA_HOME", "XDG_DATA_DIRS"}) {
-        qputenv(folders, "/nonexistent");  // no desktop entry of an application to start
+        qputenv(folders, "/nonexistent");  // has no desktop entry of an application
     }
 #ifndef QUILLET_TEST_HAS_BUS
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");

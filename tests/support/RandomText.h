@@ -8,7 +8,7 @@
 
 namespace quillet::test {
 
-// A text of up to 23 characters of every plane of Unicode, often of those that mean something in
+// A text of up to 23 characters from all planes of Unicode; about half of them have a meaning in
 // URLs.
 inline std::string randomText(std::mt19937& random) {
     constexpr std::string_view kOften = "?#&=+% []/:;,@!$'()*\"<>\\^`{|}~\n\r\t.-_aZ09";

@@ -14,8 +14,8 @@
 
 namespace quillet::test {
 
-// An application on the session bus that keeps what it is asked to open. It is in the test's own
-// process, on a connection of its own.
+// An application on the session bus that records what it is asked to open. It runs in the test's
+// process on its own connection.
 class RecordingApplication final : public QDBusVirtualObject {
 public:
     struct Request {
@@ -38,7 +38,7 @@ public:
 
     bool isReachable() const { return isReachable_; }
     const std::vector<Request>& requests() const { return requests_; }
-    // Answers further requests with this error.
+    // Replies to further requests with this error.
     void failWith(const char* error) { error_ = QLatin1String(error); }
 
     QString introspect(const QString& /*path*/) const override { return {}; }

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Memory where there is some: a test may make a hundred thousand files.
+// In memory if possible, since a test may create a hundred thousand files.
 fs::path parentFolder() {
     const fs::path memory = "/dev/shm";
     return access(memory.c_str(), W_OK) == 0 ? memory : fs::temp_directory_path();

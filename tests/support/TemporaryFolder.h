@@ -5,7 +5,7 @@
 
 namespace quillet::test {
 
-// A new empty folder that is removed with everything in it at the end of the scope.
+// A new empty folder. The destructor removes it with everything in it.
 class TemporaryFolder {
 public:
     TemporaryFolder();
@@ -15,7 +15,7 @@ public:
 
     const std::string& path() const { return path_; }
     std::string path(std::string_view below) const;
-    // Makes the folders on the way too; returns the path.
+    // These also create the folders above, and return the path.
     std::string makeFolder(std::string_view below) const;
     std::string writeFile(std::string_view below, std::string_view bytes) const;
 

@@ -6,7 +6,7 @@
 
 namespace quillet::test {
 
-// Runs the event loop until the condition holds; false when it does not within the limit, in
+// Runs the event loop until the condition is true. Returns false if that takes longer than `limit`
 // milliseconds.
 template <typename Condition>
 bool waitUntil(Condition condition, int limit = 5000) {

@@ -19,9 +19,8 @@ namespace {
 using platform::FileCoordinator;
 
 bool waitFor(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > limit) {
+    for (int left = 10'000; !condition(); --left) {
+        if (left == 0) {
             return false;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -56,7 +55,7 @@ TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) 
         Access access;
         bool waits;
     } cases[] = {
-        // "/x" lies beside the container, "x" in its data folder.
+        // "/x" is beside the container, "x" in its data folder.
         {"reader, writer inside", "Today/a@b/1.plist", kWrite, "Today", kRead, true},
         {"writer, reader", "Today", kRead, "Today/a@b", kWrite, true},
         {"two readers", "Today", kRead, "Today", kRead, false},
