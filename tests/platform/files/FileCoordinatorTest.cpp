@@ -35,6 +35,7 @@ protected:
     TemporaryFolder folder_;
     EnvironmentVariable runtime_{"XDG_RUNTIME_DIR", folder_.path("run")};
     std::string data_ = folder_.makeFolder("container/data");
+    std::string today_ = data_ + "/Today";
 };
 
 TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) {
@@ -86,9 +87,9 @@ TEST_F(FileCoordinatorTest, AProcessWaitsExactlyWhenAnotherOneHoldsTheSameItem) 
 }
 
 TEST_F(FileCoordinatorTest, TheLockOfAKilledProcessIsFree) {
-    CoordinatingProcess holder(data_, data_ + "/Today", Access::Write);
+    CoordinatingProcess holder(data_, today_, Access::Write);
     ASSERT_TRUE(waitFor([&] { return holder.isInside(); }));
-    const CoordinatingProcess reader(data_, data_ + "/Today", Access::Read);
+    const CoordinatingProcess reader(data_, today_, Access::Read);
     ASSERT_TRUE(waitFor([&] { return reader.isWaiting(); }));
     holder.kill();
     EXPECT_TRUE(waitFor([&] { return reader.isInside(); }));
@@ -110,16 +111,15 @@ TEST_F(FileCoordinatorTest, AWaitThatIsGivenUpIsAnErrorAndLeavesNoLock) {
     platform::setLockWaiter([](const platform::LockWait& wait) {
         EXPECT_TRUE(waitFor([] { return waitsForLock(::getpid()); })) << wait.item();
     });
-    const CoordinatingProcess holder(data_, data_ + "/Today", Access::Write);
+    const CoordinatingProcess holder(data_, today_, Access::Write);
     ASSERT_TRUE(waitFor([&] { return holder.isInside(); }));
     const auto error = FileCoordinator(data_).coordinateWriting(
-        data_ + "/Today", [](const std::string&) { FAIL() << "the lock is held"; });
+        today_, [](const std::string&) { FAIL() << "the lock is held"; });
     platform::setLockWaiter(before);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ECANCELED);
     holder.letGo();
-    EXPECT_FALSE(
-        FileCoordinator(data_).coordinateWriting(data_ + "/Today", [](const std::string&) {}));
+    EXPECT_FALSE(FileCoordinator(data_).coordinateWriting(today_, [](const std::string&) {}));
 }
 
 TEST_F(FileCoordinatorTest, WithoutAPathOrALockFileTheAccessorDoesNotRunAndTheErrorSaysWhy) {
@@ -137,8 +137,8 @@ TEST_F(FileCoordinatorTest, WithoutAPathOrALockFileTheAccessorDoesNotRunAndTheEr
         std::string reason;
     } cases[] = {
         {"run", std::nullopt, "no path"},
-        {"missing", data_ + "/Today", "missing"},
-        {"readonly", data_ + "/Today", "readonly/quillet: Permission denied"},
+        {"missing", today_, "missing"},
+        {"readonly", today_, "readonly/quillet: Permission denied"},
         {"run", data_ + "/Fifo", "Fifo.lock is no regular file"},
     };
     for (const auto& row : cases) {
