@@ -7,6 +7,8 @@
 #include <unicode/unistr.h>
 #include <unordered_map>
 
+#include "platform/base/Ascii.h"
+
 namespace quillet::host {
 namespace {
 
@@ -67,9 +69,8 @@ std::string eightBytes(Marker marker, double number) {
 // The bytes of an object that holds no other.
 struct LeafEncoder {
     std::string operator()(const std::string& text) const {
-        const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
         std::string out;
-        if (std::all_of(text.begin(), text.end(), isAscii)) {
+        if (platform::isAsciiText(text)) {
             appendMarker(out, kAsciiText, text.size());
             return out += text;
         }

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "handoff/ExtensionUtilities.h"
 #include "handoff/MessageRendering.h"
 #include "handoff/MessageUrl.h"
+#include "handoff/Staging.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/RegularFile.h"

@@ -7,6 +7,8 @@
 #include <thread>
 #include <utility>
 
+#include "handoff/GatherItems.h"
+#include "handoff/Staging.h"
 #include "platform/base/Log.h"
 #include "platform/base/TextFormat.h"
 #include "platform/desktop/PngEncoding.h"
@@ -25,7 +27,7 @@ using platform::URL;
 
 namespace {
 
-// Hosts know a pause that was held in single precision.
+// Hosts expect a pause that was stored in single precision.
 constexpr double kPause = 0.1F;  // seconds
 constexpr int kMostPauses = 101;
 
@@ -48,8 +50,8 @@ Result<std::string> pngOfItem(const Item& item) {
     return platform::pngOfBitmap(**bitmap);
 }
 
-// The draft of one gathering, and how many attachments still load. Each load holds it, since a
-// provider may answer long after everything else has ended.
+// The draft of one gathering, and how many attachments are still loading. Every load owns it, since
+// a provider may answer long after everything else has ended.
 class Gathering : public std::enable_shared_from_this<Gathering> {
 public:
     Gathering(std::string service, std::int64_t attachments)
@@ -70,7 +72,7 @@ public:
     }
 
 private:
-    // One that offers neither type never counts as loaded: the wait lasts to its limit.
+    // A provider that offers neither type never counts as loaded, so the wait runs to its limit.
     void load(ItemProvider& provider, const std::optional<StyledText>& title) {
         if (provider.hasItemConformingToTypeIdentifier(platform::kUTTypeURL)) {
             provider.loadItem(platform::kUTTypeURL, once([this, title](const Result<Item>& item) {
@@ -82,8 +84,8 @@ private:
         }
     }
 
-    // Takes the first answer of a load and counts it; a further one must neither be added again nor
-    // end the wait for others.
+    // Takes and counts the first answer of a load. Another one must not be added again, nor end the
+    // wait for other loads.
     ItemProvider::Completion once(ItemProvider::Completion take) {
         return [self = shared_from_this(),
                 isTaken = std::make_shared<std::atomic<bool>>(false),
@@ -145,12 +147,12 @@ void gather(const ExtensionContext& context,
 void gatherItems(ExtensionContext context,
                  std::string service,
                  ExtensionUtilities::ShareCompletion completion,
-                 GatheringServices services) {
-    services.queue.async(
-        [context = std::move(context),
-         service = std::move(service),
-         completion = std::move(completion),
-         sleep = std::move(services.sleep)] { gather(context, service, completion, sleep); });
+                 platform::Queue& queue,
+                 std::function<void(double seconds)> sleep) {
+    queue.async([context = std::move(context),
+                 service = std::move(service),
+                 completion = std::move(completion),
+                 sleep = std::move(sleep)] { gather(context, service, completion, sleep); });
 }
 
 void ExtensionUtilities::GetItemForExtension(ExtensionContext context,
@@ -159,9 +161,10 @@ void ExtensionUtilities::GetItemForExtension(ExtensionContext context,
     gatherItems(std::move(context),
                 std::move(service),
                 std::move(completion),
-                {platform::backgroundQueue(), [](double seconds) {
-                     std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
-                 }});
+                platform::backgroundQueue(),
+                [](double seconds) {
+                    std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+                });
 }
 
 }  // namespace quillet

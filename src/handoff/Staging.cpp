@@ -1,4 +1,10 @@
-#include "handoff/ExtensionUtilities.h"
+#include "handoff/Staging.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <optional>
+
 #include "handoff/StagingFolder.h"
 #include "model/ExtensionUtilities.h"
 #include "platform/base/Exception.h"
@@ -8,7 +14,7 @@
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
 
-namespace quillet::ExtensionUtilities {
+namespace quillet {
 
 namespace FileManager = platform::FileManager;
 namespace Path = platform::Path;
@@ -18,15 +24,16 @@ using platform::Result;
 
 namespace {
 
-// Runs `work` with the path of the staging folder under the writer's lock on it. On an error it has
-// not run.
+// Runs `work` with the path of the staging folder, under the writer's lock on it. On an error
+// `work` has not run.
 std::optional<Error> coordinate(std::string_view service,
                                 const platform::FileCoordinator::Accessor& work) {
     const Result<std::string> folder = stagingFolder(service);
     if (!folder) {
         return folder.error();
     }
-    return platform::FileCoordinator(GroupDataPath()).coordinateWriting(folder.value(), work);
+    return platform::FileCoordinator(ExtensionUtilities::GroupDataPath())
+        .coordinateWriting(folder.value(), work);
 }
 
 // The log lines of one kind of staging.
@@ -36,7 +43,7 @@ struct Lines {
     std::string_view coordination;
 };
 
-// Hands each element and the staging folder to `stage`, which answers the staged path or an error.
+// Calls `stage` with each element and the staging folder; it returns the staged path or an error.
 template <typename Element, typename Stage>
 std::vector<std::string> stageEach(std::string_view service,
                                    const Lines& lines,
@@ -84,7 +91,24 @@ Result<std::string> stageData(std::string_view data, const std::string& folder) 
 
 }  // namespace
 
-void ShareInit(std::string_view service) {
+bool ExtensionUtilities::namesStagingFolder(std::string_view service) {
+    constexpr std::string_view kNot[] = {"", ".", "..", "Today", "Accounts.plist", "Contacts"};
+    return std::find(std::begin(kNot), std::end(kNot), service) == std::end(kNot) &&
+           service.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+Result<std::string> stagingFolder(std::string_view service) {
+    if (!ExtensionUtilities::namesStagingFolder(service)) {
+        return platform::posixError(EINVAL, "\"" + std::string(service) + "\" as a staging folder");
+    }
+    const std::optional<std::string> dataFolder = ExtensionUtilities::GroupDataPath();
+    if (!dataFolder) {
+        return platform::posixError(ENOENT, "the shared container");
+    }
+    return Path::appendingPathComponent(*dataFolder, service);
+}
+
+void ExtensionUtilities::ShareInit(std::string_view service) {
     const auto error = coordinate(service, [](const std::string& folder) {
         if (const auto failure = FileManager::removeItem(folder)) {
             Log::write("shareInit delete %@", {failure->description()});
@@ -98,18 +122,18 @@ void ShareInit(std::string_view service) {
     }
 }
 
-std::vector<std::string> ShareFiles(std::string_view service,
-                                    const std::vector<std::string>& paths) {
+std::vector<std::string> ExtensionUtilities::ShareFiles(std::string_view service,
+                                                        const std::vector<std::string>& paths) {
     constexpr Lines kLines{
         "Error writing file shareFiles %@", "Exception shareFiles %@", "Error shareFiles %@"};
     return stageEach(service, kLines, paths, stageFile);
 }
 
-std::vector<std::string> ShareDatas(std::string_view service,
-                                    const std::vector<std::string_view>& blocks) {
+std::vector<std::string> ExtensionUtilities::ShareDatas(
+    std::string_view service, const std::vector<std::string_view>& blocks) {
     constexpr Lines kLines{
         "Error writing file shareDatas %@", "Exception shareDatas %@", "Error shareDatas %@"};
     return stageEach(service, kLines, blocks, stageData);
 }
 
-}  // namespace quillet::ExtensionUtilities
+}  // namespace quillet

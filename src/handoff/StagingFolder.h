@@ -7,8 +7,8 @@
 
 namespace quillet {
 
-// The path of the staging folder of a service word. An error where the word names no folder that
-// may be emptied, or there is no container. Any thread.
+// The path of the staging folder of a service word. An error when the word does not name a folder
+// that may be emptied, or the container is missing. Any thread.
 platform::Result<std::string> stagingFolder(std::string_view service);
 
 }  // namespace quillet

@@ -20,7 +20,7 @@
 #include "share/StagingProgress.h"
 
 #include "handoff/AttachmentPath.h"
-#include "handoff/ExtensionUtilities.h"
+#include "handoff/Gathering.h"
 #include "handoff/MessageUrl.h"
 #include "model/ExtensionAddress.h"
 #include "platform/base/StandardError.h"

@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "handoff/ExtensionUtilities.h"
+#include "handoff/Staging.h"
 #include "handoff/StagingFolder.h"
 #include "model/ContainerPaths.h"
 #include "platform/files/FileCoordinator.h"

@@ -23,22 +23,6 @@ unsigned policyOf(unsigned options, unsigned byDefault) {
     return policy != 0 ? policy : byDefault;
 }
 
-// Writes pairs behind each other.
-class QueryWriter {
-public:
-    void write(std::string_view encodedKey, std::string_view suffix, std::string_view value) {
-        if (!query_.empty()) {
-            query_ += '&';
-        }
-        query_.append(encodedKey).append(suffix).append(1, '=');
-        platform::appendPercentEncoded(value, PercentKeep::Unreserved, query_);
-    }
-    std::string take() { return std::move(query_); }
-
-private:
-    std::string query_;
-};
-
 // The elements of a list that the builder writes.
 std::span<const std::string> written(const List& list, unsigned policy) {
     const std::span all(list);
@@ -48,14 +32,14 @@ std::span<const std::string> written(const List& list, unsigned policy) {
     return policy == DuplicatesKeepFirst ? all.first(std::min<std::size_t>(1, all.size())) : all;
 }
 
-// What the builder writes behind a key. A text has brackets only where it counts as a list.
+// What the builder writes after a key. A text gets brackets only if it counts as a list.
 std::string_view bracketSuffix(unsigned options, unsigned policy, bool isList) {
     const bool many = policy != DuplicatesKeepLast && policy != DuplicatesKeepFirst;
     const bool counts = policy == EveryValueAsArray || (isList && many);
     return (options & BracketKeys) != 0 && counts ? "[]" : "";
 }
 
-// Cuts `text` at the first `separator` and returns what stood before it, or all of it.
+// Removes `text` up to and including the first `separator` and returns what came before it.
 std::string_view takeUpTo(std::string_view& text, char separator) {
     const std::size_t length = std::min(text.find(separator), text.size());
     const std::string_view piece = text.substr(0, length);
@@ -79,7 +63,7 @@ bool cutBrackets(std::string& key) {
     return true;
 }
 
-// Makes a list of `value`, whose first element is what it was, and adds `added` to it.
+// Adds `added` to the list `value`. A text becomes the first element of a list.
 void appendTo(ParameterMap::Value& value, std::string added) {
     if (auto* text = std::get_if<std::string>(&value)) {
         List list;
@@ -89,12 +73,12 @@ void appendTo(ParameterMap::Value& value, std::string added) {
     std::get<List>(value).push_back(std::move(added));
 }
 
-// Adds a pair whose value still has its escapes.
+// Adds a pair whose value is still encoded.
 void addParsed(ParameterMap& map, std::string key, std::string_view encoded, unsigned policy) {
     const bool bracketed = cutBrackets(key);
     auto [value, isNew] = map.tryEmplace(std::move(key));
     if (!isNew && policy == DuplicatesKeepFirst) {
-        return;  // a value that is not taken need not decode
+        return;  // a value that is not kept need not decode
     }
     std::string text = decodedOrRaise(encoded);
     if (isNew) {
@@ -114,7 +98,7 @@ void addParsed(ParameterMap& map, std::string key, std::string_view encoded, uns
 void merge(ParameterMap& map, ParameterMap::Entry incoming, unsigned policy) {
     auto [value, isNew] = map.tryEmplace(std::move(incoming.key));
     if (isNew) {
-        // Both maps hold nothing but lists under this policy, and it puts this one into another.
+        // With this policy both maps hold only lists, and this one would go into another list.
         if (policy == EveryValueAsArray) {
             throw platform::Exception("a list in a list cannot be written as a query");
         }
@@ -130,15 +114,15 @@ void merge(ParameterMap& map, ParameterMap::Entry incoming, unsigned policy) {
     }
 }
 
-// Whether a text in front of a fragment has a query, be it an empty one, or is a bare query: a "="
-// comes before anything that only the other parts of a URL have.
+// Whether the text before a fragment has a query, which may be empty, or is a bare query: then a
+// "=" comes before any character that only other parts of a URL have.
 bool hasQuery(std::string_view head) {
     const std::size_t first = head.find_first_of("=:/?");
     return head.find('?') != std::string_view::npos ||
            (first != std::string_view::npos && head[first] == '=');
 }
 
-// The receiver with `query`, which is neither empty nor has a "?" of its own, joined to it.
+// The receiver with `query` joined to it; `query` is not empty and has no leading "?".
 std::string appending(std::string_view receiver, std::string_view query) {
     const std::size_t end = std::min(receiver.find('#'), receiver.size());
     const std::string_view head = receiver.substr(0, end);
@@ -192,17 +176,18 @@ std::optional<std::string_view> URLQuery(std::string_view receiver) {
 
 std::string URLQueryWithParameters(const ParameterMap& parameters, unsigned options) {
     const unsigned policy = policyOf(options, DuplicatesAsArray);
-    QueryWriter query;
+    std::string query;
     for (const auto& [key, value] : parameters.entries()) {
         const auto* text = std::get_if<std::string>(&value);
         const std::string_view suffix = bracketSuffix(options, policy, text == nullptr);
         const std::string encodedKey = URLEncodedString(key);
         for (const std::string& element :
              text != nullptr ? std::span(text, 1) : written(std::get<List>(value), policy)) {
-            query.write(encodedKey, suffix, element);
+            query.append(query.empty() ? "" : "&").append(encodedKey).append(suffix).append(1, '=');
+            platform::appendPercentEncoded(element, PercentKeep::Unreserved, query);
         }
     }
-    return query.take();
+    return query;
 }
 
 ParameterMap URLQueryParameters(std::string_view receiver) {
@@ -217,7 +202,7 @@ ParameterMap URLQueryParametersWithOptions(std::string_view receiver, unsigned o
         const std::string_view pair = takeUpTo(rest, '&');
         const std::size_t equals = pair.find('=');
         if (equals != std::string_view::npos) {
-            // What stands behind a second "=" is left out on purpose.
+            // Everything from a second "=" on is left out on purpose.
             const std::string_view value = pair.substr(equals + 1);
             addParsed(map,
                       decodedOrRaise(pair.substr(0, equals)),

@@ -11,12 +11,12 @@
 #include <utility>
 #include <vector>
 
-// Order-keeping operations on lists. All are pure: they read the receiver (the first argument) and
-// return something new, so any thread may call them.
+// Operations on lists that keep the order. All are pure: they read the receiver (the first
+// argument) and return something new, so any thread may call them.
 //
-// Elements are compared by their own equality: isEqual of a record held by pointer, == of
-// everything else. A key is a function from an element to std::optional; an empty one means that
-// the element has no value under the key. Key values need == and std::hash.
+// Elements are compared by their own equality: isEqual for records held by pointer, == for
+// everything else. A key is a function from an element to std::optional; an empty result means that
+// the element has no value for the key. Key values need == and std::hash.
 namespace quillet::Tarno {
 
 template <typename Element>
@@ -51,8 +51,7 @@ std::vector<Element> Intersect(const std::vector<Element>& list,
     return result;
 }
 
-// Each element once, at its first position. Scans the result for each element: quadratic, meant
-// for short lists.
+// Each element once, at its first position. Quadratic, meant for short lists.
 template <typename Element>
 std::vector<Element> Unique(const std::vector<Element>& list) {
     std::vector<Element> result;
@@ -80,8 +79,8 @@ std::vector<Element> Unique(const std::vector<Element>& list, Key key) {
     return result;
 }
 
-// Each element once, by std::hash and ==; linear. A list of one element is returned itself, not a
-// copy of it. `list` must not be null.
+// Each element once, by std::hash and ==; linear. For a list of one element returns the list
+// itself, not a copy. `list` must not be null.
 template <typename Element>
 std::shared_ptr<const std::vector<Element>> UniqueDict(
     const std::shared_ptr<const std::vector<Element>>& list) {
@@ -103,10 +102,10 @@ std::vector<Element> reversedArrayx(const std::vector<Element>& list) {
     return {list.rbegin(), list.rend()};
 }
 
-// Groups runs of neighbours that share a value under the key. An absent value equals nothing, not
-// even another absent one, so each such element starts a group; and since the first comparison is
-// made against the first element's own value, a list that begins with one gives an empty group
-// first. Both are kept on purpose.
+// Groups runs of neighbours with the same value for the key. An absent value equals nothing, not
+// even another absent one, so each element without a value starts a group. If the first element has
+// no value, the result begins with an empty group, because it is compared with itself. Both are
+// kept on purpose.
 template <typename Element, typename Key>
 std::vector<std::vector<Element>> groupByKeyPath(const std::vector<Element>& list, Key key) {
     std::vector<std::vector<Element>> groups;
@@ -128,7 +127,7 @@ std::vector<std::vector<Element>> groupByKeyPath(const std::vector<Element>& lis
     return groups;
 }
 
-// Chunks of `size` elements, the last with what is left. Throws std::invalid_argument for 0.
+// Chunks of `size` elements; the last one may be shorter. Throws std::invalid_argument for 0.
 template <typename Element>
 std::vector<std::vector<Element>> SplitWithRange(const std::vector<Element>& list,
                                                  std::size_t size) {
@@ -145,7 +144,7 @@ std::vector<std::vector<Element>> SplitWithRange(const std::vector<Element>& lis
     return chunks;
 }
 
-// Whether `pattern` stands in `list` without a gap. One pass that never looks back into a partial
+// Whether `list` contains `pattern` without a gap. One pass that never goes back into a partial
 // match: (1, 1, 1, 2) does not contain (1, 1, 2). Kept on purpose.
 template <typename Element>
 bool contains_contiguous_sub_array(const std::vector<Element>& list,

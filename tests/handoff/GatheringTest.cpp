@@ -5,7 +5,8 @@
 #include <gmock/gmock.h>
 #include <thread>
 
-#include "handoff/Gathering.h"
+#include "handoff/GatherItems.h"
+#include "handoff/Staging.h"
 #include "tests/handoff/ContainerFixture.h"
 #include "tests/support/WaitUntil.h"
 
@@ -77,12 +78,13 @@ protected:
         gatherItems({items},
                     "share",
                     [&](const std::shared_ptr<ExtensionMessage>& message, int) { draft = message; },
-                    {queue, [this](double seconds) {
-                         pauses.push_back(seconds);
-                         if (pauses.size() == 3 && inThirdPause) {
-                             inThirdPause(kLink);
-                         }
-                     }});
+                    queue,
+                    [this](double seconds) {
+                        pauses.push_back(seconds);
+                        if (pauses.size() == 3 && inThirdPause) {
+                            inThirdPause(kLink);
+                        }
+                    });
         return draft;
     }
 

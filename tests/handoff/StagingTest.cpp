@@ -3,7 +3,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "handoff/ExtensionUtilities.h"
+#include "handoff/Staging.h"
 #include "tests/handoff/ContainerFixture.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/FileSizeLimit.h"

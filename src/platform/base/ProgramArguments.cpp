@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/StandardError.h"
 
 namespace quillet::platform {
@@ -136,8 +137,8 @@ private:
     template <typename Take>
     void readLetters(std::string_view word, Take take) {
         for (std::size_t at = 1; at < word.size(); ++at) {
-            const bool isAscii = static_cast<unsigned char>(word[at]) < 0x80;
-            const std::string typed = isAscii ? std::string("-") + word[at] : std::string(word);
+            const std::string typed =
+                isAscii(word[at]) ? std::string("-") + word[at] : std::string(word);
             const ProgramOption& option =
                 find(typed, [&](const ProgramOption& each) { return word[at] == each.letter; });
             if (option.value != nullptr && at + 1 < word.size()) {

@@ -41,7 +41,7 @@ std::string printableLine(std::string_view text) {
     std::string line;
     line.reserve(valid.size());
     for (std::string_view rest = valid; !rest.empty();) {
-        const std::string_view character = rest.substr(0, utf8SequenceLength(rest));
+        const std::string_view character = rest.substr(0, firstUtf8Character(rest).length);
         rest.remove_prefix(character.size());
         line += disturbs(character) ? " " : character;
     }

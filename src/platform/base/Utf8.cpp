@@ -1,43 +1,18 @@
 #include "platform/base/Utf8.h"
 
+#include <algorithm>
 #include <cstring>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+// ICU's macros narrow bytes that they have widened to int.
+#pragma GCC diagnostic ignored "-Wconversion"
 
 namespace quillet::platform {
 
 namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
-
-bool isContinuation(unsigned char byte) {
-    return (byte & 0xC0U) == 0x80;
-}
-
-std::size_t lengthByLeadByte(unsigned char lead) {
-    if (lead >= 0xF0) {
-        return lead < 0xF5 ? 4 : 0;
-    }
-    if (lead >= 0xE0) {
-        return 3;
-    }
-    return lead >= 0xC2 ? 2 : 0;
-}
-
-// Whether the second byte of a sequence may follow the first: it tells overlong forms, surrogates
-// and numbers above U+10FFFF.
-bool maySecondFollow(unsigned char lead, unsigned char second) {
-    switch (lead) {
-        case 0xE0:
-            return second >= 0xA0;
-        case 0xED:
-            return second < 0xA0;
-        case 0xF0:
-            return second >= 0x90;
-        case 0xF4:
-            return second < 0x90;
-        default:
-            return true;
-    }
-}
 
 // Bytes of ASCII that the text starts with, looked at in words; where a text is shorter than the
 // last word, the words overlap.
@@ -82,24 +57,15 @@ private:
 }  // namespace
 
 bool isUnicodeScalar(std::uint32_t code) noexcept {
-    return code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF);
+    return !U_IS_SURROGATE(code) && code <= 0x10FFFF;
 }
 
 std::size_t writeUtf8(std::uint32_t code, char* at) noexcept {
     if (!isUnicodeScalar(code)) {
         code = kReplacement;
     }
-    if (code < 0x80) {
-        *at = static_cast<char>(code);
-        return 1;
-    }
-    const std::size_t length = code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
-    for (std::size_t i = length - 1; i > 0; --i) {
-        at[i] = static_cast<char>(0x80U | (code & 0x3FU));
-        code >>= 6U;
-    }
-    const std::uint32_t lead = length == 2 ? 0xC0 : length == 3 ? 0xE0 : 0xF0;
-    *at = static_cast<char>(lead | code);
+    std::size_t length = 0;
+    U8_APPEND_UNSAFE(at, length, code);
     return length;
 }
 
@@ -116,10 +82,9 @@ void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& t
             *at++ = static_cast<char>(code);
             continue;
         }
-        const bool leads = code >= 0xD800 && code < 0xDC00 && i + 1 < units.count();
-        const std::uint32_t next = leads ? units[i + 1] : 0;
-        if (next >= 0xDC00 && next < 0xE000) {
-            code = 0x10000 + ((code - 0xD800) << 10U) + (next - 0xDC00);
+        const std::uint32_t next = U16_IS_LEAD(code) && i + 1 < units.count() ? units[i + 1] : 0;
+        if (U16_IS_TRAIL(next)) {
+            code = static_cast<std::uint32_t>(U16_GET_SUPPLEMENTARY(code, next));
             ++i;
         }
         at += writeUtf8(code, at);
@@ -127,24 +92,20 @@ void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& t
     text.resize(static_cast<std::size_t>(at - text.data()));
 }
 
-std::size_t utf8SequenceLength(std::string_view text) noexcept {
-    if (text.empty()) {
-        return 0;
-    }
-    const auto lead = static_cast<unsigned char>(text.front());
-    if (lead < 0x80) {
-        return 1;
-    }
-    const std::size_t length = lengthByLeadByte(lead);
-    if (length == 0 || length > text.size()) {
-        return 0;
-    }
-    for (std::size_t i = 1; i < length; ++i) {
-        if (!isContinuation(static_cast<unsigned char>(text[i]))) {
-            return 0;
-        }
-    }
-    return maySecondFollow(lead, static_cast<unsigned char>(text[1])) ? length : 0;
+Utf8Character firstUtf8Character(std::string_view text) noexcept {
+    std::size_t length = 0;
+    std::int32_t code = 0;
+    U8_NEXT(text.data(), length, text.size(), code);
+    return code < 0 ? Utf8Character() : Utf8Character{code, length};
+}
+
+Utf8Character lastUtf8Character(std::string_view text) noexcept {
+    const auto size = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), U8_MAX_LENGTH));
+    const char* const start = text.data() + text.size() - size;
+    std::int32_t at = size;
+    std::int32_t code = 0;
+    U8_PREV(start, 0, at, code);
+    return code < 0 ? Utf8Character() : Utf8Character{code, static_cast<std::size_t>(size - at)};
 }
 
 std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept {
@@ -154,11 +115,11 @@ std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept {
             at += asciiLength(text.substr(at));
             continue;
         }
-        const std::size_t length = utf8SequenceLength(text.substr(at));
-        if (length == 0) {
+        const Utf8Character character = firstUtf8Character(text.substr(at));
+        if (character.code < 0) {
             return at;
         }
-        at += length;
+        at += character.length;
     }
     return std::nullopt;
 }

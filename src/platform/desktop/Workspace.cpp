@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/Log.h"
 #include "platform/desktop/ActivationTokens.h"
 #include "platform/desktop/ApplicationObject.h"
@@ -49,11 +50,6 @@ struct Request {
     std::optional<std::string> token;
 };
 
-bool isLetter(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           character == '_' || character == '-';
-}
-
 // Whether the bus could know the name. It cuts off a sender that uses one it cannot know.
 bool isBusName(std::string_view name) {
     constexpr std::size_t kLongest = 255;
@@ -66,7 +62,8 @@ bool isBusName(std::string_view name) {
             }
             hasPoint = true;
             isStart = true;
-        } else if (isLetter(character) || (!isStart && character >= '0' && character <= '9')) {
+        } else if (isAsciiLetter(character) || character == '_' || character == '-' ||
+                   (!isStart && isAsciiDigit(character))) {
             isStart = false;
         } else {
             return false;

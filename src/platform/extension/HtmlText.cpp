@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/ByteBuffer.h"
 #include "platform/base/Utf8.h"
 #include "platform/plist/PropertyListXmlText.h"
@@ -22,19 +23,14 @@ bool contains(const std::array<std::string_view, size>& names, std::string_view 
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-bool isLetter(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
 // The element name at the start of the text in lower case, or "".
 std::string nameAtStart(std::string_view text) {
     std::string name;
     for (const char character : text) {
-        const bool isDigit = character >= '0' && character <= '9';
-        if (!isLetter(character) && (name.empty() || !isDigit)) {
+        if (!isAsciiLetter(character) && (name.empty() || !isAsciiDigit(character))) {
             break;
         }
-        name += isLetter(character) ? static_cast<char>(character | ' ') : character;
+        name += asciiLowerCase(character);
     }
     return name;
 }
@@ -90,7 +86,7 @@ void takeReference(std::string_view& html, std::string& text) {
 
 std::string withSingleBlanks(std::string_view text) {
     std::string result;
-    for (const char character : trimmedXmlSpace(text)) {
+    for (const char character : trimmed(text, kXmlSpaces)) {
         if (!isXmlSpace(character)) {
             result += character;
         } else if (!result.ends_with(' ')) {

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "platform/base/Ascii.h"
+
 namespace quillet::platform {
 
 namespace {
@@ -23,20 +25,7 @@ constexpr double kLargestFixed = 1e17;
 // The longest fixed form is "-0.000" and 17 digits, the longest scientific one has 24 characters.
 constexpr std::size_t kLongestText = 40;
 
-bool isSpace(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
-std::string_view withoutLeadingSpace(std::string_view text) {
-    while (!text.empty() && isSpace(text.front())) {
-        text.remove_prefix(1);
-    }
-    return text;
-}
+constexpr std::string_view kSpaces = " \t\n\v\f\r";
 
 // What a decimal number stands for that is too large or too small for a double.
 double outOfRangeValue(std::string_view number) {
@@ -158,7 +147,7 @@ std::optional<double> realValueAtStartOfText(std::string_view& text) noexcept {
     std::string_view rest = text;
     const bool negative = takeSign(rest);
     // Words such as "inf" and a second sign are no decimal numbers, though from_chars takes them.
-    if (rest.empty() || !(isDigit(rest.front()) || rest.front() == '.')) {
+    if (rest.empty() || !(isAsciiDigit(rest.front()) || rest.front() == '.')) {
         return std::nullopt;
     }
     double value = 0;
@@ -176,7 +165,7 @@ std::optional<double> realValueAtStartOfText(std::string_view& text) noexcept {
 }
 
 std::int64_t integerValueOfText(std::string_view text) noexcept {
-    text = withoutLeadingSpace(text);
+    text = trimmedStart(text, kSpaces);
     const bool negative = takeSign(text);
     std::uint64_t magnitude = 0;
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), magnitude);
@@ -190,16 +179,14 @@ std::int64_t integerValueOfText(std::string_view text) noexcept {
 }
 
 float floatValueOfText(std::string_view text) noexcept {
-    text = withoutLeadingSpace(text);
+    text = trimmedStart(text, kSpaces);
     return static_cast<float>(realValueAtStartOfText(text).value_or(0.0));
 }
 
 bool boolValueOfText(std::string_view text) noexcept {
-    text = withoutLeadingSpace(text);
+    text = trimmedStart(text, kSpaces);
     takeSign(text);
-    while (text.starts_with('0')) {
-        text.remove_prefix(1);
-    }
+    text = trimmedStart(text, "0");
     return !text.empty() &&
            std::string_view("YyTt123456789").find(text.front()) != std::string_view::npos;
 }

@@ -5,8 +5,10 @@
 #include <string>
 #include <utility>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/Utf8.h"
 #include "platform/plist/PropertyListState.h"
+#include "platform/plist/PropertyListXmlText.h"
 
 namespace quillet::platform {
 
@@ -16,11 +18,6 @@ constexpr std::string_view kBinaryStart = "bplist";
 constexpr std::string_view kUtf16BigStart = "\xFE\xFF";
 constexpr std::string_view kUtf16LittleStart = "\xFF\xFE";
 constexpr std::size_t kUtf16MarkLength = 2;
-
-std::string_view withoutLeadingSpace(std::string_view text) {
-    const std::size_t start = text.find_first_not_of(" \t\r\n");
-    return start == std::string_view::npos ? std::string_view() : text.substr(start);
-}
 
 // The offset in the UTF-16 file of the character at `offset` of its UTF-8 form.
 std::size_t utf16Offset(std::string_view utf8, std::size_t offset) {
@@ -78,7 +75,7 @@ void read(PropertyListState& state) {
     }
     const bool marked = bytes.starts_with(kUtf8ByteOrderMark);
     const std::string_view text = marked ? bytes.substr(kUtf8ByteOrderMark.size()) : bytes;
-    if (!withoutLeadingSpace(text).starts_with('<')) {
+    if (!trimmedStart(text, kXmlSpaces).starts_with('<')) {
         failPropertyList(Kind::UnknownFormat, 0, "neither an XML nor a binary property list");
     }
     readXmlPropertyList(state, bytes.size());

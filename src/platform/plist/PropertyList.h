@@ -118,6 +118,7 @@ private:
 
     const PropertyListNode& node() const noexcept;
     const PropertyListNode& nodeOfType(PropertyListType wanted, const char* conversion) const;
+    Number number(const char* conversion) const;
     [[noreturn]] void raise(const char* conversion) const;
     static void mergeRepeatedKeys(std::vector<Entry>& entries);
 

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
-#include "platform/plist/ByteReader.h"
 #include "platform/plist/PropertyListState.h"
 
 // Internal to the reader of binary property lists.
@@ -30,7 +30,7 @@ struct BinaryTrailer {
 // overlapping ones cannot make the work grow with its square.
 class BinaryObjectReader {
 public:
-    BinaryObjectReader(const ByteReader& bytes, const BinaryTrailer& trailer)
+    BinaryObjectReader(std::string_view bytes, const BinaryTrailer& trailer)
         : bytes_(bytes), end_(trailer.tableOffset), referenceWidth_(trailer.referenceWidth) {}
 
     // Fills the node. On an error returns what is wrong, else null.
@@ -55,13 +55,13 @@ private:
                    std::uint64_t width,
                    PropertyListNode& node);
     bool has(std::uint64_t offset, std::uint64_t length) const {
-        return ByteReader::fits(offset, length, end_);
+        return offset <= end_ && length <= end_ - offset;
     }
     std::uint64_t number(std::uint64_t offset, std::size_t width) const {
         return bigEndianNumber(bytes_.data() + offset, width);
     }
 
-    const ByteReader& bytes_;
+    std::string_view bytes_;
     std::uint64_t end_;  // of the objects
     std::uint64_t referenceWidth_;
     std::uint64_t payload_ = 0;  // bytes of texts, data and references read so far

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/plist/ByteReader.h"
 #include "platform/plist/PropertyListBinaryObjects.h"
 #include "platform/plist/PropertyListState.h"
 
@@ -29,7 +28,7 @@ constexpr std::uint16_t kOpen = 0xFFFF;
 // container how deep it goes and how many values it unfolds to.
 class TreeChecker {
 public:
-    TreeChecker(PropertyListState& state, const ByteReader& bytes, const Trailer& trailer)
+    TreeChecker(PropertyListState& state, std::string_view bytes, const Trailer& trailer)
         : nodes_(state.nodes),
           bytes_(bytes),
           trailer_(trailer),
@@ -63,7 +62,7 @@ private:
     void addVisits(Frame& frame, std::uint64_t visits) const;
 
     std::vector<Node>& nodes_;
-    const ByteReader& bytes_;
+    std::string_view bytes_;
     const Trailer& trailer_;
     std::size_t width_;
     std::uint64_t budget_;
@@ -191,7 +190,7 @@ void TreeChecker::check(std::uint32_t root) {
     }
 }
 
-Trailer readTrailer(const ByteReader& bytes) {
+Trailer readTrailer(std::string_view bytes) {
     if (bytes.size() < kBinaryHeaderSize + kTrailerSize + 2) {
         failPropertyList(Kind::Malformed, bytes.size(), "a binary property list that is cut off");
     }
@@ -228,7 +227,7 @@ Trailer readTrailer(const ByteReader& bytes) {
 }  // namespace
 
 void readBinaryPropertyList(PropertyListState& state) {
-    const ByteReader bytes(state.bytes.view());
+    const std::string_view bytes = state.bytes.view();
     const Trailer trailer = readTrailer(bytes);
     BinaryObjectReader objects(bytes, trailer);
     state.nodes.resize(trailer.objectCount);

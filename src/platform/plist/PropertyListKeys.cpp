@@ -51,27 +51,20 @@ void PropertyListKeys::search(const PropertyListValue& dictionary,
     const State& state = *dictionary.state_;
     const Node& node = dictionary.node();
     std::fill(positions_.begin(), positions_.end(), kNone);
-    std::uint32_t at = dictionary.node_ + 1;
-    for (std::uint32_t position = 0; position < node.length; ++position) {
-        std::uint32_t key = at;
-        std::uint32_t value = at + 1;
-        if (node.form == Form::References) {
-            key = state.reference(node.offset, position);
-            value = state.reference(node.offset, node.length + position);
-        } else {
-            at = state.nodes[value].extent;
-        }
+    std::uint32_t position = 0;
+    forEachEntry(state, dictionary.node_, [&](std::uint32_t key, std::uint32_t value) {
         const Node& text = state.nodes[key];
-        // One of UTF-16 that is longer than any of the wanted keys is not converted.
+        // A UTF-16 key that is longer than every wanted key is not converted.
         const bool isWanted = text.form != Form::Utf16 || text.length <= 2 * longestKey_;
         const std::uint32_t index =
             isWanted ? keyAt(position, textOfNode(state, text, scratch_)) : kNone;
-        // Of a repeated key the last one counts.
+        // The last value of a repeated key counts.
         if (index != kNone) {
             positions_[index] = position;
             found[index] = {&state, value};
         }
-    }
+        ++position;
+    });
     last_ = {state.generation, node.length, node.heightOrShape, node.offset};
 }
 

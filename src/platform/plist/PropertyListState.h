@@ -4,17 +4,29 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/base/ByteBuffer.h"
-#include "platform/plist/ByteReader.h"
 #include "platform/plist/PropertyList.h"
 
 // What a parsed document consists of. Internal to the property-list sources.
 namespace quillet::platform {
+
+// The big-endian number of `width` (1 to 8) bytes at `at`. Reads 8 bytes from there, which
+// ByteBuffer's padding makes readable.
+inline std::uint64_t bigEndianNumber(const char* at, std::size_t width) noexcept {
+    constexpr std::size_t kWidest = 8;
+    std::uint64_t number = 0;
+    std::memcpy(&number, at, kWidest);
+    if constexpr (std::endian::native == std::endian::little) {
+        number = __builtin_bswap64(number);
+    }
+    return number >> (8 * (kWidest - width));
+}
 
 // How the bytes of a value are to be read.
 enum class PropertyListForm : std::uint8_t {
@@ -102,6 +114,21 @@ inline PropertyListValue::PropertyListValue(const PropertyListState* state,
 
 inline const PropertyListNode& PropertyListValue::node() const noexcept {
     return state_->nodes[node_];
+}
+
+// Calls `visit` with the key node and the value node of each entry of a dictionary, in file order.
+template <typename Visit>
+void forEachEntry(const PropertyListState& state, std::uint32_t dictionary, const Visit& visit) {
+    const PropertyListNode& node = state.nodes[dictionary];
+    std::uint32_t at = dictionary + 1;
+    for (std::uint32_t i = 0; i < node.length; ++i) {
+        if (node.form == PropertyListForm::References) {
+            visit(state.reference(node.offset, i), state.reference(node.offset, node.length + i));
+        } else {
+            visit(at, at + 1);
+            at = state.nodes[at + 1].extent;
+        }
+    }
 }
 
 // The text of a string node: a view into the document or, where something has to be converted,

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <deque>
 #include <limits>
 #include <numeric>
@@ -18,31 +19,18 @@ using Node = PropertyListNode;
 using State = PropertyListState;
 using Type = PropertyListType;
 
-const char* nameOf(Type type) {
-    switch (type) {
-        case Type::Absent:
-            return "an absent value";
-        case Type::String:
-            return "a string";
-        case Type::Integer:
-            return "an integer";
-        case Type::Real:
-            return "a real";
-        case Type::Boolean:
-            return "a boolean";
-        case Type::Date:
-            return "a date";
-        case Type::Data:
-            return "data";
-        case Type::Array:
-            return "an array";
-        case Type::Dictionary:
-            return "a dictionary";
-        case Type::Uid:
-            return "a UID";
-    }
-    return "a value";
-}
+// In the order of PropertyListType.
+constexpr std::array<std::string_view, 10> kTypeNames = {"an absent value",
+                                                         "a string",
+                                                         "an integer",
+                                                         "a real",
+                                                         "a boolean",
+                                                         "a date",
+                                                         "data",
+                                                         "an array",
+                                                         "a dictionary",
+                                                         "a UID"};
+static_assert(kTypeNames[static_cast<std::size_t>(Type::Uid)] == "a UID");
 
 Number numberOf(const Node& node) {
     switch (node.type) {
@@ -87,10 +75,6 @@ bool isText(const State& state, const Node& text, std::string_view key, std::str
     return mayBe && textOfNode(state, text, scratch) == key;
 }
 
-bool isNumber(Type type) {
-    return type == Type::Integer || type == Type::Real || type == Type::Boolean;
-}
-
 }  // namespace
 
 std::string_view textOfNode(const State& state, const Node& node, std::string& scratch) {
@@ -112,7 +96,8 @@ PropertyListType PropertyListValue::type() const noexcept {
 }
 
 void PropertyListValue::raise(const char* conversion) const {
-    throw Exception(std::string(nameOf(type())) + " has no " + conversion);
+    const std::string name(kTypeNames[static_cast<std::size_t>(type())]);
+    throw Exception(name + " has no " + conversion);
 }
 
 const PropertyListNode& PropertyListValue::nodeOfType(Type wanted, const char* conversion) const {
@@ -132,51 +117,39 @@ std::string PropertyListValue::stringValue() const {
     return text.data() == scratch.data() ? std::move(scratch) : std::string(text);
 }
 
-std::uint64_t PropertyListValue::unsignedIntegerValue() const {
-    if (!isNumber(type())) {
-        raise("unsigned integer value");
+// The number of an integer, real or boolean; raises for every other type.
+Number PropertyListValue::number(const char* conversion) const {
+    const Type own = type();
+    if (own != Type::Integer && own != Type::Real && own != Type::Boolean) {
+        raise(conversion);
     }
-    return numberOf(node()).unsignedIntegerValue();
+    return numberOf(node());
+}
+
+std::uint64_t PropertyListValue::unsignedIntegerValue() const {
+    return number("unsigned integer value").unsignedIntegerValue();
 }
 
 std::int64_t PropertyListValue::integerValue() const {
-    if (type() == Type::String) {
-        std::string scratch;
-        return integerValueOfText(stringValue(scratch));
-    }
-    if (!isNumber(type())) {
-        raise("integer value");
-    }
-    return numberOf(node()).integerValue();
+    std::string scratch;
+    return type() == Type::String ? integerValueOfText(stringValue(scratch))
+                                  : number("integer value").integerValue();
 }
 
 float PropertyListValue::floatValue() const {
-    if (type() == Type::String) {
-        std::string scratch;
-        return floatValueOfText(stringValue(scratch));
-    }
-    if (!isNumber(type())) {
-        raise("single-precision value");
-    }
-    return numberOf(node()).floatValue();
+    std::string scratch;
+    return type() == Type::String ? floatValueOfText(stringValue(scratch))
+                                  : number("single-precision value").floatValue();
 }
 
 bool PropertyListValue::boolValue() const {
-    if (type() == Type::String) {
-        std::string scratch;
-        return boolValueOfText(stringValue(scratch));
-    }
-    if (!isNumber(type())) {
-        raise("boolean value");
-    }
-    return numberOf(node()).boolValue();
+    std::string scratch;
+    return type() == Type::String ? boolValueOfText(stringValue(scratch))
+                                  : number("boolean value").boolValue();
 }
 
 Number PropertyListValue::numberValue() const {
-    if (!isNumber(type())) {
-        raise("number value");
-    }
-    return numberOf(node());
+    return number("number value");
 }
 
 std::optional<std::uint32_t> PropertyListValue::sharedText(std::size_t size) const noexcept {
@@ -214,24 +187,15 @@ std::size_t PropertyListValue::count() const noexcept {
 }
 
 PropertyListValue PropertyListValue::valueForKey(std::string_view key) const {
-    const Node& dictionary = nodeOfType(Type::Dictionary, "value for a key");
+    nodeOfType(Type::Dictionary, "value for a key");
     std::string scratch;
     PropertyListValue found;
-    std::uint32_t at = node_ + 1;
-    for (std::uint32_t i = 0; i < dictionary.length; ++i) {
-        std::uint32_t keyNode = at;
-        std::uint32_t valueNode = at + 1;
-        if (dictionary.form == Form::References) {
-            keyNode = state_->reference(dictionary.offset, i);
-            valueNode = state_->reference(dictionary.offset, dictionary.length + i);
-        } else {
-            at = state_->nodes[valueNode].extent;
-        }
-        // The search goes on behind a match: of a repeated key the last one counts.
+    forEachEntry(*state_, node_, [&](std::uint32_t keyNode, std::uint32_t valueNode) {
+        // The search goes on after a match: the last value of a repeated key counts.
         if (isText(*state_, state_->nodes[keyNode], key, scratch)) {
             found = PropertyListValue(state_, valueNode);
         }
-    }
+    });
     return found;
 }
 
@@ -283,17 +247,9 @@ std::vector<PropertyListValue::Entry> PropertyListValue::entries() const {
     const Node& dictionary = nodeOfType(Type::Dictionary, "entries");
     std::vector<Entry> result;
     result.reserve(dictionary.length);
-    std::uint32_t at = node_ + 1;
-    for (std::uint32_t i = 0; i < dictionary.length; ++i) {
-        if (dictionary.form == Form::References) {
-            const std::uint32_t key = state_->reference(dictionary.offset, i);
-            const std::uint32_t value = state_->reference(dictionary.offset, dictionary.length + i);
-            result.emplace_back(PropertyListValue(state_, key), PropertyListValue(state_, value));
-        } else {
-            result.emplace_back(PropertyListValue(state_, at), PropertyListValue(state_, at + 1));
-            at = state_->nodes[at + 1].extent;
-        }
-    }
+    forEachEntry(*state_, node_, [&](std::uint32_t key, std::uint32_t value) {
+        result.emplace_back(PropertyListValue(state_, key), PropertyListValue(state_, value));
+    });
     mergeRepeatedKeys(result);
     return result;
 }

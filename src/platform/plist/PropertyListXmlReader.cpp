@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/TextFormat.h"
 #include "platform/plist/ByteScan.h"
 #include "platform/plist/PropertyListState.h"
@@ -163,7 +164,7 @@ void XmlReader::readData(const Tag& tag) {
 
 void XmlReader::readBoolean(const Tag& tag) {
     const char* start = at_;
-    if (!trimmedXmlSpace(readPlainContent(tag)).empty()) {
+    if (!trimmed(readPlainContent(tag), kXmlSpaces).empty()) {
         failAt(start, formatText("text inside <%@>", {tag.name}));
     }
     addNumber(Type::Boolean, tag.name == "true" ? 1 : 0);

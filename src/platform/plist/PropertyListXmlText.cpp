@@ -1,13 +1,13 @@
 #include "platform/plist/PropertyListXmlText.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <charconv>
+#include <chrono>
 #include <limits>
 #include <string>
 #include <system_error>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/Utf8.h"
 #include "platform/plist/ByteScan.h"
 #include "platform/plist/PropertyListState.h"
@@ -101,40 +101,10 @@ int base64Digit(char character) {
     return character == '+' ? 62 : character == '/' ? 63 : -1;
 }
 
-// Days from 2001-01-01 to a day of the Gregorian calendar.
-std::int64_t daysSince2001(int year, int month, int day) {
-    constexpr std::int64_t kDaysTo2001 = 730791;  // from 0000-03-01
-    const int shifted = month > 2 ? year : year - 1;
-    const int monthFromMarch = month > 2 ? month - 3 : month + 9;
-    const std::int64_t leapDays = shifted >= 0 ? shifted / 4 - shifted / 100 + shifted / 400 : -1;
-    return std::int64_t{365} * shifted + leapDays + (153 * monthFromMarch + 2) / 5 + (day - 1) -
-           kDaysTo2001;
-}
-
-int daysOfMonth(int year, int month) {
-    constexpr std::array<int, 13> kDays{0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return month == 2 && leap ? 29 : kDays[static_cast<std::size_t>(month)];
-}
-
-int digitsAt(std::string_view text, std::size_t at, std::size_t count) {
-    int value = 0;
+unsigned digitsAt(std::string_view text, std::size_t at, std::size_t count) {
+    unsigned value = 0;
     std::from_chars(text.data() + at, text.data() + at + count, value);
     return value;
-}
-
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& character : lower) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return lower;
-}
-
-bool isForbiddenControl(char character) {
-    return static_cast<unsigned char>(character) < 0x20 && !isXmlSpace(character);
 }
 
 }  // namespace
@@ -144,28 +114,16 @@ std::optional<XmlCharacterError> firstXmlCharacterError(const char* start,
     using Kind = PropertyListErrorKind;
     for (const char* at = findUnusual(start, end); at < end; at = findUnusual(at, end)) {
         const std::string_view rest(at, static_cast<std::size_t>(end - at));
-        const std::size_t length = utf8SequenceLength(rest);
-        if (length == 0) {
+        const Utf8Character character = firstUtf8Character(rest);
+        if (character.code < 0) {
             return XmlCharacterError{Kind::InvalidText, at};
         }
-        const bool noncharacter =
-            rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF");
-        if (noncharacter || isForbiddenControl(*at)) {
+        if (!isXmlCharacter(static_cast<std::uint32_t>(character.code))) {
             return XmlCharacterError{Kind::Malformed, at};
         }
-        at += length;
+        at += character.length;
     }
     return std::nullopt;
-}
-
-std::string_view trimmedXmlSpace(std::string_view text) noexcept {
-    while (!text.empty() && isXmlSpace(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && isXmlSpace(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
 }
 
 std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept {
@@ -208,7 +166,7 @@ void appendUnescapedXml(std::string_view text, std::string& result) {
 std::optional<Number> integerOfXmlText(std::string_view text) noexcept {
     constexpr auto kSignedLimit =
         static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    text = trimmedXmlSpace(text);
+    text = trimmed(text, kXmlSpaces);
     const bool negative = takeSign(text);
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
     if (hexadecimal) {
@@ -229,18 +187,16 @@ std::optional<Number> integerOfXmlText(std::string_view text) noexcept {
 }
 
 std::optional<double> realOfXmlText(std::string_view text) noexcept {
-    text = trimmedXmlSpace(text);
+    text = trimmed(text, kXmlSpaces);
     std::string_view number = text;
     if (const auto value = realValueAtStartOfText(number)) {
         return number.empty() ? value : std::nullopt;
     }
     const bool negative = takeSign(text);
-    constexpr std::size_t kLongestWord = 8;
-    const std::string word = lowerCase(text.substr(0, kLongestWord + 1));
-    if (word == "nan") {
+    if (equalsIgnoringAsciiCase(text, "nan")) {
         return std::numeric_limits<double>::quiet_NaN();
     }
-    if (word == "inf" || word == "infinity") {
+    if (equalsIgnoringAsciiCase(text, "inf") || equalsIgnoringAsciiCase(text, "infinity")) {
         const double infinity = std::numeric_limits<double>::infinity();
         return negative ? -infinity : infinity;
     }
@@ -249,25 +205,26 @@ std::optional<double> realOfXmlText(std::string_view text) noexcept {
 
 std::optional<double> dateOfXmlText(std::string_view text) noexcept {
     constexpr std::string_view kShape = "0000-00-00T00:00:00Z";
-    text = trimmedXmlSpace(text);
+    text = trimmed(text, kXmlSpaces);
     const auto fits = [](char character, char shape) {
-        return shape == '0' ? character >= '0' && character <= '9' : character == shape;
+        return shape == '0' ? isAsciiDigit(character) : character == shape;
     };
     if (!std::equal(text.begin(), text.end(), kShape.begin(), kShape.end(), fits)) {
         return std::nullopt;
     }
-    const int year = digitsAt(text, 0, 4);
-    const int month = digitsAt(text, 5, 2);
-    const int day = digitsAt(text, 8, 2);
-    const int hour = digitsAt(text, 11, 2);
-    const int minute = digitsAt(text, 14, 2);
-    const int second = digitsAt(text, 17, 2);
-    if (month < 1 || month > 12 || day < 1 || day > daysOfMonth(year, month) || hour > 23 ||
-        minute > 59 || second > 59) {
+    constexpr std::chrono::sys_days kStart = std::chrono::January / 1 / 2001;
+    const std::chrono::year_month_day date{
+        std::chrono::year(static_cast<int>(digitsAt(text, 0, 4))),
+        std::chrono::month(digitsAt(text, 5, 2)),
+        std::chrono::day(digitsAt(text, 8, 2))};
+    const unsigned hour = digitsAt(text, 11, 2);
+    const unsigned minute = digitsAt(text, 14, 2);
+    const unsigned second = digitsAt(text, 17, 2);
+    if (!date.ok() || hour > 23 || minute > 59 || second > 59) {
         return std::nullopt;
     }
-    const std::int64_t minutes = (daysSince2001(year, month, day) * 24 + hour) * 60 + minute;
-    return static_cast<double>(minutes * 60 + second);
+    const std::int64_t days = (std::chrono::sys_days(date) - kStart).count();
+    return static_cast<double>(((days * 24 + hour) * 60 + minute) * 60 + second);
 }
 
 bool isBase64(std::string_view text) noexcept {

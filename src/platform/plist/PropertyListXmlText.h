@@ -51,10 +51,11 @@ struct XmlCharacterError {
 std::optional<XmlCharacterError> firstXmlCharacterError(const char* start,
                                                         const char* end) noexcept;
 
+inline constexpr std::string_view kXmlSpaces = " \t\r\n";
+
 inline bool isXmlSpace(char character) noexcept {
     return character == ' ' || character == '\n' || character == '\t' || character == '\r';
 }
-std::string_view trimmedXmlSpace(std::string_view text) noexcept;
 
 // A decimal or 0x hexadecimal integer with an optional sign that 64 bits can hold.
 std::optional<Number> integerOfXmlText(std::string_view text) noexcept;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/Exception.h"
 
 namespace quillet::platform {
@@ -14,12 +15,11 @@ constexpr double kStandardEdgeGap = 20;  // points, between a view and the conta
 constexpr double kGreatestLength = 1'000'000;
 
 bool startsName(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           character == '_';
+    return isAsciiLetter(character) || character == '_';
 }
 
 bool continuesName(char character) {
-    return startsName(character) || (character >= '0' && character <= '9');
+    return startsName(character) || isAsciiDigit(character);
 }
 
 class Parser {

@@ -1,6 +1,5 @@
 #include "platform/url/LinkCharacters.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <unicode/uchar.h>
@@ -13,7 +12,6 @@ namespace quillet::platform {
 namespace {
 
 constexpr std::size_t kAscii = 128;
-constexpr std::size_t kLongestSequence = 4;  // bytes of a character in UTF-8
 
 constexpr std::array<LinkRole, kAscii> asciiRoles() {
     std::array<LinkRole, kAscii> roles{};  // all stops
@@ -67,35 +65,21 @@ LinkRole roleOf(UChar32 code) {
                                                : roleBeyondAscii(code);
 }
 
-// The character of a valid UTF-8 sequence.
-UChar32 codeOf(std::string_view sequence) {
-    const auto lead = static_cast<unsigned char>(sequence.front());
-    UChar32 code = sequence.size() == 1 ? lead : lead & (0x7F >> sequence.size());
-    for (const char byte : sequence.substr(1)) {
-        code = (code << 6) | (static_cast<unsigned char>(byte) & 0x3F);
-    }
-    return code;
+LinkCharacter linkCharacterOf(const Utf8Character& character) {
+    return character.code < 0 ? LinkCharacter()
+                              : LinkCharacter{roleOf(character.code),
+                                              static_cast<char32_t>(character.code),
+                                              character.length};
 }
 
 }  // namespace
 
 LinkCharacter linkCharacterAt(std::string_view text, std::size_t at) {
-    const std::string_view rest = text.substr(at, kLongestSequence);
-    const std::size_t length = utf8SequenceLength(rest);
-    if (length == 0) {
-        return {};
-    }
-    const UChar32 code = codeOf(rest.substr(0, length));
-    return {roleOf(code), static_cast<char32_t>(code), length};
+    return linkCharacterOf(firstUtf8Character(text.substr(at)));
 }
 
 LinkCharacter linkCharacterBefore(std::string_view text, std::size_t end) {
-    for (std::size_t length = 1; length <= std::min(end, kLongestSequence); ++length) {
-        if (utf8SequenceLength(text.substr(end - length, length)) == length) {
-            return linkCharacterAt(text, end - length);
-        }
-    }
-    return {};
+    return linkCharacterOf(lastUtf8Character(text.substr(0, end)));
 }
 
 bool isWrittenWithoutSpaces(char32_t code) {
@@ -121,30 +105,6 @@ bool isWrittenWithoutSpaces(char32_t code) {
 
 bool isSymbol(char32_t code) {
     return (U_GET_GC_MASK(static_cast<UChar32>(code)) & U_GC_S_MASK) != 0;
-}
-
-bool isAsciiDigit(char character) noexcept {
-    return character >= '0' && character <= '9';
-}
-
-bool isAsciiLetter(char character) noexcept {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
-bool isAsciiAlphanumeric(char character) noexcept {
-    return isAsciiDigit(character) || isAsciiLetter(character);
-}
-
-bool equalsIgnoringAsciiCase(std::string_view text, std::string_view lowerCase) noexcept {
-    constexpr char kCaseBit = 'a' - 'A';
-    return std::equal(text.begin(),
-                      text.end(),
-                      lowerCase.begin(),
-                      lowerCase.end(),
-                      [](char character, char lower) {
-                          const bool isUpper = character >= 'A' && character <= 'Z';
-                          return (isUpper ? character + kCaseBit : character) == lower;
-                      });
 }
 
 }  // namespace quillet::platform

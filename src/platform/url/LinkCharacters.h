@@ -33,10 +33,4 @@ bool isWrittenWithoutSpaces(char32_t code);
 // Whether the character is no letter but a sign: arrows, faces, "™", "+".
 bool isSymbol(char32_t code);
 
-bool isAsciiDigit(char character) noexcept;
-bool isAsciiLetter(char character) noexcept;
-bool isAsciiAlphanumeric(char character) noexcept;
-// Whether two texts are the same but for the case of ASCII letters.
-bool equalsIgnoringAsciiCase(std::string_view text, std::string_view lowerCase) noexcept;
-
 }  // namespace quillet::platform

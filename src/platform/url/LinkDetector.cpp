@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/base/Ascii.h"
 #include "platform/url/LinkCharacters.h"
 #include "platform/url/LinkHost.h"
 #include "platform/url/LinkMailAddress.h"

@@ -5,6 +5,7 @@
 #include <memory>
 #include <unicode/uidna.h>
 
+#include "platform/base/Ascii.h"
 #include "platform/url/LinkCharacters.h"
 #include "platform/url/URL.h"
 
@@ -14,14 +15,6 @@ namespace {
 
 constexpr std::size_t kLongestName = 253;
 constexpr std::size_t kLongestLabel = 63;
-
-bool isAscii(char character) {
-    return static_cast<unsigned char>(character) < 0x80;
-}
-
-bool isAsciiText(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), isAscii);
-}
 
 bool isHostCharacter(const LinkCharacter& character) {
     if (character.code < 0x80) {

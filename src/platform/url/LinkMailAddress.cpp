@@ -1,5 +1,6 @@
 #include "platform/url/LinkMailAddress.h"
 
+#include "platform/base/Ascii.h"
 #include "platform/url/LinkCharacters.h"
 #include "platform/url/LinkHost.h"
 #include "platform/url/LinkRest.h"

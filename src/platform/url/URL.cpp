@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "platform/base/Ascii.h"
 #include "platform/url/PercentEncoding.h"
 #include "platform/url/UriCharacters.h"
 
@@ -17,14 +18,6 @@ constexpr unsigned kRegisteredName = kUriUnreserved | kUriSubDelimiter;
 constexpr unsigned kUserInformation = kRegisteredName | kUriColon;
 constexpr unsigned kFragment = kUriPath | kUriQuestion;
 constexpr unsigned kQuery = kFragment | kUriBracket;
-
-bool isLetter(char character) {
-    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
 
 // Whether all characters are in one of `classes` or belong to an escape.
 bool consistsOf(std::string_view text, unsigned classes) {
@@ -41,10 +34,10 @@ bool consistsOf(std::string_view text, unsigned classes) {
 }
 
 bool isScheme(std::string_view text) {
-    return !text.empty() && isLetter(text.front()) &&
+    return !text.empty() && isAsciiLetter(text.front()) &&
            std::all_of(text.begin(), text.end(), [](char character) {
-               return isLetter(character) || isDigit(character) || character == '+' ||
-                      character == '-' || character == '.';
+               return isAsciiAlphanumeric(character) || character == '+' || character == '-' ||
+                      character == '.';
            });
 }
 
@@ -91,7 +84,7 @@ std::optional<std::size_t> hostLength(std::string_view text) {
 
 bool isPort(std::string_view text) {
     return text.empty() ||
-           (text.front() == ':' && std::all_of(text.begin() + 1, text.end(), isDigit));
+           (text.front() == ':' && std::all_of(text.begin() + 1, text.end(), isAsciiDigit));
 }
 
 // The host within an authority, "user information@host:port" of which the host alone must be there
@@ -184,12 +177,7 @@ std::string URL::path() const {
 }
 
 bool URL::isFileURL() const noexcept {
-    constexpr std::string_view kFile = "file";
-    const std::string_view own = scheme();
-    return std::equal(
-        own.begin(), own.end(), kFile.begin(), kFile.end(), [](char left, char right) {
-            return (static_cast<unsigned char>(left) | 0x20U) == static_cast<unsigned char>(right);
-        });
+    return equalsIgnoringAsciiCase(scheme(), "file");
 }
 
 }  // namespace quillet::platform
