@@ -39,7 +39,7 @@ std::string_view bracketSuffix(unsigned options, unsigned policy, bool isList) {
     return (options & BracketKeys) != 0 && counts ? "[]" : "";
 }
 
-// Removes `text` up to and including the first `separator` and returns what came before it.
+// Removes everything up to and including the first `separator` and returns what came before it.
 std::string_view takeUpTo(std::string_view& text, char separator) {
     const std::size_t length = std::min(text.find(separator), text.size());
     const std::string_view piece = text.substr(0, length);

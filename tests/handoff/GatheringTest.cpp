@@ -34,27 +34,28 @@ Provider ready(Item item) {
 }
 
 // A provider of one type that answers as the test says.
-Provider scripted(std::string_view type, Answer answer) {
-    class Scripted final : public ItemProvider {
-    public:
-        Scripted(std::string_view type, Answer answer) : type_(type), answer_(std::move(answer)) {}
-        bool hasItemConformingToTypeIdentifier(std::string_view type) const override {
-            return type == type_;
-        }
-        void loadItem(std::string_view /*type*/, Completion done) override { answer_(done); }
+class Scripted final : public ItemProvider {
+public:
+    Scripted(std::string_view type, Answer answer) : type_(type), answer_(std::move(answer)) {}
+    bool hasItemConformingToTypeIdentifier(std::string_view type) const override {
+        return type == type_;
+    }
+    void loadItem(std::string_view /*type*/, Completion done) override { answer_(done); }
 
-    private:
-        std::string type_;
-        Answer answer_;
-    };
-    return std::make_shared<Scripted>(type, std::move(answer));
+private:
+    std::string type_;
+    Answer answer_;
+};
+
+Provider link(Answer answer) {
+    return std::make_shared<Scripted>(platform::kUTTypeURL, std::move(answer));
 }
 
 Provider image(const Bitmap& bitmap) {
     return ready(std::make_shared<const Bitmap>(bitmap));
 }
 
-std::string picture(const char* format) {
+std::string pictureFile(const char* format) {
     QBuffer file;
     QImage(2, 1, QImage::Format_RGB32).save(&file, format);
     return file.data().toStdString();
@@ -68,33 +69,25 @@ class GatheringTest : public ContainerFixture {
 protected:
     GatheringTest() { ExtensionUtilities::ShareInit("share"); }
 
-    // The gathered draft; `pauses` holds the seconds of each pause.
+    // The gathered draft. Afterwards `pauses` contains the seconds of each pause.
     std::shared_ptr<ExtensionMessage> gather(const std::vector<ExtensionItem>& items) {
         struct : platform::Queue {
             void async(Block block) override { block(); }
         } queue;
         std::shared_ptr<ExtensionMessage> draft;
         pauses.clear();
-        gatherItems({items},
-                    "share",
-                    [&](const std::shared_ptr<ExtensionMessage>& message, int) { draft = message; },
-                    queue,
-                    [this](double seconds) {
-                        pauses.push_back(seconds);
-                        if (pauses.size() == 3 && inThirdPause) {
-                            inThirdPause(kLink);
-                        }
-                    });
+        gatherItems(
+            {items},
+            "share",
+            [&](const std::shared_ptr<ExtensionMessage>& message, int) { draft = message; },
+            queue,
+            [this](double seconds) {
+                pauses.push_back(seconds);
+                if (pauses.size() == 3 && inThirdPause) {
+                    inThirdPause(kLink);
+                }
+            });
         return draft;
-    }
-
-    static std::vector<std::string> attachmentsOf(const ExtensionMessage& message) {
-        std::vector<std::string> paths;
-        const auto attachments = message.attachments();
-        for (const std::any& path : *attachments) {
-            paths.push_back(std::any_cast<std::string>(path));
-        }
-        return paths;
     }
 
     std::vector<double> pauses;
@@ -108,28 +101,28 @@ TEST_F(GatheringTest, TextsLinksFilesAndPicturesBecomeOneDraft) {
                 {std::nullopt, StyledText{}, {ready(URL::fileURLWithPath(file))}},
                 {StyledText{"", "<b>Tit</b>le"},
                  StyledText{"", "<b>c</b>"},
-                 {ready(kLink), ready(picture("bmp")), image({1, 1, {1, 2, 3, 255}})}}});
+                 {ready(kLink), ready(pictureFile("bmp")), image({1, 1, {1, 2, 3, 255}})}}});
     EXPECT_THAT(pauses, ElementsAre(0.10000000149011612));
     EXPECT_EQ(draft->htmlBody(), "a<br/>b<br/><b>c</b><br/>" + std::string(kAnchor));
     EXPECT_EQ(draft->subject(), "Title");
-    EXPECT_THAT(attachmentsOf(*draft),
-                ElementsAre(staged("50% of it.txt"), staged("image.png"), staged("image_1.png")));
+    const std::string attached[] = {"50% of it.txt", "image.png", "image_1.png"};
+    for (std::size_t at = 0; at < std::size(attached); ++at) {
+        EXPECT_EQ(std::any_cast<std::string>(draft->attachments()->at(at)), staged(attached[at]));
+    }
     EXPECT_EQ(contents(staged("50% of it.txt")), "text");
     EXPECT_EQ(QImage(QString::fromStdString(staged("image.png"))).size(), QSize(2, 1));
     EXPECT_EQ(QImage(QString::fromStdString(staged("image_1.png"))).pixel(0, 0), qRgb(1, 2, 3));
 }
 
 TEST_F(GatheringTest, TheWaitEndsWithTheLastItemOrAtItsLimit) {
-    const auto later = scripted(platform::kUTTypeURL, [this](const ItemProvider::Completion& done) {
-        inThirdPause = done;
-    });
+    const auto later = link([this](const auto& done) { inThirdPause = done; });
     ItemProvider::Completion abandoned;
-    const auto never = scripted(platform::kUTTypeURL,
-                                [&](const ItemProvider::Completion& done) { abandoned = done; });
-    const auto twice = scripted(platform::kUTTypeURL, [](const ItemProvider::Completion& done) {
+    const auto never = link([&](const auto& done) { abandoned = done; });
+    const auto twice = link([](const auto& done) {
         done(kLink);
         done(kLink);
     });
+    const auto neither = std::make_shared<Scripted>("public.text", gives(kLink));
     const struct {
         const char* name;
         std::vector<Provider> attachments;
@@ -138,7 +131,7 @@ TEST_F(GatheringTest, TheWaitEndsWithTheLastItemOrAtItsLimit) {
         {"nothing", {}, 1, 0},
         {"answers in the third pause", {later}, 3, 1},
         {"never answers", {never, ready(kLink)}, 101, 1},
-        {"of neither type", {scripted("public.text", gives(kLink))}, 101, 0},
+        {"of neither type", {neither}, 101, 0},
         {"no provider", {nullptr}, 101, 0},
         {"answers twice", {twice}, 1, 1},
         {"one answers twice, the other later", {twice, later}, 3, 2},
@@ -149,7 +142,7 @@ TEST_F(GatheringTest, TheWaitEndsWithTheLastItemOrAtItsLimit) {
         EXPECT_EQ(pauses.size(), row.pauses);
         EXPECT_EQ(draft->htmlBody()->size(), row.links * kAnchor.size());
         if (const auto done = std::exchange(abandoned, nullptr)) {
-            done(kLink);  // what comes after the end still changes the draft
+            done(kLink);  // an answer after the end still changes the draft
             EXPECT_EQ(draft->htmlBody()->size(), (row.links + 1) * kAnchor.size());
         }
     }
@@ -159,19 +152,23 @@ TEST_F(GatheringTest, WhatCannotBeLoadedIsLoggedAndLeavesTheRest) {
     const platform::Error error{"Test", 7, "no luck"};
     // Claims 60,000 by 60,000 pixels.
     const std::string huge =
-        picture("bmp").replace(18, 8, std::string("\x60\xEA\0\0\x60\xEA\0\0", 8));
-    const std::pair<Provider, const char*> cases[] = {
-        {scripted(platform::kUTTypeURL, gives(error)), "GetItemForExtension kUTTypeURL no luck"},
-        {scripted(platform::kUTTypeImage, gives(error)),
-         "GetItemForExtension kUTTypeImage no luck"},
-        {scripted(platform::kUTTypeURL, gives(Item("x"))), "GetItemForExtension kUTTypeURL "},
-        {scripted(platform::kUTTypeImage, gives(kLink)), "GetItemForExtension kUTTypeImage "},
-        {ready(picture("png").substr(0, 60)), "GetItemForExtension kUTTypeImage "},
-        {ready(huge), "GetItemForExtension kUTTypeImage "},
-        {image({}), "GetItemForExtension kUTTypeImage "},
-        {image({1, 1, {0}}), "GetItemForExtension kUTTypeImage "},
-        {image({4, std::size_t{1} << 63U, {0, 0, 0, 0}}), "GetItemForExtension kUTTypeImage "},
-        {ready(std::shared_ptr<const Bitmap>()), "GetItemForExtension kUTTypeImage "},
+        pictureFile("bmp").replace(18, 8, std::string("\x60\xEA\0\0\x60\xEA\0\0", 8));
+    const auto other = [](const platform::Result<Item>& item) {
+        return std::make_shared<Scripted>(platform::kUTTypeImage, gives(item));
+    };
+    const std::string url = "GetItemForExtension kUTTypeURL ";
+    const std::string picture = "GetItemForExtension kUTTypeImage ";
+    const std::pair<Provider, std::string> cases[] = {
+        {link(gives(error)), url + "no luck"},
+        {link(gives(Item("x"))), url},
+        {other(error), picture + "no luck"},
+        {other(kLink), picture},
+        {ready(pictureFile("png").substr(0, 60)), picture},
+        {ready(huge), picture},
+        {image({}), picture},
+        {image({1, 1, {0}}), picture},
+        {image({4, std::size_t{1} << 63U, {0, 0, 0, 0}}), picture},
+        {ready(std::shared_ptr<const Bitmap>()), picture},
         {ready(URL::fileURLWithPath("/missing")), "Error writing file shareFiles "},
     };
     for (const auto& [attachment, line] : cases) {
@@ -190,10 +187,9 @@ TEST_F(GatheringTest, NothingIsLostWhenManyThreadsAnswerAtOnce) {
     std::vector<std::thread> threads;
     ExtensionItem item;
     for (std::size_t number = 0; number < 2 * kEach; ++number) {
-        const auto answer = [&, number](const ItemProvider::Completion& done) {
+        item.attachments.push_back(link([&, number](const auto& done) {
             threads.emplace_back([&file, number, done] { done(number % 2 == 0 ? file : kLink); });
-        };
-        item.attachments.push_back(scripted(platform::kUTTypeURL, answer));
+        }));
     }
     std::shared_ptr<ExtensionMessage> draft;
     std::atomic<bool> isDone = false;

@@ -1,7 +1,5 @@
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "handoff/MessageImage.h"
@@ -12,47 +10,25 @@
 namespace quillet::test {
 namespace {
 
-std::shared_ptr<ExtensionMessage> messageOf(std::uint64_t account, std::uint64_t number) {
-    auto message = ExtensionMessage::init();
-    message->setAcc_idx(account);
-    message->setIdx(number);
-    return message;
-}
+TEST(MessageImage, MessagesOfTheSameNumbersShareAFileAndTheLaterSaveWins) {
+    const TemporaryFolder folder;
+    const EnvironmentVariable temporary("TMPDIR", folder.path());
+    const std::string user = folder.path("quillet-" + std::to_string(::geteuid()));
+    const auto message = ExtensionMessage::init();
+    message->setAcc_idx(UINT64_MAX);
+    message->setIdx(15);
+    save_image(*message, std::string(100'000, '\0'));
+    save_image(*message, "later");
+    EXPECT_EQ(img_path(*message), user + "/TodayImages/18446744073709551615_15");
+    EXPECT_EQ(contentsOf(img_path(*message)), "later");
+    EXPECT_FALSE(get_image(*message));
 
-class MessageImage : public testing::Test {
-protected:
-    std::string userFolder() const {
-        return folder_.path("quillet-" + std::to_string(::geteuid()));
-    }
-
-    TemporaryFolder folder_;
-    EnvironmentVariable temporary_{"TMPDIR", folder_.path()};
-};
-
-TEST_F(MessageImage, MessagesOfTheSameNumbersShareAFileAndTheLaterSaveWins) {
-    const std::string first(100'000, '\0');
-    save_image(*messageOf(2, 15), first);
-    EXPECT_EQ(img_path(*messageOf(2, 15)), userFolder() + "/TodayImages/2_15");
-    EXPECT_EQ(contentsOf(userFolder() + "/TodayImages/2_15"), first);
-    save_image(*messageOf(2, 15), "later");
-    save_image(*messageOf(UINT64_MAX, 0), "other");
-    EXPECT_EQ(contentsOf(img_path(*messageOf(2, 15))), "later");
-    EXPECT_EQ(contentsOf(userFolder() + "/TodayImages/18446744073709551615_0"), "other");
-    const std::filesystem::directory_iterator files(userFolder() + "/TodayImages");
-    EXPECT_EQ(std::distance(begin(files), end(files)), 2);
-}
-
-TEST_F(MessageImage, NothingIsReadBackEvenAfterASave) {
-    save_image(*messageOf(1, 1), "data");
-    EXPECT_FALSE(get_image(*messageOf(1, 1)));
-}
-
-TEST_F(MessageImage, NothingIsWrittenThroughAFolderThatIsNotTheUsersOwn) {
-    folder_.makeFolder("elsewhere");
-    ASSERT_EQ(::symlink("elsewhere", userFolder().c_str()), 0);
-    save_image(*messageOf(1, 1), "data");
-    EXPECT_EQ(img_path(*messageOf(1, 1)), "");
-    EXPECT_TRUE(std::filesystem::is_empty(folder_.path("elsewhere")));
+    std::filesystem::remove_all(user);
+    folder.makeFolder("elsewhere");
+    std::filesystem::create_symlink("elsewhere", user);
+    save_image(*message, "data");
+    EXPECT_EQ(img_path(*message), "") << "a folder that is not the user's own";
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path("elsewhere")));
 }
 
 }  // namespace

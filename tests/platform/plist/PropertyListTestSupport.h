@@ -12,13 +12,9 @@
 namespace quillet::test {
 
 // Everything in a value as one text: "abc" for strings, 5 for integers, 1.5r for reals, true,
-// 10d for dates, <ab> for data, uid3, (null), [..] and {"key":value,..}. `visits` counts the
-// values.
-inline std::string dump(const platform::PropertyListValue& value, std::size_t* visits = nullptr) {
+// 10d for dates, <ab> for data, uid3, (null), [..] and {"key":value,..}.
+inline std::string dump(const platform::PropertyListValue& value) {
     using Type = platform::PropertyListType;
-    if (visits != nullptr) {
-        ++*visits;
-    }
     switch (value.type()) {
         case Type::Absent:
             return "(null)";
@@ -43,28 +39,28 @@ inline std::string dump(const platform::PropertyListValue& value, std::size_t* v
     const bool isDictionary = value.type() == Type::Dictionary;
     std::string text;
     for (const auto element : value) {
-        text += (text.empty() ? "" : ",") + dump(element, visits);
+        text += (text.empty() ? "" : ",") + dump(element);
         if (isDictionary) {
-            text += ':' + dump(value.valueForKey(element.stringValue()), visits);
+            text += ':' + dump(value.valueForKey(element.stringValue()));
         }
     }
     return isDictionary ? '{' + text + '}' : '[' + text + ']';
 }
 
-// What the file holds, or the description of its error.
+// The contents of the file, or the description of its error.
 inline std::string parsed(std::string_view file) {
     platform::PropertyListDocument document;
     const auto error = document.parse(file);
     return error ? error->description() : dump(document.root());
 }
 
-// The kind of the file's error; none for a good file.
+// The kind of the file's error, or none for a good file.
 inline std::optional<platform::PropertyListErrorKind> kindOfError(std::string_view file) {
     const auto error = platform::PropertyListDocument().parse(file);
     return error ? std::optional(error->kind) : std::nullopt;
 }
 
-// Expects that the file is an error of this kind at this byte.
+// Expects an error of this kind at this byte.
 inline void expectError(std::string_view file,
                         platform::PropertyListErrorKind kind,
                         std::size_t offset) {
@@ -90,6 +86,15 @@ inline std::string ascii(std::string_view text) {
     return static_cast<char>(0x50 + text.size()) + std::string(text);
 }
 
+// The end of a binary file, whose first object is the root.
+inline std::string trailer(std::uint64_t objects,
+                           std::uint64_t tableOffset,
+                           std::size_t referenceWidth = 1,
+                           std::size_t offsetWidth = 1) {
+    return bigEndian(0, 6) + bigEndian(offsetWidth, 1) + bigEndian(referenceWidth, 1) +
+           bigEndian(objects, 8) + bigEndian(0, 8) + bigEndian(tableOffset, 8);
+}
+
 // A binary property list of the given encoded objects, whose first one is the root.
 inline std::string binaryFile(const std::vector<std::string>& objects,
                               std::size_t referenceWidth = 1,
@@ -100,9 +105,7 @@ inline std::string binaryFile(const std::vector<std::string>& objects,
         table += bigEndian(file.size(), offsetWidth);
         file += object;
     }
-    const std::size_t tableOffset = file.size();
-    file += table + bigEndian(0, 6) + bigEndian(offsetWidth, 1) + bigEndian(referenceWidth, 1);
-    return file + bigEndian(objects.size(), 8) + bigEndian(0, 8) + bigEndian(tableOffset, 8);
+    return file + table + trailer(objects.size(), file.size(), referenceWidth, offsetWidth);
 }
 
 }  // namespace quillet::test

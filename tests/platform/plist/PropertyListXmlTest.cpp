@@ -6,7 +6,6 @@
 #include "tests/platform/plist/PropertyListTestSupport.h"
 
 namespace quillet::test {
-
 namespace {
 
 using platform::PropertyListDocument;
@@ -24,13 +23,10 @@ std::string utf16(std::u16string_view text, bool bigEndianOrder) {
     return bytes;
 }
 
-// What the library of the differential test does not write.
+// Forms that the library of the differential test does not write.
 TEST(PropertyListXml, ValuesReadAsWritten) {
-    struct Case {
-        const char* xml;  // inside <plist>
-        std::string dumped;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
+        // inside <plist>
         {"<string/>", "\"\""},
         {"<string kind='a>b'>x</string  >", "\"x\""},
         {"<string>&amp;&lt;&gt;&quot;&apos;&#65;&#x1F600;</string>", "\"&<>\"'A\xF0\x9F\x98\x80\""},
@@ -57,13 +53,11 @@ TEST(PropertyListXml, ValuesReadAsWritten) {
         {"<data>\n aGVs\n bG8=\n</data>", "<hello>"},
         {"<data>aG<!-- -->V5</data>", "<hey>"},
         {"<data/>", "<>"},
-        {"<dict><key>k</key><dict/><key>j</key><true/><key>&#107;</key><string>last</string></"
-         "dict>",
-         "{\"k\":\"last\",\"j\":true}"},
+        {"<dict><key>k</key><dict/><key>j</key><true/><key>&#107;</key><real>2</real></dict>",
+         "{\"k\":2r,\"j\":true}"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.xml);
-        EXPECT_EQ(parsed("<plist version=\"1.0\">" + std::string(c.xml) + "</plist>"), c.dumped);
+    for (const auto& [xml, dumped] : cases) {
+        EXPECT_EQ(parsed("<plist version=\"1.0\">" + std::string(xml) + "</plist>"), dumped) << xml;
     }
 }
 
@@ -71,13 +65,10 @@ TEST(PropertyListXml, EveryAllowedFrameIsAccepted) {
     const std::string files[] = {
         "<string>ok</string>",
         "\xEF\xBB\xBF<plist><string>ok</string></plist>",
-        " \n<?xml version='1.0' encoding='UTF-8'?><!-- - "
-        "-->\n<plist>\n<string>ok</string></plist>\n",
+        " \n<?xml version='1.0'?><!-- - -->\n<plist>\n<string>ok</string></plist>\n",
         "<!DOCTYPE plist PUBLIC \"-//A>//\" 'http://x/y>'><plist><string>ok</string></plist>",
-        "<!DOCTYPE plist [<!-- <!ENTITY --><!ELEMENT a "
-        "ANY>]><plist><string>ok</string></plist><?p?>",
-        utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>ok</string></plist>",
-              true),
+        "<!DOCTYPE p [<!-- <!ENTITY --><!ELEMENT a ANY>]><plist><string>ok</string></plist><?p?>",
+        utf16(u"<?xml version='1.0' encoding='UTF-16'?><string>ok</string>", true),
         utf16(u"<plist><string>ok</string></plist>", false),
     };
     for (const std::string& file : files) {
@@ -92,6 +83,9 @@ TEST(PropertyListXml, BrokenFilesAreErrorsWithTheirPlace) {
         std::string file;
         Kind kind;
         std::size_t offset;
+    };
+    const auto entry = [](const std::string& value) {
+        return "<dict><key>a</key>" + value + "</dict>";
     };
     const Case cases[] = {
         {"", Kind::Empty, 0},
@@ -136,6 +130,17 @@ TEST(PropertyListXml, BrokenFilesAreErrorsWithTheirPlace) {
         {"<dict><string>a</string></dict>", Kind::Malformed, 6},
         {"<dict><key>a</key></dict>", Kind::Malformed, 18},
         {"<array><true/></dict>", Kind::Malformed, 14},
+        // What is remembered of earlier dictionaries hides no error.
+        {"<array>" + entry("<integer>1</integer>") + "<dict><key>a</key><integer>x</integer>",
+         Kind::Malformed,
+         79},
+        {"<array>" + entry("<string>1</string>") + "<dict><key>a</key><string>x</integer>",
+         Kind::Malformed,
+         77},
+        {"<array>" + entry("<true/>") + entry("<true/>") + "<dict><key>a</key>" + entry("<true/>") +
+             entry("<true/>") + "</dict></array>",
+         Kind::Malformed,
+         121},
         {"<!DOCTYPE p [<!ENTITY a \"b\">]><true/>", Kind::EntityDeclared, 13},
         {"<!DOCTYPE p [<!ELEMENT", Kind::Malformed, 12},
         {utf16(u"<string>\u00E4<x", true), Kind::Malformed, 20},
@@ -165,5 +170,4 @@ TEST(PropertyListXml, NestingHasALimit) {
 }
 
 }  // namespace
-
 }  // namespace quillet::test
