@@ -1,14 +1,13 @@
 #include <QBuffer>
 #include <QImage>
 #include <algorithm>
-#include <atomic>
+#include <future>
 #include <gmock/gmock.h>
 #include <thread>
 
 #include "handoff/GatherItems.h"
 #include "handoff/Staging.h"
 #include "tests/handoff/ContainerFixture.h"
-#include "tests/support/WaitUntil.h"
 
 namespace quillet::test {
 namespace {
@@ -191,14 +190,10 @@ TEST_F(GatheringTest, NothingIsLostWhenManyThreadsAnswerAtOnce) {
             threads.emplace_back([&file, number, done] { done(number % 2 == 0 ? file : kLink); });
         }));
     }
-    std::shared_ptr<ExtensionMessage> draft;
-    std::atomic<bool> isDone = false;
-    const auto finish = [&](const std::shared_ptr<ExtensionMessage>& message, int /*error*/) {
-        draft = message;
-        isDone = true;
-    };
-    ExtensionUtilities::GetItemForExtension({{item}}, "share", finish);
-    ASSERT_TRUE(waitUntil([&] { return isDone.load(); }));
+    std::promise<std::shared_ptr<ExtensionMessage>> promise;
+    ExtensionUtilities::GetItemForExtension(
+        {{item}}, "share", [&](const auto& message, int /*error*/) { promise.set_value(message); });
+    const auto draft = promise.get_future().get();
     std::ranges::for_each(threads, &std::thread::join);
     EXPECT_EQ(draft->attachments()->size(), kEach);
     EXPECT_EQ(stagedNames().size(), kEach);

@@ -10,6 +10,7 @@
 namespace quillet::test {
 namespace {
 
+using namespace std::string_literals;
 using platform::URL;
 using testing::ElementsAre;
 using testing::StartsWith;
@@ -43,32 +44,28 @@ std::string urlOf(const Message& message, std::string_view command = "compose") 
     return url ? url->absoluteString() : "none";
 }
 
-// The fields that travel, as texts.
-std::vector<Text> fields(const Message& message) {
-    return {message->plainBody(),
-            message->htmlBody(),
-            message->subject(),
-            message->from(),
-            message->account(),
-            message->bccString(),
-            message->ccString(),
-            message->toString()};
-}
-
 TEST(MessageUrl, ExampleOfTheDocumentIsReadAndWritten) {
     std::string example = documentExample("drafts.md", "");
     ASSERT_TRUE(example.ends_with('\n'));
     example.pop_back();
     const Message message = read(example);
-    EXPECT_EQ(fields(message),
-              (std::vector<Text>{"See attached: 50% + 1.",
-                                 "",
-                                 "Report \xE2\x82\xAC",
-                                 "anna@example.com",
-                                 "anna@example.com",
-                                 {},
-                                 "carl@example.com;",
-                                 "ben@example.com;dora@example.com;"}));
+    const Text fields[] = {message->plainBody(),
+                           message->htmlBody(),
+                           message->subject(),
+                           message->from(),
+                           message->account(),
+                           message->bccString(),
+                           message->ccString(),
+                           message->toString()};
+    EXPECT_THAT(fields,
+                ElementsAre("See attached: 50% + 1.",
+                            "",
+                            "Report \xE2\x82\xAC",
+                            "anna@example.com",
+                            "anna@example.com",
+                            std::nullopt,
+                            "carl@example.com;",
+                            "ben@example.com;dora@example.com;"));
     EXPECT_EQ(paths(message), std::vector<std::string>{"/tmp/Q3 report.pdf"});
     message->setTo(recipients({"ben@example.com", "dora@example.com"}));
     message->setCc(recipients({"carl@example.com"}));
@@ -91,12 +88,9 @@ TEST(MessageUrl, OnlyWhatADraftHasIsWrittenAfterACommandThatIsAHost) {
 TEST(MessageUrl, AttachmentsThatCannotTravelLeaveAGap) {
     LogCapture log;
     const Message message = ExtensionMessage::init();
-    message->setAttachments(ExtensionMessage::Attachments{std::string("/a b"),
-                                                          URL::fileURLWithPath("/c d"),
-                                                          7,
-                                                          URL::URLWithString("http://x/y").value(),
-                                                          std::string("/\xFF"),
-                                                          std::string()});
+    const URL file = URL::fileURLWithPath("/c d");
+    message->setAttachments(ExtensionMessage::Attachments{
+        "/a b"s, file, 7, *URL::URLWithString("http://x/y"), "/\xFF"s, ""s});
     const std::string url = urlOf(message);
     EXPECT_EQ(url, "quillet://compose?attachment_0=%2Fa%20b&attachment_1=%2Fc%20d&attachment_5=");
     EXPECT_EQ(paths(read(url)), (std::vector<std::string>{"/a b", "/c d", ""}));
@@ -104,24 +98,19 @@ TEST(MessageUrl, AttachmentsThatCannotTravelLeaveAGap) {
 }
 
 TEST(MessageUrl, QueriesOfOtherWritersAreRead) {
-    const struct {
-        const char* text;
-        Text to;
-        Text subject;
-        std::vector<std::string> paths;
-    } cases[] = {
+    const std::tuple<const char*, Text, Text, std::vector<std::string>> cases[] = {
         {"quillet://x", {}, {}, {}},
         {"mailto:a@x?to=a&to=b", "b", {}, {}},
         {"?To=a&SUBJECT=b&attachment=c", {}, {}, {}},
         {"?to[]=a&subject=b+c=d#&to=e", "a", "b c", {}},
         {"?attachment_9=z&attachment_=a&attachment_9=b", {}, {}, {"b", "a"}},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.text);
-        const Message message = read(row.text);
-        EXPECT_EQ(message->toString(), row.to);
-        EXPECT_EQ(message->subject(), row.subject);
-        EXPECT_EQ(paths(message), row.paths);
+    for (const auto& [text, to, subject, attached] : cases) {
+        SCOPED_TRACE(text);
+        const Message message = read(text);
+        EXPECT_EQ(message->toString(), to);
+        EXPECT_EQ(message->subject(), subject);
+        EXPECT_EQ(paths(message), attached);
         EXPECT_TRUE(message->to() && message->to()->empty());
         EXPECT_EQ(message->plainBody(), "");
     }

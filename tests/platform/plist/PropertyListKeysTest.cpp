@@ -35,66 +35,49 @@ void expectKeysFound(PropertyListKeys& keys, const PropertyListValue& list) {
     }
 }
 
-// Makes lists of dictionaries of a few kinds that repeat. What the reader remembers of earlier
-// dictionaries must not hide their small differences.
-class RandomLists {
-public:
-    // The elements of a list, in XML.
-    std::vector<std::string> make() {
-        for (Kind& kind : kinds_) {
-            kind.clear();
-            for (std::size_t entries = below(4); entries > 0; --entries) {
-                kind.emplace_back(below(std::size(kNames)), below(std::size(kValues)));
-            }
-        }
-        std::vector<std::string> elements(1 + below(30));
-        for (std::string& element : elements) {
-            const Kind& kind = kinds_[below(4) == 0 ? below(kinds_.size()) : 0];
-            element =
-                rarely("<!-- -->") + (below(30) == 0 ? "<string>a</string>" : dictionary(kind));
-        }
-        return elements;
+constexpr const char* kNames[] = {"a", "b&amp;c", "b&#38;c", "d", "e"};
+constexpr const char* kValues[] = {"<string>x</string>",
+                                   "<string>&lt;</string >",
+                                   "<string/>",
+                                   "<integer>1</integer>",
+                                   "<integer> -1<!-- -->2</integer>",
+                                   "<true/>",
+                                   "<dict><key>a</key><true/></dict>",
+                                   "<array><true/></array>"};
+using Kind = std::vector<std::pair<std::size_t, std::size_t>>;  // indexes of names and values
+
+// In most cases a dictionary of this kind, in XML.
+std::string randomElement(std::mt19937& random, const Kind& kind) {
+    const auto below = [&random](std::size_t limit) { return random() % limit; };
+    if (below(30) == 0) {
+        return "<string>a</string>";
     }
-
-private:
-    using Kind = std::vector<std::pair<std::size_t, std::size_t>>;  // indexes of name and value
-
-    static constexpr const char* kNames[] = {"a", "b&amp;c", "b&#38;c", "d", "e"};
-    static constexpr const char* kValues[] = {"<string>x</string>",
-                                              "<string>&lt;</string >",
-                                              "<string/>",
-                                              "<integer>1</integer>",
-                                              "<integer> -1<!-- -->2</integer>",
-                                              "<true/>",
-                                              "<dict><key>a</key><true/></dict>",
-                                              "<array><true/></array>"};
-
-    std::size_t below(std::size_t limit) { return random_() % limit; }
-    std::string rarely(std::string text) { return below(20) == 0 ? std::move(text) : ""; }
-
-    std::string dictionary(const Kind& kind) {
-        std::string xml = below(10) == 0 ? "<dict> " : "<dict>";
-        for (const auto& [name, usual] : kind) {
-            xml += std::string("<key>") + kNames[below(15) == 0 ? below(std::size(kNames)) : name];
-            // 400 blanks: a gap too long to be remembered.
-            xml += "</key>" + rarely(std::string(400, ' ')) +
-                   kValues[below(8) == 0 ? below(std::size(kValues)) : usual];
-        }
-        return xml + "</dict>";
+    std::string xml = below(10) == 0 ? "<!-- --><dict> " : "<dict>";
+    for (const auto& [name, value] : kind) {
+        xml += std::string("<key>") + kNames[below(15) == 0 ? below(5) : name] + "</key>" +
+               std::string(below(20) == 0 ? 400 : 0, ' ') +  // a gap too long to be remembered
+               kValues[below(8) == 0 ? below(8) : value];
     }
+    return xml + "</dict>";
+}
 
-    std::mt19937 random_{20251114};  // NOLINT(bugprone-random-generator-seed): repeatable
-    std::array<Kind, 3> kinds_;
-};
-
+// Kinds of dictionaries repeat. What the reader remembers of earlier ones must hide no difference.
 TEST(PropertyListKeys, DictionariesLikeTheOnesBeforeReadAsTheyReadAloneAndGiveTheirOwnValues) {
-    RandomLists lists;
+    std::mt19937 random(20251114);  // NOLINT(bugprone-random-generator-seed): repeatable
     PropertyListKeys keys(kKeys);
     PropertyListDocument kept;
     for (int i = 0; i < 3000 && !testing::Test::HasFailure(); ++i) {
+        std::array<Kind, 3> kinds;
+        for (Kind& kind : kinds) {
+            for (auto entries = random() % 4; entries > 0; --entries) {
+                kind.emplace_back(random() % 5, random() % 8);
+            }
+        }
         std::string file = "<array>";
         std::string expected;
-        for (const std::string& element : lists.make()) {
+        for (auto elements = 1 + random() % 30; elements > 0; --elements) {
+            const std::string element =
+                randomElement(random, kinds[random() % 4 == 0 ? random() % 3 : 0]);
             file += element;
             expected += (expected.empty() ? "[" : ",") + parsed(element);
         }
@@ -111,17 +94,16 @@ TEST(PropertyListKeys, DictionariesLikeTheOnesBeforeReadAsTheyReadAloneAndGiveTh
 TEST(PropertyListKeys, FindsTheSameInBinaryFiles) {
     PropertyListKeys keys(kKeys);
     PropertyListDocument document;
-    ASSERT_FALSE(document.parse(binaryFile({"\xA5\x01\x02\x03\x04\x05",
-                                            "\xD2\x06\x07\x08\x09",
-                                            "\xD2\x06\x07\x09\x08",
-                                            "\xD2\x07\x06\x08\x09",
-                                            "\xD2\x06\x06\x08\x09",
-                                            "\xD1\x07\x0A",
-                                            ascii("a"),
-                                            ascii("d"),
-                                            "\x10\x01",
-                                            "\x10\x02",
-                                            std::string(1, '\0')})));
+    const std::vector<std::string> dictionaries{"\xA4\x01\x02\x03\x04",
+                                                "\xD2\x05\x06\x07\x08",
+                                                "\xD2\x05\x06\x08\x07",
+                                                "\xD2\x06\x05\x07\x08",
+                                                "\xD2\x05\x05\x07\x08",
+                                                ascii("a"),
+                                                ascii("d"),
+                                                "\x10\x01",
+                                                "\x09"};
+    ASSERT_FALSE(document.parse(binaryFile(dictionaries)));
     expectKeysFound(keys, document.root());
 }
 
