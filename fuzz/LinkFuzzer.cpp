@@ -1,5 +1,5 @@
-// Finds the links of a text. Each must lie in the text after the one before, and stand for a URL
-// of a kind that is safe to click. Marking them up must not change a word of the text.
+// Finds the links of a text. Each link must follow the one before and have a URL that is safe to
+// click. Marking links up must not change a word of the text.
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-// Reads a text as the URL of a draft. What was read must survive being written and read again.
+// Reads a text as the URL of a draft. Writing the draft and reading it again must change nothing.
 
 #include <any>
 #include <cstddef>
@@ -19,7 +19,7 @@ namespace {
 
 using platform::URL;
 
-// The fields that are read as they were written; an empty one is not written at all.
+// The fields that are read as they were written. An empty field is not written.
 std::vector<std::string> fieldsOf(const ExtensionMessage& message) {
     std::vector<std::string> fields;
     for (const ExtensionMessage::Text& text : {message.plainBody(),

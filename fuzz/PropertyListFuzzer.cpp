@@ -1,5 +1,5 @@
-// Reads bytes as a property list of either format. What can be read must survive being written and
-// read again, in both formats.
+// Reads bytes as a property list of either format. Writing the values in either format and reading
+// them again must change nothing.
 
 #include <cstddef>
 #include <cstdint>
@@ -19,8 +19,8 @@ using host::PropertyListFormat;
 using platform::PropertyListDocument;
 using platform::PropertyListErrorKind;
 
-// A tree that was written with its equal leaves once can hold more values than a file of that size
-// may unfold to; that alone is no finding.
+// Equal leaves are written once, so a written tree may have more values than a file of its size may
+// unfold to. That alone is not a finding.
 void requireSameAfterReading(const std::string& written, PropertyListFormat format) {
     PropertyListDocument document;
     if (const auto error = document.parse(written)) {

@@ -5,7 +5,7 @@
 
 namespace quillet::fuzz {
 
-// Ends the program, and so makes a finding of the input, where something does not hold.
+// Ends the program if something is not true, which makes the input a finding.
 inline void require(bool holds, const char* what) {
     if (!holds) {
         std::fprintf(stderr, "Does not hold: %s\n", what);

@@ -6,7 +6,7 @@
 
 namespace quillet {
 
-// The path of an attachment that is a path or a file URL; none of anything else. Any thread.
+// The path of an attachment that is a path or a file URL; none for anything else. Any thread.
 std::optional<std::string> attachmentPath(const std::any& attachment);
 
 }  // namespace quillet

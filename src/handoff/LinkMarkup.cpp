@@ -9,17 +9,18 @@ namespace quillet {
 
 namespace {
 
-// Bytes that are read in search of links before the rest is left as it is: far more than any mail
-// takes, and less than what a hostile one could.
+// The number of bytes to read in search of links before the rest stays as it is: far more than any
+// real mail needs, and less than a hostile one could cost.
 constexpr std::size_t kMostReading = std::size_t{256} << 20U;
 
 bool endsWord(char character) {
     return character == ' ' || character == '<' || character == '>';
 }
 
-// Calls `visit` with every word of the body that can hold a link, and with what stands before it.
-// A link has a ":" and none of the characters that end a word, and an anchor begins and ends with
-// such: so a link is never found across the end of a word, however often it was replaced.
+// Calls `visit` with every word of the body that can contain a link, and with the text before it.
+// Returns the text after the last one. A link has a ":" and no character that ends a word, while an
+// anchor begins and ends with such a character. So no link ever crosses the end of a word, however
+// often links were replaced.
 template <typename Visit>
 std::string_view forEachWord(std::string_view body, const Visit& visit) {
     std::size_t done = 0;
@@ -73,8 +74,8 @@ std::string replaced(std::string_view text, std::string_view what, std::string_v
     return result.append(text.substr(done));
 }
 
-// The words of a body, and in which of them each link stands, so that a link is replaced without
-// reading the others' words.
+// The words of a body, and the words that contain each link, so that replacing a link reads only
+// its own words.
 class MarkedWords {
 public:
     explicit MarkedWords(const std::vector<std::string>& links) {
@@ -99,8 +100,8 @@ public:
 
     const std::string& word(std::size_t index) const { return words_[index]; }
 
-    // Replaces a link everywhere; not where that would make all anchors add more than `most` bytes,
-    // now or later.
+    // Replaces a link everywhere. If all anchors would then add more than `most` bytes, does
+    // nothing, now or later.
     void markUp(const std::string& link, std::size_t most) {
         std::vector<std::size_t>& places = places_.at(link);
         std::size_t number = 0;
@@ -120,8 +121,8 @@ public:
     }
 
 private:
-    // Notes the links that a part of the next word begins with. All that are as short as what it
-    // shares with the last of the links not behind it in order are that one or begin that one too.
+    // Notes the links that a part of the next word begins with. The part shares some bytes with the
+    // last link that sorts before it; every other link to be noted is a beginning of those bytes.
     void noteLinks(std::string_view part) {
         while (!part.empty() && mayRead(std::min(part.size(), longest_))) {
             const auto next = places_.upper_bound(part);
@@ -142,7 +143,7 @@ private:
         }
     }
 
-    // Whether so many bytes more may be read.
+    // Whether this many more bytes may be read.
     bool mayRead(std::size_t bytes) {
         left_ -= std::min(left_, bytes);
         return left_ > 0;

@@ -8,9 +8,10 @@
 namespace quillet {
 
 // `body`, a text without line feeds, with every link of `links` replaced everywhere by an anchor,
-// one after the other, as they stand in the list. A link is the absolute text of a URL. A
-// replacement that would make the anchors of all add more than `mostMarkup` bytes is left out, then
-// and later; so are links in a body that would take reading much more than any message does.
+// one link after the other, in list order. A link is the absolute text of a URL. A link is left
+// out, at once and later in the list, if replacing it would make the anchors add more than
+// `mostMarkup` bytes in all. Links are also left out of a body that would take much more reading
+// than any message.
 std::string markUpLinks(std::string_view body,
                         const std::vector<std::string>& links,
                         std::size_t mostMarkup);

@@ -15,7 +15,7 @@ std::string img_path(const ExtensionMessage& message) {
         return {};
     }
     const std::string folder = Path::appendingPathComponent(temporary.value(), "TodayImages");
-    FileManager::createFolder(folder);  // a failure shows when the image is used
+    FileManager::createFolder(folder);  // a failure shows when the file is written
     const std::string name = platform::formatText(
         "%lu_%lu", {std::to_string(message.acc_idx()), std::to_string(message.idx())});
     return Path::appendingPathComponent(folder, name);

@@ -15,7 +15,7 @@ namespace {
 std::string renderHtmlBody(ExtensionMessage& message, std::string html) {
     for (const std::any& attachment :
          message.attachments().value_or(ExtensionMessage::Attachments())) {
-        // Whatever the file holds, it is shown as an image, and its path is inserted as it is.
+        // Every file is shown as an image, whatever it contains, and its path is inserted as it is.
         if (const auto path = attachmentPath(attachment)) {
             html += platform::formatText("<img src=\"file://%@\"/><br/>", {*path});
         }
@@ -39,8 +39,8 @@ std::string withBreaks(std::string_view text) {
 
 std::string renderPlainBody(ExtensionMessage& message, std::string_view plain) {
     const std::string body = withBreaks(plain);
-    // A link that was found again is replaced again, inside of the anchors that it has by then; and
-    // one whose absolute form is not what the text shows is not replaced at all.
+    // A link that was found twice is replaced twice, the second time inside its own anchors. A link
+    // whose absolute form is not in the text is not replaced.
     std::string html =
         markUpLinks(body, searchUrlsDetector(message, body), kMostMarkup + body.size());
     message.setPlainBody(html);

@@ -28,7 +28,7 @@ void addText(ParameterMap& map, std::string_view key, Text text) {
     }
 }
 
-// Every address is followed by ";", the last one too.
+// Every address is followed by ";", also the last one.
 Text joinedMails(const std::optional<ExtensionMessage::Recipients>& recipients) {
     std::string joined;
     for (const auto& recipient : recipients.value_or(ExtensionMessage::Recipients())) {
@@ -53,7 +53,7 @@ void addAttachments(ParameterMap& map, const ExtensionMessage::Attachments& atta
     }
 }
 
-// Sets what the value of `key` is read into; other keys are ignored.
+// Sets the field of `key`; other keys are ignored.
 void setField(ExtensionMessage& message, std::string_view key, std::string value) {
     if (key == "from") {
         message.setFrom(std::move(value));
@@ -90,7 +90,7 @@ std::optional<URL> queryUrl(const ExtensionMessage& message, std::string_view co
     std::string text = "quillet://";
     text.append(command).append(1, '?').append(RequestUtils::URLQueryWithParameters(map));
     std::optional<URL> url = URL::URLWithString(text);
-    // A command with a "/", "?", "#", ":" or "@" makes a URL too, but with another host.
+    // A command with "/", "?", "#", ":" or "@" also makes a URL, but with another host.
     return url && url->host() == command ? std::move(url) : std::nullopt;
 }
 
@@ -98,7 +98,7 @@ std::shared_ptr<ExtensionMessage> ExtensionMessageWithUrl(const URL& url) {
     std::shared_ptr<ExtensionMessage> message = ExtensionMessage::init();
     ExtensionMessage::Attachments attachments;
     for (auto& [key, value] : RequestUtils::URLQueryParameters(url.absoluteString()).entries()) {
-        // With the default policy every value is a text.
+        // The default policy makes every value a text.
         auto& text = std::get<std::string>(value);
         if (key.starts_with(kAttachmentKey)) {
             attachments.emplace_back(std::move(text));

@@ -12,7 +12,7 @@
 
 namespace quillet::test {
 
-// An empty container with a place for files to share beside it.
+// An empty container, and a folder for files to share.
 class ContainerFixture : public ::testing::Test {
 protected:
     // A path in the staging folder of the service "share".

@@ -7,9 +7,9 @@
 #include <emmintrin.h>
 #endif
 
-// Scans of XML text, a block of bytes at a time. They may read (and never use) up to 16 bytes from
-// any place they come to, so the text needs ByteBuffer's padding of zero bytes behind it, which
-// also ends the scans that are given no end.
+// Scans of XML text, a block of bytes at a time. They may read up to 16 bytes from any place they
+// reach, without using them, so ByteBuffer's zero padding must follow the text. The padding also
+// ends the scans that have no end parameter.
 namespace quillet::platform {
 
 #if defined(__SSE2__)
@@ -24,7 +24,7 @@ inline unsigned markupMask(const char* at) noexcept {
 }
 #endif
 
-// The first "<", "&", carriage return or zero byte at or behind `at`.
+// The first "<", "&", carriage return or zero byte at or after `at`.
 inline const char* findMarkup(const char* at) noexcept {
 #if defined(__SSE2__)
     constexpr int kBlock = 16;
@@ -41,8 +41,8 @@ inline const char* findMarkup(const char* at) noexcept {
 #endif
 }
 
-// Copies from `from` up to what findMarkup finds there, and returns that place. Writes up to 15
-// bytes more than it copies.
+// Copies from `from` up to the place that findMarkup returns, and returns that place. Writes up to
+// 15 bytes more than it copies.
 inline const char* copyToMarkup(const char* from, char* to) noexcept {
 #if defined(__SSE2__)
     constexpr std::ptrdiff_t kBlock = 16;
@@ -62,8 +62,8 @@ inline const char* copyToMarkup(const char* from, char* to) noexcept {
 #endif
 }
 
-// The first "<", "&", byte below a blank (zero, line ends and tab included) or byte above 0x7F at
-// or behind `at`.
+// The first "<", "&", byte below a blank (also zero, line ends and tab) or byte above 0x7F at or
+// after `at`.
 inline const char* findTextStop(const char* at) noexcept {
 #if defined(__SSE2__)
     constexpr int kBlock = 16;
@@ -86,8 +86,8 @@ inline const char* findTextStop(const char* at) noexcept {
 #endif
 }
 
-// The first byte from `at` on that is no ASCII or a control character other than tab, line feed
-// and carriage return; `end` or a place behind it where there is none before the end.
+// The first byte from `at` on that is not ASCII or is a control character other than tab, line feed
+// and carriage return. Returns `end` or a later place if there is no such byte before the end.
 inline const char* findUnusual(const char* at, const char* end) noexcept {
 #if defined(__SSE2__)
     constexpr int kBlock = 16;

@@ -27,7 +27,7 @@ constexpr std::size_t kLongestText = 40;
 
 constexpr std::string_view kSpaces = " \t\n\v\f\r";
 
-// What a decimal number stands for that is too large or too small for a double.
+// The value of a decimal number that is too large or too small for a double.
 double outOfRangeValue(std::string_view number) {
     const std::size_t exponent = number.find_first_of("eE");
     const bool tinyExponent = exponent != std::string_view::npos && exponent + 1 < number.size() &&
@@ -73,7 +73,7 @@ std::int64_t Number::signedOfReal(double value) noexcept {
     return static_cast<std::int64_t>(value);
 }
 
-// Values below 0 are held at 0, the nearest limit.
+// Values below 0 become 0, the nearest limit.
 std::uint64_t Number::unsignedOfReal(double value) noexcept {
     if (!(value > 0)) {
         return 0;
@@ -146,7 +146,7 @@ bool takeSign(std::string_view& text) noexcept {
 std::optional<double> realValueAtStartOfText(std::string_view& text) noexcept {
     std::string_view rest = text;
     const bool negative = takeSign(rest);
-    // Words such as "inf" and a second sign are no decimal numbers, though from_chars takes them.
+    // from_chars also accepts words such as "inf" and a second sign; they are not decimal numbers.
     if (rest.empty() || !(isAsciiDigit(rest.front()) || rest.front() == '.')) {
         return std::nullopt;
     }

@@ -8,8 +8,8 @@
 
 namespace quillet::platform {
 
-// A number object: a boolean, a signed or unsigned 64-bit integer or a double that remembers
-// which of them it is. 16 bytes, a plain value.
+// A number object: a boolean, a signed or unsigned 64-bit integer or a double, and which of them it
+// is. 16 bytes, a plain value.
 class Number {
 public:
     enum class Kind : std::uint8_t { Boolean, Integer, Unsigned, Real };
@@ -24,8 +24,8 @@ public:
 
     Kind kind() const noexcept { return kind_; }
 
-    // Conversions. Integers wrap modulo 2^64; a real is cut toward zero and held at the limits of
-    // the target, NaN gives 0.
+    // Conversions. Integers wrap modulo 2^64. A real is rounded toward zero and limited to the
+    // range of the target; NaN becomes 0.
     std::uint64_t unsignedIntegerValue() const noexcept {
         return kind_ == Kind::Real ? unsignedOfReal(real()) : bits_;
     }
@@ -36,12 +36,12 @@ public:
     double doubleValue() const noexcept;
     bool boolValue() const noexcept { return kind_ == Kind::Real ? real() != 0 : bits_ != 0; }
 
-    // Integers in decimal, booleans as 1 and 0, reals in the shortest form that reads back the
-    // same (1.5, and 11 for 11.0).
+    // Integers in decimal, booleans as 1 and 0, reals in the shortest form that reads back as the
+    // same value (1.5, and 11 for 11.0).
     std::string text() const;
 
-    // Numeric equality whatever the kinds: 1, 1.0 and true are equal. Exact for every pair (an
-    // integer above 2^53 equals only the real of that very value).
+    // Numeric equality whatever the kinds: 1, 1.0 and true are equal. Exact for every pair: an
+    // integer above 2^53 equals only the real of exactly that value.
     friend bool operator==(const Number& left, const Number& right) noexcept;
 
 private:
@@ -55,15 +55,15 @@ private:
     Kind kind_;
 };
 
-// Number conversions of text: the decimal number at its start after white space, else 0; integers
-// are held at the 64-bit limits.
+// Conversions of text: the decimal number at its start, after white space, or 0. Integers are
+// limited to the 64-bit range.
 std::int64_t integerValueOfText(std::string_view text) noexcept;
 float floatValueOfText(std::string_view text) noexcept;
-// Takes an optional sign off the text; true for "-".
+// Removes an optional sign from the start of the text; true for "-".
 bool takeSign(std::string_view& text) noexcept;
-// The decimal number that the text starts with (optional sign, no white space before it), which is
-// taken off the text; none where it starts with no number. One that no double can hold gives an
-// infinity or 0.
+// Removes the decimal number at the start of the text (optional sign, no white space before it) and
+// returns it, or none when the text does not start with a number. A number out of a double's range
+// becomes an infinity or 0.
 std::optional<double> realValueAtStartOfText(std::string_view& text) noexcept;
 // True when, after white space, a sign and zeros, the text starts with one of Y y T t 1-9.
 bool boolValueOfText(std::string_view text) noexcept;

@@ -34,12 +34,12 @@ enum class PropertyListType : std::uint8_t {
 enum class PropertyListErrorKind : std::uint8_t {
     Empty,          // no bytes at all
     TooLarge,       // more bytes than kMaximumFileSize
-    UnknownFormat,  // neither XML nor binary by its first bytes
+    UnknownFormat,  // the first bytes are neither of XML nor of the binary format
     Malformed,      // not well-formed in its format
     InvalidText,    // a text that is not valid UTF-8
     TooDeep,        // nested deeper than kMaximumDepth
     TooComplex,     // more values than kMaximumValues, or shared ones that unfold beyond the budget
-    Cyclic,         // a container that holds itself
+    Cyclic,         // a container that contains itself
     EntityDeclared,  // an internal document type subset that declares entities
 };
 
@@ -52,11 +52,11 @@ struct PropertyListError {
     std::string description() const;
 };
 
-// One value of a document: a handle of two words, valid as long as its document is neither parsed
-// again nor destroyed. A default-made one is absent. Any thread may read the values of a document
-// that nobody parses.
+// One value of a document: a handle of two words, valid until its document is parsed again or
+// destroyed. A default-constructed value is absent. Any thread may read the values of a document
+// while nobody parses it.
 //
-// Conversions raise platform::Exception where the value has none.
+// A conversion raises platform::Exception if the value does not have it.
 class PropertyListValue {
 public:
     PropertyListValue() = default;
@@ -64,25 +64,25 @@ public:
     PropertyListType type() const noexcept;
     explicit operator bool() const noexcept { return state_ != nullptr; }
 
-    // The text of a string. The view points into the document or, where something had to be
-    // unescaped or converted, into `scratch`. Raises for other types.
+    // The text of a string. The view points into the document or, if the text had to be unescaped
+    // or converted, into `scratch`. Raises for other types.
     std::string_view stringValue(std::string& scratch) const;
     std::string stringValue() const;
 
     // Conversions of numbers, booleans and strings, see Number. Dates, data and containers raise.
-    std::uint64_t unsignedIntegerValue() const;  // raises for strings as well
+    std::uint64_t unsignedIntegerValue() const;  // raises for strings, too
     std::int64_t integerValue() const;
     float floatValue() const;
     bool boolValue() const;
 
-    // The number object of an integer, real or boolean, kind kept. Raises for every other type.
+    // The number object of an integer, real or boolean, of the same kind. Raises for other types.
     Number numberValue() const;
 
-    // The number of the object that holds a string of at least `size` bytes, in a file of the
-    // binary format, where many places may share one object; none for every other value. Whoever
-    // reads many values can tell by it which long texts are the same without looking at them.
+    // The object number of a string of at least `size` bytes in a binary file, where many places
+    // may share one object; none for every other value. Equal numbers mean equal texts, so a reader
+    // of many values need not compare long texts.
     std::optional<std::uint32_t> sharedText(std::size_t size) const noexcept;
-    // Whether sharedText may find any in this value's file.
+    // Whether this value's file may have values with a sharedText.
     bool mayShareTexts(std::size_t size) const noexcept;
 
     // Seconds since 2001-01-01 00:00:00 UTC. Raises for other types than dates.
@@ -91,22 +91,21 @@ public:
     std::string dataValue() const;
     std::uint64_t uidValue() const;
 
-    // Elements of an array, entries of a dictionary (repeated keys included); 0 for everything
-    // else.
+    // The number of elements of an array or entries of a dictionary (with repeated keys); 0 for
+    // everything else.
     std::size_t count() const noexcept;
 
-    // The value of `key`; absent when the dictionary has no such key. Raises when this is no
-    // dictionary: a string or a number has no keyed look-up.
+    // The value of `key`; absent when the dictionary has no such key. Raises for other types.
     PropertyListValue valueForKey(std::string_view key) const;
 
-    // What looping over the value gives: an array's elements, a dictionary's keys (strings), each
-    // key once; any other type raises.
+    // A loop over the value visits an array's elements or a dictionary's keys (strings), each key
+    // once. Raises for other types.
     class Iterator;
     Iterator begin() const;
     Iterator end() const;
 
-    // The entries of a dictionary, each key once, at the place of its first occurrence in the file
-    // and with the value of its last one. Raises for other types.
+    // The entries of a dictionary, each key once: at the place of its first occurrence in the file,
+    // with the value of the last one. Raises for other types.
     using Entry = std::pair<PropertyListValue, PropertyListValue>;
     std::vector<Entry> entries() const;
 
@@ -150,34 +149,34 @@ private:
 
     const PropertyListState* state_ = nullptr;
     std::shared_ptr<const std::vector<PropertyListValue>> keys_;  // of a dictionary
-    std::uint32_t at_ = 0;         // XML: the node; binary: the place of its reference
+    std::uint32_t at_ = 0;         // XML: the node; binary: the offset of its reference
     std::uint32_t remaining_ = 0;  // elements left
 };
 
-// A property list in the XML or the binary format, told by its first bytes. A document owns the
-// bytes of one file and can be filled again, keeping its storage: fill `bytes()`, then parse().
+// A property list in the XML or the binary format, which its first bytes tell apart. A document
+// owns the bytes of one file and can be filled again, which keeps its storage: fill bytes(), then
+// call parse().
 //
-// parse() checks the whole file, so that reading values afterwards needs no further checks and no
-// walk over the values can take more steps than the file has visits or kMaximumDepth levels.
-// Parsing is for one thread at a time.
+// parse() checks the whole file, so reading values needs no further checks, and a walk over the
+// values never takes more steps than the file has visits or more than kMaximumDepth levels. One
+// thread at a time may parse.
 class PropertyListDocument {
 public:
     static constexpr std::size_t kMaximumFileSize = std::size_t{64} * 1024 * 1024;  // bytes
     static constexpr std::size_t kMaximumValues = std::size_t{4} * 1024 * 1024;     // with keys
     static constexpr std::size_t kMaximumDepth = 512;                               // levels
-    // Objects of the binary format that are shared count at each reference. A file of n bytes may
-    // unfold to kVisitsBase + n visits: one for each value, kVisitsPerElement more for each element
-    // of an array, one more for every 16 bytes of a key, text or data. An element that is not
-    // shared takes as many bytes in a file larger than the base, so that only shared ones meet the
-    // limit.
+    // Shared objects of the binary format count at each reference. A file of n bytes may unfold to
+    // kVisitsBase + n visits: one for each value, kVisitsPerElement more for each element of an
+    // array, one more for every 16 bytes of a key, text or data. In a file larger than the base an
+    // element that is not shared takes as many bytes as visits, so only shared ones meet the limit.
     static constexpr std::size_t kVisitsBase = 65536;
     static constexpr std::size_t kVisitsPerElement = 5;
 
-    // What the bytes of a shared text or data count. Longer ones than kMaximumSharedBytes count at
-    // each place anyway, since even comparing them takes long.
+    // How the bytes of a shared text or data are counted. Those longer than kMaximumSharedBytes
+    // always count at each place, since even comparing them takes long.
     enum class SharedBytes {
         AtEachPlace,  // for readers that copy the text at each place
-        Once,         // for readers that know a shared text again, see sharedText()
+        Once,         // for readers that recognise a shared text, see sharedText()
     };
     static constexpr std::size_t kMaximumSharedBytes = 65536;
 
@@ -199,8 +198,8 @@ private:
     std::unique_ptr<PropertyListState> state_;
 };
 
-// Looks up a fixed set of keys in one dictionary after another. Remembers where the keys stood in
-// the dictionary before, so that dictionaries of one shape cost about one comparison a key.
+// Looks up a fixed set of keys in one dictionary after another. Remembers the positions of the keys
+// in the last dictionary, so dictionaries of one shape cost about one comparison a key.
 class PropertyListKeys {
 public:
     static constexpr std::size_t kMaximumKeys = 32;
@@ -208,17 +207,17 @@ public:
     // The key texts must outlive the object (literals).
     explicit PropertyListKeys(std::span<const std::string_view> keys);
 
-    // Fills found[i] with the value of keys[i], absent where there is none; `found` has one place
-    // a key. Raises as valueForKey does; `found` is all absent then.
+    // Fills found[i] with the value of keys[i], or an absent value; `found` has one element for
+    // each key. Raises as valueForKey does, and then all of `found` is absent.
     void find(const PropertyListValue& dictionary, std::span<PropertyListValue> found);
 
 private:
-    // A kind of dictionaries of one document: all of them have the same keys at the same places.
+    // A kind of dictionaries in one document: all have the same keys at the same positions.
     struct Shape {
         std::uint64_t generation = 0;  // of the document
         std::uint32_t length = 0;
         std::uint32_t shape = 0;  // XML; 0 for none
-        std::uint32_t keys = 0;   // binary: the place of the references to the keys
+        std::uint32_t keys = 0;   // binary: the offset of the references to the keys
 
         bool holds(const PropertyListState& state, const PropertyListNode& dictionary) const;
     };
@@ -231,7 +230,7 @@ private:
 
     std::vector<std::string_view> keys_;
     std::size_t longestKey_ = 0;            // bytes
-    std::vector<std::uint32_t> positions_;  // of each key in the dictionary before, or kNone
+    std::vector<std::uint32_t> positions_;  // of each key in the last dictionary, or kNone
     std::vector<std::uint32_t> expected_;   // the key at each position there, or kNone
     std::string scratch_;
     Shape last_;

@@ -15,9 +15,9 @@ using Kind = PropertyListErrorKind;
 using Node = PropertyListNode;
 using Type = PropertyListType;
 
-// The low half of a marker that says that the size follows as an integer object.
+// The low half of a marker whose size follows as an integer object.
 constexpr unsigned kSizeFollows = 0xF;
-// A text counts one visit more for each so many bytes, so that shared long texts are bounded, too.
+// A text counts one more visit for this many bytes, which also limits long shared texts.
 constexpr std::uint32_t kTextBytesPerVisit = 16;
 
 }  // namespace
@@ -61,7 +61,7 @@ const char* BinaryObjectReader::readSimple(unsigned low, Node& node) {
     constexpr unsigned kFalse = 0x8;
     constexpr unsigned kTrue = 0x9;
     if (low == kNull) {
-        return nullptr;  // stays an absent value
+        return nullptr;  // an absent value
     }
     if (low != kFalse && low != kTrue) {
         return "an object of an unknown kind";
@@ -71,7 +71,7 @@ const char* BinaryObjectReader::readSimple(unsigned low, Node& node) {
     return nullptr;
 }
 
-// Integers of 1, 2 and 4 bytes are unsigned, those of 8 are signed, those of 16 hold what is left
+// Integers of 1, 2 and 4 bytes are unsigned, those of 8 are signed. Those of 16 bytes hold the rest
 // of the unsigned range.
 const char* BinaryObjectReader::readInteger(std::uint64_t offset, unsigned low, Node& node) const {
     constexpr unsigned kWidestExponent = 4;
@@ -132,7 +132,8 @@ const char* BinaryObjectReader::readUid(std::uint64_t offset, unsigned low, Node
     return nullptr;
 }
 
-// The size of an object: in its marker, or in an integer object behind it, which is passed.
+// Reads the size of an object from its marker, or from the integer object after it, which is
+// skipped.
 bool BinaryObjectReader::readSize(std::uint64_t& offset, unsigned low, std::uint64_t& size) const {
     size = low;
     if (low != kSizeFollows) {
@@ -152,7 +153,7 @@ bool BinaryObjectReader::readSize(std::uint64_t& offset, unsigned low, std::uint
     return true;
 }
 
-// Checks that `count` pieces of `width` bytes lie at `offset` and notes the place.
+// Checks that there are `count` pieces of `width` bytes at `offset` and stores the offset.
 bool BinaryObjectReader::placeFits(std::uint64_t offset,
                                    std::uint64_t count,
                                    std::uint64_t width,
@@ -186,7 +187,7 @@ const char* BinaryObjectReader::readBytes(std::uint64_t offset, unsigned marker,
 }
 
 const char* BinaryObjectReader::checkText(Node& node) {
-    // Overlapping texts are refused when all objects are read; until then they are not looked at.
+    // Overlapping texts are refused once all objects are read; this one need not be checked then.
     if (payload_ > bytes_.size()) {
         return nullptr;
     }

@@ -25,15 +25,15 @@ struct BinaryTrailer {
     std::uint64_t tableOffset = 0;
 };
 
-// Reads the objects one by one into nodes, each checked for itself. A broken object is no failure
-// yet: nothing may refer to it. All objects together may not be longer than the file, so that
-// overlapping ones cannot make the work grow with its square.
+// Reads the objects one by one into nodes and checks each by itself. A broken object is not an
+// error yet, since nothing may refer to it. All objects together may not be longer than the file,
+// so overlapping objects cannot cost quadratic time.
 class BinaryObjectReader {
 public:
     BinaryObjectReader(std::string_view bytes, const BinaryTrailer& trailer)
         : bytes_(bytes), end_(trailer.tableOffset), referenceWidth_(trailer.referenceWidth) {}
 
-    // Fills the node. On an error returns what is wrong, else null.
+    // Fills the node. Returns what is wrong, or null.
     const char* read(std::uint64_t offset, PropertyListNode& node);
 
     PropertyListErrorKind errorKind() const { return errorKind_; }

@@ -21,11 +21,11 @@ using Trailer = BinaryTrailer;
 using Type = PropertyListType;
 
 constexpr std::size_t kTrailerSize = 32;
-// The height of a container that is being walked.
+// Marks a container that is being walked, in place of its height.
 constexpr std::uint16_t kOpen = 0xFFFF;
 
-// Walks from the root over everything that can be reached, each object once, and finds for every
-// container how deep it goes and how many values it unfolds to.
+// Walks once over every object that the root leads to, and finds for every container how deep it is
+// and how many values it unfolds to.
 class TreeChecker {
 public:
     TreeChecker(PropertyListState& state, std::string_view bytes, const Trailer& trailer)
@@ -41,8 +41,8 @@ public:
 private:
     struct Frame {
         std::uint32_t node = 0;
-        std::uint32_t next = 0;    // reference to look at next
-        std::uint32_t count = 0;   // references in all
+        std::uint32_t next = 0;    // the next reference to check
+        std::uint32_t count = 0;   // of all references
         std::uint16_t height = 0;  // of the containers in it
         std::uint64_t visits = 0;
     };
@@ -69,7 +69,7 @@ private:
     bool textsCountOnce_;
     std::array<Frame, PropertyListDocument::kMaximumDepth> frames_{};
     std::size_t depth_ = 0;
-    std::string_view lastKeys_;  // references of the dictionary checked before
+    std::string_view lastKeys_;  // the key references of the last dictionary
     std::uint64_t lastKeyVisits_ = 0;
 };
 
@@ -78,7 +78,8 @@ std::uint64_t TreeChecker::offsetOf(std::uint64_t object) const {
                            trailer_.offsetWidth);
 }
 
-// The place of the error is the object, or its entry of the table where that leads astray.
+// The place of the error is the object or, if the offset table points outside the objects, its
+// entry there.
 void TreeChecker::failAtObject(std::uint64_t object, std::string text, Kind kind) const {
     const std::uint64_t offset = offsetOf(object);
     const bool inside = offset >= kBinaryHeaderSize && offset < trailer_.tableOffset;
@@ -122,7 +123,7 @@ void TreeChecker::open(std::uint32_t object) {
 void TreeChecker::checkKeys(Frame& frame) {
     const Node& dictionary = nodes_[frame.node];
     const std::string_view keys(bytes_.data() + dictionary.offset, dictionary.length * width_);
-    // Dictionaries of one kind follow each other, and writers share equal keys.
+    // Dictionaries of the same kind often follow each other, and writers share equal keys.
     if (keys != lastKeys_) {
         lastKeyVisits_ = 0;
         for (std::uint32_t i = 0; i < dictionary.length; ++i) {
@@ -140,10 +141,10 @@ void TreeChecker::checkKeys(Frame& frame) {
     addVisits(frame, lastKeyVisits_);
 }
 
-// Looks at the references of a container up to one that leads to a container not yet checked.
+// Checks the references of a container, up to the first one to a container that is not checked yet.
 void TreeChecker::checkValues(Frame& frame) {
     const Node& container = nodes_[frame.node];
-    // Whoever reads an array makes something of each element, however small it is in the file.
+    // A reader of an array does some work for each element, however small it is in the file.
     const std::size_t price =
         container.type == Type::Array ? PropertyListDocument::kVisitsPerElement : 0;
     while (frame.next < frame.count) {

@@ -32,7 +32,7 @@ bool PropertyListKeys::Shape::holds(const State& state, const Node& dictionary) 
     return std::memcmp(state.text + keys, state.text + dictionary.offset, size) == 0;
 }
 
-// The number of the wanted key that stands at a position, kNone for another one.
+// The index of the wanted key at a position, or kNone for any other key.
 std::uint32_t PropertyListKeys::keyAt(std::uint32_t position, std::string_view key) {
     if (position >= expected_.size()) {
         expected_.resize(position + 1, kNone);
@@ -45,7 +45,7 @@ std::uint32_t PropertyListKeys::keyAt(std::uint32_t position, std::string_view k
     return expected;
 }
 
-// Finds the values by the texts of their keys, and notes the positions.
+// Finds the values by the texts of their keys and remembers the positions.
 void PropertyListKeys::search(const PropertyListValue& dictionary,
                               std::span<PropertyListValue> found) {
     const State& state = *dictionary.state_;
@@ -68,7 +68,7 @@ void PropertyListKeys::search(const PropertyListValue& dictionary,
     last_ = {state.generation, node.length, node.heightOrShape, node.offset};
 }
 
-// The values of a dictionary that has its keys where the one before had them.
+// The values of a dictionary whose keys have the same positions as in the last one.
 void PropertyListKeys::repeat(const PropertyListValue& dictionary,
                               std::span<PropertyListValue> found) const {
     const State& state = *dictionary.state_;

@@ -13,7 +13,7 @@
 #include "platform/base/ByteBuffer.h"
 #include "platform/plist/PropertyList.h"
 
-// What a parsed document consists of. Internal to the property-list sources.
+// The contents of a parsed document. Internal to the property-list sources.
 namespace quillet::platform {
 
 // The big-endian number of `width` (1 to 8) bytes at `at`. Reads 8 bytes from there, which
@@ -28,34 +28,35 @@ inline std::uint64_t bigEndianNumber(const char* at, std::size_t width) noexcept
     return number >> (8 * (kWidest - width));
 }
 
-// How the bytes of a value are to be read.
+// How to read the bytes of a value.
 enum class PropertyListForm : std::uint8_t {
-    Plain,       // UTF-8 text or data as it stands; containers of the XML format
+    Plain,       // UTF-8 text or data as it is; containers of the XML format
     Escaped,     // XML text with references, CDATA sections, comments or line ends to convert
     Utf16,       // big-endian UTF-16
-    Base64,      // plain text that stands for data
+    Base64,      // data as plain text
     Signed,      // a number kept in the node
     Unsigned,    // a number kept in the node that only an unsigned integer can hold
     References,  // containers of the binary format
-    Broken,      // a binary object that cannot be read and that no value leads to
+    Broken,      // a binary object that cannot be read and that no value refers to
 };
 
-// One value, 16 bytes. XML documents hold a tape: a container's values follow it, a dictionary's as
-// key and value in turn. Binary documents hold one node an object, in the order of their numbers.
+// One value, 16 bytes. An XML document is a tape: a container's values follow it, those of a
+// dictionary as key, value, key, value. A binary document has one node for each object, in the
+// order of their numbers.
 struct PropertyListNode {
     PropertyListType type = PropertyListType::Absent;
     PropertyListForm form = PropertyListForm::Plain;
-    // Binary containers, the height: levels of containers, themselves included; 0 while unknown.
-    // XML dictionaries, the shape: those of equal shapes (but 0) and lengths have the same keys at
-    // the same places, and no containers in them.
+    // Binary containers, the height: levels of containers, itself included; 0 while unknown.
+    // XML dictionaries, the shape: dictionaries with equal lengths and equal shapes other than 0
+    // have the same keys at the same positions, and contain no containers.
     std::uint16_t heightOrShape = 0;
-    // XML: the node behind this value and everything in it. Binary containers: the number of
-    // values they unfold to, themselves included.
+    // XML: the node after this value and everything in it. Binary containers: the number of values
+    // they unfold to, themselves included.
     std::uint32_t extent = 0;
-    // Text and data: the place of the bytes. Containers: the place of the references (binary).
-    // Numbers: the low and high half of their 64 bits.
+    // Text and data: the offset of the bytes. Binary containers: the offset of the references.
+    // Numbers: the low half of their 64 bits; `length` is the high half.
     std::uint32_t offset = 0;
-    // Text and data: bytes. Containers: elements or entries.
+    // Text and data: the number of bytes. Containers: the number of elements or entries.
     std::uint32_t length = 0;
 
     std::uint64_t bits() const noexcept {
@@ -74,16 +75,16 @@ static_assert(sizeof(PropertyListNode) == 16);
 
 struct PropertyListState {
     ByteBuffer bytes;        // the file
-    std::string transcoded;  // the file in UTF-8 where it was UTF-16, with ByteBuffer's padding
+    std::string transcoded;  // a UTF-16 file in UTF-8, with ByteBuffer's padding
     std::vector<PropertyListNode> nodes;
-    const char* text = nullptr;    // what the nodes' offsets are counted from
-    std::uint64_t generation = 0;  // counts the parses, so that remembered places can be told old
+    const char* text = nullptr;    // the start of the nodes' offsets
+    std::uint64_t generation = 0;  // counts the parses: what readers remember of older ones is old
     std::uint32_t root = 0;
     std::uint8_t referenceWidth = 0;  // bytes of a reference in the binary format, 0 for XML
-    std::uint8_t referenceSkip = 0;   // leading bytes of a reference, which are zero
-    std::uint8_t referenceShift = 0;  // bits of the 32 behind them that are not the reference's
+    std::uint8_t referenceSkip = 0;   // leading zero bytes of a reference
+    std::uint8_t referenceShift = 0;  // low bits of the 32 after them that are not the reference's
     bool hasRoot = false;
-    std::uint32_t longestText = 0;  // bytes, of the binary format; 0 for XML
+    std::uint32_t longestText = 0;  // bytes; 0 for XML
     PropertyListDocument::SharedBytes sharedBytes = PropertyListDocument::SharedBytes::AtEachPlace;
 
     std::string_view textOf(const PropertyListNode& node) const noexcept {
@@ -96,7 +97,7 @@ struct PropertyListState {
         referenceSkip = static_cast<std::uint8_t>(width > kKept ? width - kKept : 0);
         referenceShift = static_cast<std::uint8_t>(width < kKept ? 8 * (kKept - width) : 0);
     }
-    // The object that the reference number `index` behind `offset` names (binary, checked before).
+    // The object of the reference number `index` after `offset` (binary format, already checked).
     std::uint32_t reference(std::uint32_t offset, std::uint32_t index) const noexcept {
         const char* at = text + offset + std::size_t{index} * referenceWidth + referenceSkip;
         return static_cast<std::uint32_t>(bigEndianNumber(at, sizeof(std::uint32_t))) >>
@@ -131,8 +132,7 @@ void forEachEntry(const PropertyListState& state, std::uint32_t dictionary, cons
     }
 }
 
-// The text of a string node: a view into the document or, where something has to be converted,
-// into `scratch`.
+// The text of a string node: a view into the document or, if it must be converted, into `scratch`.
 std::string_view textOfNode(const PropertyListState& state,
                             const PropertyListNode& node,
                             std::string& scratch);
@@ -150,15 +150,15 @@ struct PropertyListFailure {
 
 inline constexpr std::string_view kUtf8ByteOrderMark = "\xEF\xBB\xBF";
 
-// Fill state.nodes and the root from the bytes. The binary one takes state.bytes, the XML one
-// state.text (`size` bytes of UTF-8 with ByteBuffer's padding behind).
+// Fill state.nodes and the root. The XML reader reads `size` bytes of UTF-8 at state.text, which
+// ByteBuffer's padding follows; the binary one reads state.bytes.
 void readXmlPropertyList(PropertyListState& state, std::size_t size);
 void readBinaryPropertyList(PropertyListState& state);
 
-// Appends what an XML text of the form Escaped stands for. The text has been checked; behind it
-// stands the rest of the document or ByteBuffer's padding.
+// Appends an XML text of the form Escaped, unescaped. The text has been checked; the rest of the
+// document or ByteBuffer's padding follows it.
 void appendUnescapedXml(std::string_view text, std::string& result);
-// Decodes base64; bytes that are no base64 digit are skipped.
+// Decodes base64; bytes that are not base64 digits are skipped.
 std::string decodedBase64(std::string_view text);
 
 }  // namespace quillet::platform

@@ -44,8 +44,8 @@ Number numberOf(const Node& node) {
     }
 }
 
-// Merges the entries of equal keys, `keyOf` their numbers, into the first of them with the value of
-// the last.
+// Merges entries with equal keys into the first of them, with the value of the last. `keyOf`
+// returns the key of an entry's index.
 template <typename KeyOf>
 void mergeEqual(std::vector<PropertyListValue::Entry>& entries, KeyOf keyOf) {
     std::vector<std::size_t> order(entries.size());
@@ -69,7 +69,7 @@ void mergeEqual(std::vector<PropertyListValue::Entry>& entries, KeyOf keyOf) {
     entries = std::move(merged);
 }
 
-// Whether a text is `key`. One of UTF-16 that is too long for it is not converted.
+// Whether a text equals `key`. A UTF-16 text that is too long is not converted.
 bool isText(const State& state, const Node& text, std::string_view key, std::string& scratch) {
     const bool mayBe = text.form != Form::Utf16 || text.length <= 2 * key.size();
     return mayBe && textOfNode(state, text, scratch) == key;
@@ -254,8 +254,8 @@ std::vector<PropertyListValue::Entry> PropertyListValue::entries() const {
     return result;
 }
 
-// Leaves each key at its first place, with the value of its last one. Each key is converted once:
-// those that share an object are merged before.
+// Leaves each key at its first place, with the value of its last one. Keys that share an object are
+// merged first, so that each is converted only once.
 void PropertyListValue::mergeRepeatedKeys(std::vector<Entry>& entries) {
     mergeEqual(entries, [&](std::size_t entry) { return entries[entry].first.node_; });
     std::deque<std::string> converted;

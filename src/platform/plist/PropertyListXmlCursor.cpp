@@ -16,8 +16,8 @@ constexpr std::string_view kDoctype = "<!DOCTYPE";
 
 }  // namespace
 
-// Checks the characters from `start` up to here. Everything that is read comes by here but for
-// what has been found equal to something checked before.
+// Checks the characters from `start` up to here. All text is checked here, except bytes that are
+// equal to bytes checked before.
 void XmlCursor::checkCharacters(const char* start) const {
     if (const auto error = firstXmlCharacterError(start, at_)) {
         const bool invalid = error->kind == Kind::InvalidText;
@@ -96,7 +96,7 @@ void XmlCursor::skipInternalSubset() {
     ++at_;
 }
 
-// From behind the name of a tag to its ">" or "/>".
+// Skips from the end of a tag's name to its ">" or "/>".
 void XmlCursor::skipAttributes() {
     const char* start = at_;
     while (*at_ != '>' && *at_ != '/') {
@@ -189,7 +189,6 @@ void XmlCursor::skipRareEscape(std::string_view name) {
     }
 }
 
-// Sets place and form of the text between a tag and its closing tag, both passed.
 void XmlCursor::readContent(const XmlTag& tag, Node& content) {
     const char* const start = at_;
     content.offset = offsetOf(start);

@@ -17,8 +17,8 @@ struct XmlTag {
     bool empty = false;  // <name/>
 };
 
-// A place in a text in UTF-8, behind whose end stand zero bytes. Reads tags and the text between
-// them and passes everything that means nothing; what is not well-formed is thrown as a failure.
+// A place in a UTF-8 text that ByteBuffer's padding follows. Reads tags and the text between them,
+// and skips what has no meaning. Throws a failure when the text is not well-formed.
 class XmlCursor {
 protected:
     XmlCursor(const char* text, std::size_t size) : base_(text), at_(text), end_(text + size) {}
@@ -42,7 +42,7 @@ protected:
     void skipSpaceAndComments();
     XmlTag readOpeningTag();
     void readClosingTag(std::string_view name);
-    // Sets place and form of the text between a tag and its closing tag, both passed.
+    // Sets the place and form of the text between a tag and its closing tag, and skips both.
     void readContent(const XmlTag& tag, PropertyListNode& content);
 
     const char* const base_;
@@ -62,7 +62,7 @@ private:
     void skipInternalSubset();
     void skipAttributes();
     void skipMarkupInContent(std::string_view name);
-    // Passes a reference, a line end or markup that is no element.
+    // Skips a reference, a line end or markup that is not an element.
     void skipEscape(std::string_view name) {
         const std::size_t named = *at_ == '&' ? namedXmlReferenceAt(at_).length : 0;
         at_ += named;

@@ -12,27 +12,28 @@
 // Internal to the reader of XML property lists.
 namespace quillet::platform {
 
-// The bytes from the end of an entry of a dictionary to the value of the next one, with what they
-// mean. Dictionaries of one kind follow each other; their gaps are equal byte for byte, and
-// comparing bytes is much faster than reading tags.
+// The bytes from the end of one dictionary entry to the value of the next, and their meaning.
+// Dictionaries of the same kind follow each other with equal gaps, and comparing bytes is much
+// faster than reading tags.
 struct XmlGap {
     std::uint32_t offset = 0;
     std::uint32_t length = 0;
     PropertyListNode key;
-    PropertyListType type = PropertyListType::Absent;  // of a value whose tag belongs to the gap
+    PropertyListType type =
+        PropertyListType::Absent;  // of the value, if its tag is part of the gap
     XmlTag tag;
     bool seam = false;  // from the last entry of a dictionary to the first of the next in an array
 };
 
-// The gaps of the dictionaries read last, by the place of the entry in its dictionary.
+// The gaps of the last dictionaries, by the index of the entry in its dictionary.
 class XmlGaps {
 public:
     static constexpr std::size_t kMostGaps = 64;  // entries of a dictionary
 
     XmlGaps(const char* text, std::size_t size) : base_(text), end_(text + size) {}
 
-    // The gap of the entry `index` where it stands at `at` again, else null. A seam stands for the
-    // first gap that it was made from, which may have been replaced since.
+    // The gap of the entry `index` if the same bytes are at `at`, else null. A seam contains the
+    // first gap it was made from, and is outdated once that gap has been replaced.
     const XmlGap* repeatedAt(const char* at, std::size_t index) const noexcept {
         if (index >= gaps_.size()) {
             return nullptr;
@@ -43,17 +44,17 @@ public:
         return same && !stale ? &gap : nullptr;
     }
 
-    // Remembers the gap from `start` to the value behind the key, in the entry `index`.
+    // Remembers the gap from `start` to the value after the key, for the entry `index`.
     void remember(const char* start,
                   const char* value,
                   std::size_t index,
                   const PropertyListNode& key) noexcept;
 
-    // At `at`, behind a dictionary of an array: where the same gap opens the next one as opened
-    // this one, remembers all from `start`, the end of its last entry, as one gap.
+    // Called at `at`, after a dictionary of an array. If the next dictionary begins with the same
+    // gap as this one, remembers everything from `start`, the end of the last entry, as one gap.
     void rememberSeam(const char* start, const char* at, std::size_t entries) noexcept;
 
-    // The number of the gaps' present state; 0 when there have been too many.
+    // A number of the current gaps; 0 when there have been too many changes.
     std::uint16_t shape() const noexcept {
         constexpr std::uint32_t kLargest = 0xFFFF;
         return shape_ <= kLargest ? static_cast<std::uint16_t>(shape_) : std::uint16_t{0};

@@ -23,7 +23,7 @@ using Node = PropertyListNode;
 using Tag = XmlTag;
 using Type = PropertyListType;
 
-// Reads a text in UTF-8, behind whose end stand zero bytes, into the tape of nodes.
+// Reads a UTF-8 text that ByteBuffer's padding follows into the tape of nodes.
 class XmlReader : XmlCursor {
 public:
     XmlReader(PropertyListState& state, std::size_t size)
@@ -60,7 +60,7 @@ private:
     void closeContainer();
     void finishContainer();
 
-    // The node is filled where it lies: copying one that has just been put together is slow.
+    // The node is filled in place: copying a node that was just written is slow.
     Node& addNode(Type type, Form form) {
         Node& node = nodes_.emplace_back();
         node.type = type;
@@ -79,7 +79,7 @@ private:
     std::string scratch_;
 };
 
-// The text that a content stands for, valid until the next call.
+// The unescaped text of a content, valid until the next call.
 std::string_view XmlReader::plainText(const Node& content) {
     const std::string_view text(base_ + content.offset, content.length);
     if (content.form != Form::Escaped) {
@@ -100,8 +100,8 @@ void XmlReader::readText(const Tag& tag) {
     readContent(tag, addNode(Type::String, Form::Plain));
 }
 
-// Takes up to 18 digits that the closing tag follows at once; false, with nothing read, for
-// everything else that an integer may look like.
+// Reads up to 18 digits that are directly followed by the closing tag. Returns false and reads
+// nothing for every other form of integer.
 bool XmlReader::readPlainInteger() {
     constexpr std::ptrdiff_t kMostDigits = 18;
     const char* digit = at_;
@@ -230,8 +230,7 @@ void XmlReader::readKey() {
     readText(tag);
 }
 
-// The text of a string element whose opening tag has been passed. A plain one is by far the most
-// frequent.
+// Reads the text of a string element after its opening tag. Plain text is by far the most frequent.
 void XmlReader::readRepeatedText(const Tag& tag) {
     constexpr std::string_view kClosingTag = "</string>";
     const char* end = findTextStop(at_);
@@ -245,8 +244,8 @@ void XmlReader::readRepeatedText(const Tag& tag) {
     at_ = end + kClosingTag.size();
 }
 
-// Closes the dictionary that is open and opens another one behind it; false, with nothing done,
-// where they do not lie in an array.
+// Closes the open dictionary and opens the next one. Returns false and does nothing if they are not
+// elements of an array.
 bool XmlReader::openNextDictionary() {
     if (depth_ < 2 || open_[depth_ - 2].dictionary) {
         return false;
@@ -258,8 +257,8 @@ bool XmlReader::openNextDictionary() {
     return true;
 }
 
-// An entry of a dictionary whose gap is the one that stood at its place before; false, with
-// nothing read, for any other.
+// Reads a dictionary entry with the same gap as the last entry of its index. Returns false and
+// reads nothing for any other entry.
 bool XmlReader::readRepeatedEntry() {
     const XmlGap* gap = gaps_.repeatedAt(at_, open_[depth_ - 1].count);
     if (gap == nullptr || (gap->seam && !openNextDictionary())) {
@@ -274,13 +273,13 @@ bool XmlReader::readRepeatedEntry() {
     } else if (gap->type == Type::Integer) {
         readInteger(gap->tag);
     } else {
-        skipSpaceAndComments();  // a gap that ends with the key says nothing of what follows
+        skipSpaceAndComments();  // a gap that ends with the key does not include them
         readValue();
     }
     return true;
 }
 
-// An entry of a dictionary, or the end of it.
+// Reads an entry of a dictionary, or its end.
 void XmlReader::readEntry() {
     if (readRepeatedEntry()) {
         return;
@@ -302,7 +301,7 @@ void XmlReader::readEntry() {
     readValue();
 }
 
-// One value with everything in it; without recursion, so that no file decides the stack's depth.
+// Reads one value with everything in it. It does not recurse, so no file decides the stack's depth.
 void XmlReader::readTree() {
     readValue();
     while (depth_ > 0) {

@@ -30,7 +30,7 @@ bool isXmlCharacter(std::uint32_t code) {
     return isUnicodeScalar(code) && code != 0xFFFE && code != 0xFFFF;
 }
 
-// Copies text as XML hands it on: line ends of every kind are one line feed. Returns the end of the
+// Copies text with every kind of line end as one line feed, as XML demands. Returns the end of the
 // copy.
 char* copyWithLineFeeds(std::string_view text, char* to) {
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -43,8 +43,9 @@ char* copyWithLineFeeds(std::string_view text, char* to) {
     return to;
 }
 
-// Takes markup off the text, which begins with `opening` and has been checked. Gives what stands
-// between the opening and the ending; the two may not share characters, "<!-->" ends no comment.
+// Removes markup from the start of the text, which begins with `opening` and has been checked.
+// Returns what is between opening and ending. They share no characters: "<!-->" does not end a
+// comment.
 std::string_view takeMarkup(std::string_view& text,
                             std::string_view opening,
                             std::string_view ending) {
@@ -54,7 +55,7 @@ std::string_view takeMarkup(std::string_view& text,
     return inside;
 }
 
-// Takes a CDATA section, a comment or an instruction off the text and copies what it stands for.
+// Removes a CDATA section, a comment or an instruction from the text and copies what it means.
 char* copyMarkup(std::string_view& text, char* to) {
     if (text.starts_with(kCdataStart)) {
         return copyWithLineFeeds(takeMarkup(text, kCdataStart, kCdataEnd), to);
@@ -67,10 +68,10 @@ char* copyMarkup(std::string_view& text, char* to) {
     return to;
 }
 
-// Takes what copyToMarkup has stopped at off the text and copies what it stands for.
+// Removes what copyToMarkup has stopped at from the text and copies what it means.
 char* copyEscape(std::string_view& text, char* to) {
     if (text.starts_with('&')) {
-        // Those with a name are by far the most frequent and stand for ASCII.
+        // Named references are by far the most frequent, and mean ASCII characters.
         if (const XmlReference named = namedXmlReferenceAt(text.data()); named.length > 0) {
             text.remove_prefix(named.length);
             *to = static_cast<char>(named.code);
@@ -146,7 +147,7 @@ std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept 
 }
 
 void appendUnescapedXml(std::string_view text, std::string& result) {
-    // No escape is shorter than what it stands for.
+    // No escape is shorter than the character it means.
     constexpr std::size_t kWrittenBeyond = 16;
     const std::size_t start = result.size();
     result.resize(start + text.size() + kWrittenBeyond);

@@ -9,8 +9,8 @@
 #include "platform/plist/Number.h"
 #include "platform/plist/PropertyList.h"
 
-// The small languages inside the elements of an XML property list, for its reader; HTML has the
-// same references.
+// The texts inside the elements of an XML property list, for its reader. HTML has the same
+// references.
 namespace quillet::platform {
 
 // A character or entity reference ("&amp;", "&#x41;").
@@ -19,8 +19,9 @@ struct XmlReference {
     std::size_t length = 0;  // bytes from "&" to ";"
 };
 
-// The reference with a name at `at`, the place of a "&" with ByteBuffer's padding somewhere behind;
-// its length is 0 where there is none. Senders and identifiers are full of them.
+// The named reference at `at`, which is the place of a "&"; its length is 0 if there is none.
+// ByteBuffer's padding must follow the text. Inline, because senders and identifiers are full of
+// them.
 inline XmlReference namedXmlReferenceAt(const char* at) noexcept {
     const auto stands = [at](std::string_view text) {
         return std::memcmp(at, text.data(), text.size()) == 0;
@@ -38,12 +39,12 @@ inline XmlReference namedXmlReferenceAt(const char* at) noexcept {
     }
 }
 
-// The reference that the text, which begins with "&", starts with. None where there is none, and
-// for characters that XML does not allow. ByteBuffer's padding stands somewhere behind the text.
+// The reference at the start of the text, which begins with "&". None also for characters that XML
+// does not allow. ByteBuffer's padding must follow the text.
 std::optional<XmlReference> xmlReferenceAtStart(std::string_view text) noexcept;
 
-// The place of the first character of [start, end) that is no valid UTF-8 or that XML forbids, with
-// the kind of that error; none where all is well. Reads up to 16 bytes behind the end.
+// The first character of [start, end) that is not valid UTF-8 or that XML forbids, with the kind of
+// the error. Reads up to 16 bytes after the end.
 struct XmlCharacterError {
     PropertyListErrorKind kind = PropertyListErrorKind::Malformed;
     const char* place = nullptr;
@@ -61,7 +62,7 @@ inline bool isXmlSpace(char character) noexcept {
 std::optional<Number> integerOfXmlText(std::string_view text) noexcept;
 // A decimal number or one of nan, inf and infinity in any case, with an optional sign.
 std::optional<double> realOfXmlText(std::string_view text) noexcept;
-// YYYY-MM-DDTHH:MM:SSZ as seconds since 2001-01-01 00:00:00 UTC.
+// A date YYYY-MM-DDTHH:MM:SSZ as seconds since 2001-01-01 00:00:00 UTC.
 std::optional<double> dateOfXmlText(std::string_view text) noexcept;
 // Whether the text is base64 with white space anywhere; the padding may be missing.
 bool isBase64(std::string_view text) noexcept;

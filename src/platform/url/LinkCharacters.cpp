@@ -53,7 +53,7 @@ LinkRole roleBeyondAscii(UChar32 code) {
         return LinkRole::Stop;
     }
     if ((category & U_GC_S_MASK) != 0 || code == kZeroWidthNonJoiner ||
-        code == kZeroWidthNonJoiner + 1) {  // the joiner: both belong to the spelling of words
+        code == kZeroWidthNonJoiner + 1) {  // the joiner: both are used inside words
         return LinkRole::Plain;
     }
     const bool isMark = (category & (U_GC_PO_MASK | U_GC_PD_MASK | U_GC_PC_MASK)) != 0;

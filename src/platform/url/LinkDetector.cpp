@@ -16,12 +16,13 @@ namespace {
 
 constexpr std::array<std::string_view, 3> kWebSchemes{"http", "https", "ftp"};
 constexpr std::string_view kMailScheme = "mailto";
-// What follows one of these directly is a program or data, whatever links it seems to hold.
+// Text right after one of these is a program or data, whatever links it seems to contain.
 constexpr std::array<std::string_view, 3> kRefusedSchemes{"javascript", "file", "data"};
 
-// One pass over a text. Every link has one of three signs, ":", "@" or ".", from which it is read
-// in both directions. Behind the sign nothing is read again: what is read ends before the next sign
-// of its kind, or is remembered as read. Before it at most a few characters are.
+// One pass over a text. Every link contains one of three signs, ":", "@" or ".", and is read from
+// there in both directions. Nothing after the sign is read twice: reading stops before the next
+// sign of its kind, or what was read is remembered. Before the sign at most a few characters are
+// read.
 class LinkFinder {
 public:
     explicit LinkFinder(std::string_view text) : text_(text) {}
@@ -41,14 +42,14 @@ private:
 
     char before(std::size_t place) const { return place > 0 ? text_[place - 1] : ' '; }
 
-    // Whether a word that starts here is not the rest of a longer one such as "git+http".
+    // Whether a word starts here, which is not the end of a longer one such as "git+http".
     bool startsWord(std::size_t start) const {
         const char previous = before(start);
         const bool joins = previous == '+' || previous == '-';
         return !isAsciiAlphanumeric(previous) && !(joins && isAsciiAlphanumeric(before(start - 1)));
     }
 
-    // The start of the word before `at_`, when it is this one and nothing before it belongs to it.
+    // The start of the word that ends at `at_`, if it is `word` and not the end of a longer one.
     std::optional<std::size_t> startOf(std::string_view word) const {
         if (at_ - free_ < word.size()) {
             return std::nullopt;
@@ -79,7 +80,7 @@ private:
         if (const auto start = startOfAny(kWebSchemes); start && hasAuthority) {
             return findWebLink(*start);
         }
-        // With an authority, it is of a scheme that is not known here.
+        // An authority here belongs to an unknown scheme.
         if (hasAuthority || startOfAny(kRefusedSchemes)) {
             skipToStop();
             return true;
@@ -108,7 +109,7 @@ private:
         return findHostAndRest(start, host, std::move(url), HostKind::Any);
     }
 
-    // Bytes of the user and "@" before a host; 0 where there are none.
+    // Bytes of the user and "@" before a host; 0 if they are missing.
     std::size_t userLengthAt(std::size_t start) const {
         constexpr std::string_view kOthers = "-._~!$&*+,;=:%";
         std::size_t at = start;
@@ -119,8 +120,8 @@ private:
         return at < text_.size() && text_[at] == '@' ? at + 1 - start : 0;
     }
 
-    // Reads a host, its port and the rest of the link behind them. A host that has to be a domain
-    // has three parts and ends in a top-level domain.
+    // Reads a host, its port and the rest of the link. A host that must be a domain has at least
+    // three parts and ends in a top-level domain.
     bool findHostAndRest(std::size_t start, std::size_t hostStart, std::string url, HostKind kind) {
         constexpr std::size_t kPartsOfDomain = 3;
         const std::optional<LinkHost> host = hostAt(text_.substr(hostStart));
@@ -130,7 +131,7 @@ private:
         }
         std::size_t end = hostStart + host->length;
         url += host->name;
-        // The dot of the root domain belongs to a host's name where a path follows.
+        // The dot of the root domain belongs to the host's name if a path follows.
         if (host->labels > 0 && text_.substr(end).starts_with("./")) {
             url += '.';
             ++end;
@@ -165,7 +166,7 @@ private:
     bool findAtDot() {
         const bool isWeb = startOf("www").has_value();
         const std::optional<std::size_t> start = startOf(isWeb ? "www" : "ftp");
-        // A name that was read before and is no link is not read again from its middle.
+        // A name that was read before and is not a link is not read again from its middle.
         if (!start || *start < namesRead_ ||
             std::string_view(".@/\\").find(before(*start)) != std::string_view::npos) {
             return false;
@@ -183,7 +184,7 @@ private:
         return true;
     }
 
-    // Adds a link that goes on at `end` where one of the characters `goesOn` stands there.
+    // Adds a link that continues at `end` if one of the characters `goesOn` is there.
     void addWithRest(std::size_t start, std::size_t end, std::string url, std::string_view goesOn) {
         const std::string_view rest = text_.substr(end);
         if (!rest.empty() && goesOn.find(rest.front()) != std::string_view::npos) {
@@ -201,9 +202,9 @@ private:
     }
 
     std::string_view text_;
-    std::size_t at_ = 0;         // where the next sign is looked for
-    std::size_t free_ = 0;       // up to here the text belongs to links or was skipped
-    std::size_t namesRead_ = 0;  // up to here names without a scheme were read
+    std::size_t at_ = 0;         // where the search for the next sign goes on
+    std::size_t free_ = 0;       // end of the text that belongs to links or was skipped
+    std::size_t namesRead_ = 0;  // end of the names without a scheme that were read
     std::vector<TextLink> links_;
 };
 

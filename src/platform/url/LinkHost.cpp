@@ -21,18 +21,18 @@ bool isHostCharacter(const LinkCharacter& character) {
         const char ascii = static_cast<char>(character.code);
         return isAsciiAlphanumeric(ascii) || ascii == '-' || ascii == '_';
     }
-    // Of the punctuation only what some languages write inside a word: middle dots and the like.
+    // Punctuation counts only if some language uses it inside words: middle dots and the like.
     constexpr std::u32string_view kInsideWords = U"\u00B7\u0375\u05F3\u05F4\u30FB";
     return character.role == LinkRole::Plain ||
            kInsideWords.find(character.code) != std::u32string_view::npos;
 }
 
 std::string_view lastLabel(std::string_view name) {
-    return name.substr(name.rfind('.') + 1);  // all of it where there is no dot
+    return name.substr(name.rfind('.') + 1);  // all of it when it has no dot
 }
 
-// The name without what touches it and belongs to the sentence: "com" of a top-level domain that
-// goes on with a word of a script that sets no spaces, or with a sign such as an arrow or a face.
+// The name without what touches its end and belongs to the sentence: after a top-level domain such
+// as "com" a word of a script without spaces, or a symbol such as an arrow or a face.
 std::string_view withoutTouchingWords(std::string_view name) {
     const std::string_view last = lastLabel(name);
     if (last.empty() || !isAsciiLetter(last.front())) {
@@ -65,8 +65,8 @@ bool isTopLevelDomain(std::string_view label) {
            (label.size() > 1 && std::all_of(label.begin(), label.end(), isAsciiLetter));
 }
 
-// Whether no label is too long, and their number. A label takes at least one character of ASCII
-// for each of its own.
+// Whether no label is too long, and the number of labels. In ASCII a label takes at least one
+// character for each of its characters.
 bool countLabels(std::string_view name, std::size_t& labels) {
     labels = 1;
     std::size_t characters = 0;
@@ -81,11 +81,11 @@ bool countLabels(std::string_view name, std::size_t& labels) {
     return true;
 }
 
-// The name in ASCII as IDNA writes it; none where it is no name of a host.
+// The IDNA form of the name in ASCII, or none when it is not the name of a host.
 std::optional<std::string> asciiName(std::string_view name) {
     static const std::unique_ptr<UIDNA, decltype(&uidna_close)> converter = [] {
         UErrorCode failure = U_ZERO_ERROR;
-        // The strict rules keep a letter that is mapped to "a/c" from making a path.
+        // The strict rules refuse a character that is mapped to "a/c", which would start a path.
         constexpr std::uint32_t kOptions = UIDNA_USE_STD3_RULES | UIDNA_CHECK_BIDI |
                                            UIDNA_CHECK_CONTEXTJ | UIDNA_NONTRANSITIONAL_TO_ASCII;
         return std::unique_ptr<UIDNA, decltype(&uidna_close)>(uidna_openUTS46(kOptions, &failure),

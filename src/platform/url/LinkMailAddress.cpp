@@ -23,19 +23,19 @@ bool isLocalCharacter(const LinkCharacter& character) {
     return character.role == LinkRole::Plain;
 }
 
-// Whether a local part that begins with `following` can begin with `character` instead. `following`
-// is "@" where it has no character yet.
+// Whether a local part that begins with `following` may have `character` before it. `following` is
+// "@" while the local part is empty.
 bool continuesLocalPart(const LinkCharacter& character, char32_t following) {
     if (character.code == '.') {
         return following != '.' && following != '@';
     }
-    // In front of an address in other letters the sentence may go on without a space.
+    // The sentence may touch an address in other letters without a space.
     const bool isOtherWord =
         following < 0x80 && following != '@' && isWrittenWithoutSpaces(character.code);
     return isLocalCharacter(character) && !isOtherWord;
 }
 
-// Where the local part before the "@" at `sign` begins; none where it is empty or too long.
+// The start of the local part before the "@" at `sign`, or none when it is empty or too long.
 std::optional<std::size_t> localPartStart(std::string_view text,
                                           std::size_t least,
                                           std::size_t sign) {
@@ -70,8 +70,8 @@ std::optional<LinkMailAddress> addressOf(std::string_view text,
     return address;
 }
 
-// Whether what stands before `start` leaves open where the address begins: "o'brien@…" may be one
-// address or an elided word before one, and a second "@" is of something else.
+// Whether the text before `start` leaves open where the address begins: "o'brien@…" may be one
+// address, or an elided word before one; a second "@" belongs to something else.
 bool isUnclearBefore(std::string_view text, std::size_t start) {
     const std::string_view front = text.substr(0, start);
     const bool isApostrophe = front.ends_with('\'') && front.size() > 1;
@@ -96,7 +96,8 @@ std::optional<LinkMailAddress> mailAddressAround(std::string_view text,
     if (!start || isUnclearBefore(text, *start)) {
         return std::nullopt;
     }
-    // A mark in front is the text's, such as "_" for emphasis or "-" of a list; "+" begins numbers.
+    // Leading marks belong to the text, such as "_" for emphasis or "-" of a list; "+" begins
+    // numbers.
     while (text[*start] != '+' && isLocalMark(text[*start])) {
         ++*start;
     }

@@ -10,7 +10,7 @@ namespace quillet::platform {
 
 namespace {
 
-// Bytes that may belong to a link.
+// The number of leading bytes that may belong to a link.
 std::size_t runLength(std::string_view text) {
     constexpr std::string_view kOpening = "([{";
     constexpr std::string_view kClosing = ")]}";
@@ -53,7 +53,7 @@ std::size_t linkRestLength(std::string_view text, char before) {
 }
 
 void appendUrlPart(std::string_view part, std::string& url) {
-    // Brackets are tolerated in a query; a second "#" is not tolerated anywhere.
+    // A URL tolerates brackets in its query, and no second "#".
     bool isQuery = false;
     bool isFragment = false;
     for (std::size_t at = 0; at < part.size(); ++at) {

@@ -11,12 +11,12 @@ namespace quillet::platform {
 
 namespace {
 
-// Texts are made in a buffer of this size and appended from it, which spares a long result the
-// zeroes that growing it in place would write first.
+// Texts are built in a buffer of this size and appended from there: growing a long result in place
+// would first fill it with zeroes.
 constexpr std::size_t kBuffer = 3072;
 
-// What a byte becomes. All four bytes are copied always and `length` of them count, so that the
-// loop over a text has no branch that depends on it.
+// What a byte becomes. All four bytes are always copied and `length` of them count, so that the
+// loop has no branch that depends on the text.
 struct Encoded {
     std::array<char, 3> text;
     std::uint8_t length;
@@ -73,7 +73,7 @@ bool appendPercentDecoded(std::string_view text, PlusSign plus, std::string& to)
     const char* const end = at + text.size();
     while (at < end) {
         char* made = buffer.data();
-        // Every byte made takes at least one of the text, so these fit.
+        // Each byte made takes at least one byte of the text, so the buffer is large enough.
         for (const char* const stop = at + std::min<std::ptrdiff_t>(end - at, kBuffer);
              at < stop;) {
             if (*at != '%') {

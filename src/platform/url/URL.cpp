@@ -19,7 +19,7 @@ constexpr unsigned kUserInformation = kRegisteredName | kUriColon;
 constexpr unsigned kFragment = kUriPath | kUriQuestion;
 constexpr unsigned kQuery = kFragment | kUriBracket;
 
-// Whether all characters are in one of `classes` or belong to an escape.
+// Whether every character is in one of `classes` or belongs to an escape.
 bool consistsOf(std::string_view text, unsigned classes) {
     for (std::size_t at = 0; at < text.size(); ++at) {
         if (isUriCharacter(text[at], classes)) {
@@ -87,8 +87,8 @@ bool isPort(std::string_view text) {
            (text.front() == ':' && std::all_of(text.begin() + 1, text.end(), isAsciiDigit));
 }
 
-// The host within an authority, "user information@host:port" of which the host alone must be there
-// (and may be empty); none where the authority is not valid.
+// The host of an authority, "user information@host:port". The host may be empty, the other parts
+// may be missing. None when the authority is not valid.
 std::optional<std::string_view> hostOf(std::string_view authority) {
     const std::size_t at = authority.find('@');
     if (at != std::string_view::npos) {
@@ -104,7 +104,7 @@ std::optional<std::string_view> hostOf(std::string_view authority) {
     return authority.substr(0, *length);
 }
 
-// Cuts `text` at the first `separator` and returns what stood behind it.
+// Cuts `text` at the first `separator` and returns what followed it.
 std::string_view cutOff(std::string_view& text, char separator) {
     const std::size_t at = text.find(separator);
     if (at == std::string_view::npos) {
@@ -141,7 +141,8 @@ std::optional<URL::Parts> URL::partsOf(std::string_view text) {
     }
     Parts parts;
     std::string_view rest = text;
-    // A ":" before the first "/" ends a scheme: a relative reference has none in its first segment.
+    // A ":" before the first "/" ends a scheme: the first segment of a relative reference has no
+    // ":".
     const std::size_t stop = text.find_first_of(":/?#");
     if (stop != std::string_view::npos && text[stop] == ':') {
         if (!isScheme(text.substr(0, stop))) {

@@ -8,23 +8,23 @@
 namespace quillet::platform {
 
 // A URI reference (RFC 3986) that keeps the text it was made from. A value type, for any thread.
-// Views that it hands out live as long as the URL that was asked.
+// The views that it returns live as long as the URL itself.
 class URL {
 public:
-    // None where `text` is empty or no valid reference. "[" and "]" are tolerated in a query; raw
-    // non-ASCII characters and a "%" without two hexadecimal digits are not, anywhere.
+    // None when `text` is empty or not a valid reference. "[" and "]" are accepted in a query. Raw
+    // non-ASCII characters and a "%" without two hexadecimal digits are never accepted.
     static std::optional<URL> URLWithString(std::string_view text);
-    // The file URL of a path, whose bytes survive whatever they are. A relative path starts at the
-    // current folder. The file system is not asked whether the path exists.
+    // The file URL of a path, which may contain any bytes. A relative path starts at the current
+    // folder. The path need not exist.
     static URL fileURLWithPath(std::string_view path);
 
     // The text given.
     const std::string& absoluteString() const noexcept { return text_; }
     // Without its ":", as written; "" in a relative reference.
     std::string_view scheme() const noexcept { return part(Span{0, parts_.schemeLength}); }
-    // As written, with the brackets of an IPv6 address; "" where there is none.
+    // As written, with the brackets of an IPv6 address; "" when the host is missing.
     std::string_view host() const noexcept { return part(parts_.host); }
-    // The path's bytes with escapes replaced; a "%00" becomes a zero byte.
+    // The path's bytes with its escapes decoded; "%00" becomes a zero byte.
     std::string path() const;
     // Whether the scheme is "file", in any case.
     bool isFileURL() const noexcept;

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
-// The classes of characters that a URI is made of (RFC 3986), one bit each. A byte in no class
-// never stands in a URI, except for the "%" of an escape.
+// The classes of characters in a URI (RFC 3986), one bit each. A URI contains no byte without a
+// class, except the "%" of an escape.
 namespace quillet::platform {
 
 enum UriClass : std::uint8_t {
@@ -41,12 +41,12 @@ constexpr std::array<std::uint8_t, 256> makeUriClasses() {
 
 inline constexpr std::array<std::uint8_t, 256> kUriClasses = makeUriClasses();
 
-// Whether a character is in one of `classes`, which are UriClass bits.
+// Whether a character is in one of `classes`, a set of UriClass bits.
 constexpr bool isUriCharacter(char character, unsigned classes) noexcept {
     return (kUriClasses[static_cast<unsigned char>(character)] & classes) != 0;
 }
 
-// The values of hexadecimal digits; -1 for other characters.
+// The value of each hexadecimal digit; -1 for other characters.
 constexpr std::array<std::int8_t, 256> makeHexValues() {
     std::array<std::int8_t, 256> values{};
     for (std::size_t byte = 0; byte < values.size(); ++byte) {
@@ -59,8 +59,8 @@ constexpr std::array<std::int8_t, 256> makeHexValues() {
 
 inline constexpr std::array<std::int8_t, 256> kHexValues = makeHexValues();
 
-// The byte that the escape at the start of `text`, a "%", stands for; negative where two
-// hexadecimal digits do not follow.
+// The byte of the escape at the start of `text`, which begins with "%"; negative if two hexadecimal
+// digits do not follow.
 constexpr int escapedByte(std::string_view text) noexcept {
     return text.size() < 3 ? -1
                            : kHexValues[static_cast<unsigned char>(text[1])] * 16 |
