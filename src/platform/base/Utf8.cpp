@@ -54,6 +54,10 @@ private:
     std::size_t high_;
 };
 
+Utf8Character characterOf(std::int32_t code, std::size_t length) {
+    return code < 0 ? Utf8Character() : Utf8Character{code, length};
+}
+
 }  // namespace
 
 bool isUnicodeScalar(std::uint32_t code) noexcept {
@@ -93,10 +97,11 @@ void appendUtf16AsUtf8(std::string_view bytes, std::endian order, std::string& t
 }
 
 Utf8Character firstUtf8Character(std::string_view text) noexcept {
+    const char* const bytes = text.data();
     std::size_t length = 0;
     std::int32_t code = 0;
-    U8_NEXT(text.data(), length, text.size(), code);
-    return code < 0 ? Utf8Character() : Utf8Character{code, length};
+    U8_NEXT(bytes, length, text.size(), code);
+    return characterOf(code, length);
 }
 
 Utf8Character lastUtf8Character(std::string_view text) noexcept {
@@ -105,7 +110,7 @@ Utf8Character lastUtf8Character(std::string_view text) noexcept {
     std::int32_t at = size;
     std::int32_t code = 0;
     U8_PREV(start, 0, at, code);
-    return code < 0 ? Utf8Character() : Utf8Character{code, static_cast<std::size_t>(size - at)};
+    return characterOf(code, static_cast<std::size_t>(size - at));
 }
 
 std::optional<std::size_t> firstInvalidUtf8(std::string_view text) noexcept {
