@@ -1,7 +1,7 @@
-#include <QVariantAnimation>
 #include <gtest/gtest.h>
 
 #include "platform/ui/SlidingRow.h"
+#include "tests/platform/presentation/RunningAnimation.h"
 #include "tests/views/WidgetWindow.h"
 #include "views/TodayTableView.h"
 
@@ -23,7 +23,7 @@ TEST(TodayTableView, ArchivedRowSlidesOutToTheLeftAndADeletedOneToTheRight) {
         widget.click(archives ? *cell.archiveButton() : *cell.trashButton());
         ASSERT_EQ(widget.mainQueue.blocks.size(), 1U);
         widget.mainQueue.blocks.front()();
-        auto* animation = widget.table().findChild<QVariantAnimation*>();
+        auto* animation = runningAnimation();
         ASSERT_NE(animation, nullptr);
         animation->pause();
         animation->setCurrentTime(animation->duration() / 2);

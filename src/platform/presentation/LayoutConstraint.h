@@ -1,20 +1,19 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <utility>
+
+#include "platform/presentation/ValueAnimation.h"
 
 namespace quillet::platform {
 
 // A constraint "height = constant" on one view, in points. Main thread only.
 //
-// constant() is the value set; the layout follows presentedConstant(), which runs after it while
-// an animation group that set it is under way.
+// constant() is the value set. The layout follows presentedConstant(), which slides there when the
+// constant was set in an animation group.
 class LayoutConstraint {
 public:
-    explicit LayoutConstraint(double constant);
-    LayoutConstraint(const LayoutConstraint&) = delete;
-    LayoutConstraint& operator=(const LayoutConstraint&) = delete;
-    ~LayoutConstraint();
+    explicit LayoutConstraint(double constant) : constant_(constant), presented_(constant) {}
 
     double constant() const noexcept { return constant_; }
     double presentedConstant() const noexcept { return presented_; }
@@ -22,20 +21,19 @@ public:
     // otherwise it jumps.
     void setConstant(double constant);
 
-    // The one layout that follows the constraint; called at each change of presentedConstant().
+    // Sets the one layout that follows the constraint: it is called at each change of
+    // presentedConstant().
     void setObserver(std::function<void()> presentedChanged) {
         changed_ = std::move(presentedChanged);
     }
 
 private:
     void present(double value);
-    void startSlide(int duration);
 
     double constant_;
     double presented_;
     std::function<void()> changed_;
-    struct Slide;
-    std::unique_ptr<Slide> slide_;  // the running animation, if any
+    ValueAnimation slide_;
 };
 
 }  // namespace quillet::platform

@@ -5,13 +5,12 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QVariantAnimation>
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include "platform/presentation/AnimationContext.h"
-#include "platform/presentation/AnimationGroup.h"
+#include "platform/presentation/ValueAnimation.h"
 #include "platform/ui/Accessibility.h"
 #include "platform/ui/SegmentedControlPainter.h"
 #include "platform/ui/SingleLineText.h"
@@ -39,8 +38,8 @@ struct SegmentedControl::State {
     std::size_t pressed = kNoSegment;
     bool focusVisible = false;
     bool dark = false;
-    double plate = 0;                    // where the selected plate is, in segments from the first
-    QVariantAnimation* slide = nullptr;  // a child of the control
+    double plate = 0;  // where the selected plate is, in segments from the first
+    ValueAnimation slide;
     std::function<void()> action;
 };
 
@@ -54,13 +53,6 @@ SegmentedControl::SegmentedControl(QWidget* parent)
     labelFont.setPixelSize(kFontSize);
     labelFont.setWeight(QFont::Medium);
     setFont(labelFont);
-
-    state_->slide = new QVariantAnimation(this);
-    state_->slide->setEasingCurve(easeInOut());
-    connect(state_->slide, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
-        state_->plate = value.toDouble();
-        update();
-    });
 }
 
 SegmentedControl::~SegmentedControl() = default;
@@ -116,13 +108,13 @@ void SegmentedControl::clickSegment(std::size_t segment) {
 void SegmentedControl::select(std::size_t segment, int slideDuration) {
     const bool changed = segment != state_->selected;
     state_->selected = segment;
-    state_->slide->stop();
+    state_->slide.stop();
     const auto end = static_cast<double>(segment);
     if (slideDuration > 0) {
-        state_->slide->setDuration(slideDuration);
-        state_->slide->setStartValue(state_->plate);
-        state_->slide->setEndValue(end);
-        state_->slide->start();
+        state_->slide.start(state_->plate, end, slideDuration, [this](double plate) {
+            state_->plate = plate;
+            update();
+        });
     } else {
         state_->plate = end;
     }

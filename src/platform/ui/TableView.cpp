@@ -4,12 +4,10 @@
 #include <QLayout>
 #include <QPixmap>
 #include <QTimer>
-#include <QVariantAnimation>
 #include <algorithm>
 #include <cmath>
 
 #include "platform/presentation/AnimationContext.h"
-#include "platform/presentation/AnimationGroup.h"
 #include "platform/ui/Accessibility.h"
 #include "platform/ui/ImageButton.h"
 #include "platform/ui/TableViewState.h"
@@ -47,19 +45,6 @@ QPixmap pictureOf(QWidget* view) {
 
 TableView::TableView(QWidget* parent) : QWidget(parent), state_(std::make_unique<State>()) {
     installAccessibility();
-    state_->animation = new QVariantAnimation(this);
-    state_->animation->setStartValue(0.0);
-    state_->animation->setEndValue(1.0);
-    state_->animation->setEasingCurve(easeInOut());
-    connect(
-        state_->animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
-            state_->progress = value.toDouble();
-            if (state_->slidingRow) {
-                state_->slidingRow->setProgress(state_->progress);
-            }
-            placeRows();
-        });
-    connect(state_->animation, &QVariantAnimation::finished, this, [this] { settleAnimations(); });
     state_->announcement = new QTimer(this);
     state_->announcement->setSingleShot(true);
     connect(state_->announcement, &QTimer::timeout, this, [this] { announceCurrentRow(); });
@@ -335,15 +320,20 @@ void TableView::startRemoval(std::size_t row, const QPixmap& picture, RowAnimati
     state_->slidingRow->show();
     state_->movingFrom = row;
     state_->progress = 0;
-    state_->animation->setDuration(AnimationContext::duration());
-    state_->animation->start();
+    const auto proceed = [this](double progress) {
+        state_->progress = progress;
+        state_->slidingRow->setProgress(progress);
+        placeRows();
+    };
+    state_->animation.start(
+        0, 1, AnimationContext::duration(), proceed, [this] { settleAnimations(); });
 }
 
 void TableView::settleAnimations() {
     if (!isAnimating()) {
         return;
     }
-    state_->animation->stop();
+    state_->animation.stop();
     if (state_->progress < 1) {
         noteChangesFrom(state_->movingFrom);  // they jump the rest of the way
     }

@@ -5,11 +5,11 @@
 #include <memory>
 #include <vector>
 
+#include "platform/presentation/ValueAnimation.h"
 #include "platform/ui/SlidingRow.h"
 #include "platform/ui/TableView.h"
 
 class QTimer;
-class QVariantAnimation;
 
 namespace quillet::platform {
 
@@ -44,8 +44,8 @@ struct TableView::State {
     QPointer<TableRowView> announced;  // the row that was announced last
 
     // A removal under way: the rows from `movingFrom` on move up by what is left of a row's height.
-    QVariantAnimation* animation = nullptr;  // a child of the table
-    QPointer<SlidingRow> slidingRow;         // a child of the table
+    ValueAnimation animation;
+    QPointer<SlidingRow> slidingRow;  // a child of the table
     std::size_t movingFrom = 0;
     double progress = 1;
 };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QTest>
-#include <QVariantAnimation>
 #include <QWidget>
 #include <algorithm>
 #include <string>
@@ -11,6 +10,7 @@
 #include "platform/ui/ImageButton.h"
 #include "platform/ui/TableView.h"
 #include "platform/ui/TextField.h"
+#include "tests/platform/presentation/RunningAnimation.h"
 
 namespace quillet::test {
 
@@ -99,7 +99,9 @@ public:
                    platform::RowAnimation how = platform::RowAnimation::SlideLeft) {
         rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(row));
         table->removeRow(row, how);
-        animation()->pause();
+        if (table->isAnimating()) {
+            animation()->pause();
+        }
     }
 
     // Lets time pass for the table and for what moves in it.
@@ -110,7 +112,7 @@ public:
         }
     }
 
-    QVariantAnimation* animation() const { return table->findChild<QVariantAnimation*>(); }
+    static QVariantAnimation* animation() { return runningAnimation(); }
     NamedCell* cell(std::size_t row) const {
         return static_cast<NamedCell*>(table->cellAtRow(row));
     }

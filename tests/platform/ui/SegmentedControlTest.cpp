@@ -1,9 +1,9 @@
 #include <QAccessible>
 #include <QTest>
-#include <QVariantAnimation>
 #include <gmock/gmock.h>
 
 #include "platform/ui/SegmentedControl.h"
+#include "tests/platform/presentation/RunningAnimation.h"
 #include "tests/platform/ui/Rendering.h"
 
 namespace quillet::test {
@@ -96,7 +96,7 @@ TEST_F(SegmentedControlTest, ThePlateSlidesToTheChosenSegment) {
     };
     EXPECT_TRUE(isPlate(0));
     click(2);
-    auto* slide = control_.findChild<QVariantAnimation*>();
+    auto* slide = runningAnimation();
     slide->pause();
     EXPECT_TRUE(isPlate(0));
     slide->setCurrentTime(125);
