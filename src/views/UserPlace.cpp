@@ -40,7 +40,7 @@ UserPlace::UserPlace(const TodayViewController& widget) {
     selected_ = messageAt(table, table.selectedRow());
     current_ = messageAt(table, keyboard_.row);
     const platform::SegmentedControl* control = widget.myHeaderView()->control();
-    if (control->window()->focusWidget() == control) {
+    if (control->isAncestorOf(control->window()->focusWidget())) {
         header_ = control->showsFocus() ? Header::ShowsFocus : Header::HasFocus;
     }
 }

@@ -39,7 +39,7 @@ protected:
     static std::string keyboard(PanelController& panel) {
         QWidget* focused = panel.panel().focusWidget();
         const std::string message = messageAt(panel, table(panel).currentRow());
-        if (focused == panel.widget().myHeaderView()->control()) {
+        if (panel.widget().myHeaderView()->control()->isAncestorOf(focused)) {
             return panel.widget().myHeaderView()->control()->showsFocus() ? "header!" : "header";
         }
         if (focused == &table(panel)) {

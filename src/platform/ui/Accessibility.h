@@ -1,19 +1,41 @@
 #pragma once
 
-#include <QAccessible>
+#include <QAbstractButton>
+#include <QAccessibleWidget>
 #include <functional>
-
-class QWidget;
 
 namespace quillet::platform {
 
-// Makes the views of this kit known to screen readers. Called by their constructors; every call
-// but the first does nothing. Main thread only.
-void installAccessibility();
+// Makes all views of the class `View` known to screen readers as `Interface`, which is made from a
+// View*. Called by the constructors of `View`; every call but the first does nothing. Main thread
+// only.
+template <typename View, typename Interface>
+void installAccessible() {
+    QAccessible::installFactory([](const QString&, QObject* object) -> QAccessibleInterface* {
+        auto* view = dynamic_cast<View*>(object);
+        return view != nullptr ? new Interface(view) : nullptr;
+    });
+}
+
+// A button as a screen reader sees it: a radio button if it is checkable. In a table the buttons of
+// a cell are the children of its row.
+class ButtonAccessible final : public QAccessibleWidget {
+public:
+    explicit ButtonAccessible(QAbstractButton* button);
+
+    QAccessibleInterface* parent() const override;
+    QString text(QAccessible::Text kind) const override;
+    QAccessible::State state() const override;
+    QStringList actionNames() const override;
+    void doAction(const QString& name) override;
+
+private:
+    QAbstractButton* button_;
+};
 
 // Tells screen readers what became of a view. Main thread only.
 void tellScreenReaders(QWidget* view, QAccessible::Event what);
-// Is told the same first, also where no screen reader listens; none to end that.
+// The observer is called first each time, even if no screen reader listens. An empty one ends that.
 void setScreenReaderObserver(std::function<void(QWidget* view, QAccessible::Event what)> observer);
 
 }  // namespace quillet::platform

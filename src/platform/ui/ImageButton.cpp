@@ -21,7 +21,7 @@ constexpr QColor kPressedPlate(128, 128, 128, 87);
 }  // namespace
 
 ImageButton::ImageButton(QWidget* parent) : QAbstractButton(parent) {
-    installAccessibility();
+    installAccessible<ImageButton, ButtonAccessible>();
     setFocusPolicy(Qt::TabFocus);
     connect(this, &QAbstractButton::clicked, this, [this] {
         if (const std::function<void()> action = action_) {

@@ -1,52 +1,55 @@
 #include "platform/ui/SegmentedControl.h"
 
-#include <QAccessible>
+#include <QAbstractButton>
 #include <QHoverEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
-#include <cmath>
-#include <vector>
+#include <utility>
 
 #include "platform/presentation/AnimationContext.h"
-#include "platform/presentation/ValueAnimation.h"
 #include "platform/ui/Accessibility.h"
-#include "platform/ui/SegmentedControlPainter.h"
 #include "platform/ui/SingleLineText.h"
 
 namespace quillet::platform {
 
 namespace {
 
-constexpr std::size_t kNoSegment = SegmentedControlPainter::kNoSegment;
 constexpr int kHeight = 20;       // points
 constexpr int kLabelMargin = 12;  // points, on each side
 constexpr int kFontSize = 12;     // points
 
-}  // namespace
+// A segment as the mouse and screen readers know it. The selected one has the keyboard focus and
+// leaves its keys to the control.
+class Segment final : public QAbstractButton {
+public:
+    explicit Segment(QWidget* parent) : QAbstractButton(parent) {
+        installAccessible<Segment, ButtonAccessible>();
+        setCheckable(true);
+        setAutoExclusive(true);
+    }
 
-struct SegmentedControl::State {
-    struct Segment {
-        std::string label;
-        QString line;  // the label made fit for one line
-    };
-
-    std::vector<Segment> segments;
-    std::size_t selected = 0;
-    std::size_t hovered = kNoSegment;
-    std::size_t pressed = kNoSegment;
-    bool focusVisible = false;
-    bool dark = false;
-    double plate = 0;  // where the selected plate is, in segments from the first
-    ValueAnimation slide;
-    std::function<void()> action;
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {}
+    void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
 };
 
-SegmentedControl::SegmentedControl(QWidget* parent)
-    : QWidget(parent), state_(std::make_unique<State>()) {
-    installAccessibility();
-    setFocusPolicy(Qt::TabFocus);
+class GroupAccessible final : public QAccessibleWidget {
+public:
+    explicit GroupAccessible(QWidget* control)
+        : QAccessibleWidget(control, QAccessible::Grouping) {}
+
+    QAccessibleInterface* focusChild() const override {
+        return widget()->hasFocus() ? QAccessible::queryAccessibleInterface(widget()->focusProxy())
+                                    : nullptr;
+    }
+};
+
+}  // namespace
+
+SegmentedControl::SegmentedControl(QWidget* parent) : QWidget(parent) {
+    installAccessible<SegmentedControl, GroupAccessible>();
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     QFont labelFont;
@@ -55,30 +58,53 @@ SegmentedControl::SegmentedControl(QWidget* parent)
     setFont(labelFont);
 }
 
-SegmentedControl::~SegmentedControl() = default;
-
 void SegmentedControl::setSegmentCount(std::size_t count) {
-    state_->segments.resize(count);
-    state_->hovered = kNoSegment;
-    state_->pressed = kNoSegment;
-    select(std::min(state_->selected, count == 0 ? 0 : count - 1), 0);
+    while (segmentCount() > count) {
+        delete segments_.back();
+        segments_.pop_back();
+    }
+    while (segmentCount() < count) {
+        addSegment();
+    }
+    look_.labels.resize(count);
+    look_.hovered = kNoSegment;
+    look_.pressed = kNoSegment;
+    select(std::min(look_.selected, count == 0 ? 0 : count - 1), 0);
+    placeSegments();
     updateGeometry();
 }
 
-std::size_t SegmentedControl::segmentCount() const {
-    return state_->segments.size();
+void SegmentedControl::addSegment() {
+    auto* button = new Segment(this);
+    button->installEventFilter(this);
+    connect(button, &QAbstractButton::pressed, this, [this, segment = segmentCount()] {
+        look_.pressed = segment;
+        update();
+    });
+    connect(button, &QAbstractButton::clicked, this, [this, segment = segmentCount()] {
+        look_.pressed = kNoSegment;
+        select(segment, isVisible() ? AnimationContext::duration() : 0);
+        if (const std::function<void()> action = action_) {
+            action();
+        }
+    });
+    button->show();
+    segments_.push_back(button);
+}
+
+void SegmentedControl::placeSegments() {
+    for (std::size_t i = 0; i < segmentCount(); ++i) {
+        segments_[i]->setGeometry(segmentRect(i));
+    }
 }
 
 void SegmentedControl::setLabel(std::string_view label, std::size_t segment) {
     if (segment < segmentCount()) {
-        state_->segments[segment] = {std::string(label), singleLineText(label)};
+        look_.labels[segment] = singleLineText(label);
+        segments_[segment]->setAccessibleName(look_.labels[segment]);
         updateGeometry();
         update();
     }
-}
-
-std::string SegmentedControl::label(std::size_t segment) const {
-    return segment < segmentCount() ? state_->segments[segment].label : std::string();
 }
 
 void SegmentedControl::setSelectedSegment(std::size_t segment) {
@@ -87,44 +113,31 @@ void SegmentedControl::setSelectedSegment(std::size_t segment) {
     }
 }
 
-std::size_t SegmentedControl::selectedSegment() const {
-    return state_->selected;
-}
-
-void SegmentedControl::setAction(std::function<void()> action) {
-    state_->action = std::move(action);
-}
-
-void SegmentedControl::clickSegment(std::size_t segment) {
-    if (segment >= segmentCount()) {
-        return;
-    }
-    select(segment, isVisible() ? AnimationContext::duration() : 0);
-    if (const std::function<void()> action = state_->action) {
-        action();
-    }
-}
-
 void SegmentedControl::select(std::size_t segment, int slideDuration) {
-    const bool changed = segment != state_->selected;
-    state_->selected = segment;
-    state_->slide.stop();
+    look_.selected = segment;
+    slide_.stop();
     const auto end = static_cast<double>(segment);
     if (slideDuration > 0) {
-        state_->slide.start(state_->plate, end, slideDuration, [this](double plate) {
-            state_->plate = plate;
+        slide_.start(look_.plate, end, slideDuration, [this](double plate) {
+            look_.plate = plate;
             update();
         });
     } else {
-        state_->plate = end;
+        look_.plate = end;
     }
     update();
-    if (changed && QAccessible::isActive()) {
-        QAccessible::State checked;
-        checked.checked = true;
-        QAccessibleStateChangeEvent event(this, checked);
-        event.setChild(static_cast<int>(segment));
-        QAccessible::updateAccessibility(&event);
+    if (segments_.empty()) {
+        return;
+    }
+    QAbstractButton* selected = segments_[segment];
+    selected->setChecked(true);
+    const bool hadFocus = isAncestorOf(window()->focusWidget());
+    for (QAbstractButton* button : segments_) {
+        button->setFocusPolicy(button == selected ? Qt::TabFocus : Qt::NoFocus);
+    }
+    setFocusProxy(selected);
+    if (hadFocus) {
+        selected->setFocus(Qt::OtherFocusReason);
     }
 }
 
@@ -137,14 +150,19 @@ QRect SegmentedControl::segmentRect(std::size_t segment) const {
 }
 
 void SegmentedControl::setDark(bool dark) {
-    state_->dark = dark;
+    look_.dark = dark;
+    update();
+}
+
+void SegmentedControl::setShowsFocus(bool shows) {
+    focusVisible_ = shows;
     update();
 }
 
 QSize SegmentedControl::sizeHint() const {
     int widest = 0;
-    for (const State::Segment& segment : state_->segments) {
-        widest = std::max(widest, fontMetrics().horizontalAdvance(segment.line));
+    for (const QString& label : look_.labels) {
+        widest = std::max(widest, fontMetrics().horizontalAdvance(label));
     }
     return {static_cast<int>(segmentCount()) * (widest + 2 * kLabelMargin), kHeight};
 }
@@ -154,39 +172,32 @@ QSize SegmentedControl::minimumSizeHint() const {
 }
 
 void SegmentedControl::paintEvent(QPaintEvent* /*event*/) {
-    std::vector<QString> labels;
-    for (const State::Segment& segment : state_->segments) {
-        labels.push_back(segment.line);
+    SegmentedControlPainter look = look_;
+    look.rect = rect();
+    look.direction = layoutDirection();
+    look.focused = hasFocus() && focusVisible_;
+    look.accent = palette().color(QPalette::Highlight);
+    look.enabled = isEnabled();
+    if (!look.enabled) {
+        look.hovered = kNoSegment;
+        look.pressed = kNoSegment;
     }
     QPainter painter(this);
-    const SegmentedControlPainter look{
-        .rect = rect(),
-        .labels = labels,
-        .direction = layoutDirection(),
-        .plate = state_->plate,
-        .selected = state_->selected,
-        .hovered = isEnabled() ? state_->hovered : kNoSegment,
-        .pressed = isEnabled() ? state_->pressed : kNoSegment,
-        .focused = hasFocus() && state_->focusVisible,
-        .enabled = isEnabled(),
-        .dark = state_->dark,
-        .accent = palette().color(QPalette::Highlight),
-    };
     look.paint(painter);
 }
 
 std::size_t SegmentedControl::segmentAt(QPoint point) const {
-    for (std::size_t i = 0; i < segmentCount(); ++i) {
-        if (segmentRect(i).contains(point)) {
-            return i;
-        }
-    }
-    return kNoSegment;
+    const auto found =
+        std::find_if(segments_.begin(), segments_.end(), [point](const QAbstractButton* segment) {
+            return segment->geometry().contains(point);
+        });
+    return found == segments_.end() ? kNoSegment
+                                    : static_cast<std::size_t>(found - segments_.begin());
 }
 
 void SegmentedControl::setHovered(std::size_t segment) {
-    if (state_->hovered != segment) {
-        state_->hovered = segment;
+    if (look_.hovered != segment) {
+        look_.hovered = segment;
         update();
     }
 }
@@ -204,47 +215,49 @@ bool SegmentedControl::event(QEvent* event) {
         case QEvent::FontChange:
             updateGeometry();
             break;
+        case QEvent::Resize:
+        case QEvent::LayoutDirectionChange:
+            placeSegments();
+            break;
         default:
             break;
     }
     return QWidget::event(event);
 }
 
-void SegmentedControl::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton) {
-        event->ignore();
-        return;
+// Watches how the segments get the focus. A window that comes up gives it to its first control
+// unasked, which shows no ring.
+bool SegmentedControl::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        const bool byKeyboard = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+                                reason == Qt::ShortcutFocusReason;
+        setShowsFocus(byKeyboard || (focusVisible_ && reason != Qt::MouseFocusReason));
     }
-    state_->pressed = segmentAt(event->position().toPoint());
-    update();
+    return QWidget::eventFilter(watched, event);
 }
 
-void SegmentedControl::mouseMoveEvent(QMouseEvent* event) {
-    setHovered(segmentAt(event->position().toPoint()));
-}
-
+// A press that ends beside its segment comes here.
 void SegmentedControl::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) {
         event->ignore();
         return;
     }
-    const std::size_t pressed = std::exchange(state_->pressed, kNoSegment);
-    const std::size_t released = segmentAt(event->position().toPoint());
+    const bool pressed = std::exchange(look_.pressed, kNoSegment) != kNoSegment;
     update();
-    // Who drags back to the selected segment settles on it.
-    const bool settles = pressed != kNoSegment && released == state_->selected;
-    if (released == pressed || settles) {
-        clickSegment(released);
+    // A user who drags back to the selected segment settles on it.
+    if (pressed && segmentAt(event->position().toPoint()) == look_.selected) {
+        segments_[look_.selected]->click();
     }
 }
 
-// The segment that an arrow key leads to, the present one where it leads no further; none for other
-// keys.
+// The segment that a key leads to, which is the selected one at either end; kNoSegment for keys
+// that do not move.
 std::size_t SegmentedControl::segmentForKey(int key) const {
-    const bool mirrored = layoutDirection() == Qt::RightToLeft;
+    const bool mirrored = isRightToLeft();
     const std::size_t last = segmentCount() - 1;
-    const std::size_t next = std::min(state_->selected + 1, last);
-    const std::size_t previous = state_->selected == 0 ? 0 : state_->selected - 1;
+    const std::size_t next = std::min(look_.selected + 1, last);
+    const std::size_t previous = look_.selected == 0 ? 0 : look_.selected - 1;
     switch (key) {
         case Qt::Key_Left:
             return mirrored ? next : previous;
@@ -263,46 +276,18 @@ std::size_t SegmentedControl::segmentForKey(int key) const {
     }
 }
 
-bool SegmentedControl::showsFocus() const {
-    return state_->focusVisible;
-}
-
-void SegmentedControl::setShowsFocus(bool shows) {
-    state_->focusVisible = shows;
-    update();
-}
-
 void SegmentedControl::keyPressEvent(QKeyEvent* event) {
     const int key = event->key();
     const bool chooses = key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter;
-    const std::size_t segment = chooses ? state_->selected : segmentForKey(key);
-    if (segmentCount() == 0 || segment == kNoSegment) {
+    const std::size_t segment = chooses ? look_.selected : segmentForKey(key);
+    if (segments_.empty() || segment == kNoSegment) {
         QWidget::keyPressEvent(event);
         return;
     }
-    state_->focusVisible = true;
-    update();
-    if (chooses ? !event->isAutoRepeat() : segment != state_->selected) {
-        clickSegment(segment);
+    setShowsFocus(true);
+    if (chooses ? !event->isAutoRepeat() : segment != look_.selected) {
+        segments_[segment]->click();
     }
-}
-
-void SegmentedControl::focusInEvent(QFocusEvent* event) {
-    const Qt::FocusReason reason = event->reason();
-    // A window that comes up gives its first control the focus unasked: that shows no ring.
-    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-        reason == Qt::ShortcutFocusReason) {
-        state_->focusVisible = true;
-    } else if (reason == Qt::MouseFocusReason) {
-        state_->focusVisible = false;
-    }
-    QWidget::focusInEvent(event);
-    update();
-}
-
-void SegmentedControl::focusOutEvent(QFocusEvent* event) {
-    QWidget::focusOutEvent(event);
-    update();
 }
 
 }  // namespace quillet::platform

@@ -24,7 +24,7 @@ struct SegmentedControlPainter {
     static constexpr std::size_t kNoSegment = std::numeric_limits<std::size_t>::max();
 
     QRect rect;
-    const std::vector<QString>& labels;
+    std::vector<QString> labels;
     Qt::LayoutDirection direction = Qt::LeftToRight;
     double plate = 0;  // where the plate is, in segments from the first
     std::size_t selected = 0;

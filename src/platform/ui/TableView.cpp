@@ -43,7 +43,8 @@ QPixmap pictureOf(QWidget* view) {
 
 }  // namespace
 
-TableView::TableView(QWidget* parent) : QWidget(parent), state_(std::make_unique<State>()) {
+TableView::TableView(QWidget* parent)
+    : QWidget(parent), state_(std::make_unique<TableViewState>()) {
     installAccessibility();
     state_->announcement = new QTimer(this);
     state_->announcement->setSingleShot(true);
@@ -149,7 +150,7 @@ long TableView::yetToMove() const {
 
 // The rows from this one on show something else at their places: what was pressed there is no more.
 void TableView::noteChangesFrom(std::size_t row) {
-    const State::Time now = state_->clock();
+    const TableViewState::Time now = state_->clock();
     for (std::size_t i = row; i < state_->rows.size(); ++i) {
         state_->rows[i].changed = now;
     }
@@ -210,7 +211,7 @@ void TableView::reloadData(const RowMap& newRowOf) {
 
 // Asks the delegate for all rows anew. A row that shows what it did is none that just came.
 void TableView::replaceRows(const RowMap& newRowOf) {
-    const std::vector<State::Row> before = state_->rows;
+    const std::vector<TableViewState::Row> before = state_->rows;
     while (!state_->rows.empty()) {
         retireRow(state_->rows.size() - 1);
     }
@@ -232,7 +233,7 @@ void TableView::replaceRows(const RowMap& newRowOf) {
 
 void TableView::appendRow(TableDelegate& delegate) {
     const std::size_t row = state_->rows.size();
-    State::Row added;
+    TableViewState::Row added;
     added.changed = state_->clock();
     added.view = delegate.tableView_rowViewForRow(*this, row);
     if (added.view == nullptr) {
@@ -260,7 +261,7 @@ void TableView::appendRow(TableDelegate& delegate) {
 // Takes a row out of the list: its cell goes to the pool, its view away. The view may be inside one
 // of its own events just now.
 void TableView::retireRow(std::size_t row) {
-    const State::Row retired = state_->rows[row];
+    const TableViewState::Row retired = state_->rows[row];
     tellScreenReaders(retired.view, QAccessible::ObjectDestroyed);
     state_->rows.erase(state_->rows.begin() + static_cast<std::ptrdiff_t>(row));
     if (retired.cell != nullptr) {

@@ -14,6 +14,8 @@ class QAbstractButton;
 
 namespace quillet::platform {
 
+struct TableViewState;
+
 // One column of rows of equal height, as high as its rows, without scrolling, header, grid or
 // background. Where it is given less height, rows are cut off, not squeezed.
 // Mouse: a press and release on one row selects it; controls of the cell keep their own clicks. A
@@ -89,7 +91,7 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
-    struct State;
+    static void installAccessibility();
 
     bool keepsItsRows(const RowMap& newRowOf) const;
     void replaceRows(const RowMap& newRowOf);
@@ -116,7 +118,7 @@ private:
     bool focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason);
     bool focusOutside(bool next);
 
-    std::unique_ptr<State> state_;
+    std::unique_ptr<TableViewState> state_;
 };
 
 }  // namespace quillet::platform

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "platform/ui/Accessibility.h"
+#include "platform/ui/TableView.h"
 #include "platform/ui/TableViewState.h"
 
 namespace quillet::platform {

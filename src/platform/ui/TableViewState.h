@@ -2,18 +2,21 @@
 
 #include <QPointer>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
+#include "platform/presentation/Table.h"
 #include "platform/presentation/ValueAnimation.h"
 #include "platform/ui/SlidingRow.h"
-#include "platform/ui/TableView.h"
+#include "platform/ui/TableRowView.h"
 
 class QTimer;
 
 namespace quillet::platform {
 
-struct TableView::State {
+// What a table view keeps of its rows, its input and a running removal.
+struct TableViewState {
     using Time = std::chrono::steady_clock::time_point;
 
     struct Row {
@@ -28,15 +31,15 @@ struct TableView::State {
     std::ptrdiff_t lastRow() const { return static_cast<std::ptrdiff_t>(rows.size()) - 1; }
 
     std::weak_ptr<TableDelegate> delegate;
-    Clock clock = &std::chrono::steady_clock::now;
+    std::function<Time()> clock = &std::chrono::steady_clock::now;
     double rowHeight = 20;  // points
     std::vector<Row> rows;
     std::vector<TableCellView*> pool;  // hidden children of the table; the last is taken first
 
-    std::ptrdiff_t selected = kNoRow;
-    std::ptrdiff_t current = kNoRow;  // where the keyboard stands
-    std::ptrdiff_t pressed = kNoRow;  // where the mouse button went down
-    bool keyboardUsed = false;        // the user moves by keyboard and should see where
+    std::ptrdiff_t selected = Table::kNoRow;
+    std::ptrdiff_t current = Table::kNoRow;  // where the keyboard stands
+    std::ptrdiff_t pressed = Table::kNoRow;  // where the mouse button went down
+    bool keyboardUsed = false;               // the user moves by keyboard and should see where
 
     // Runs out on the next turn of the event loop: a table that gets the focus is announced by the
     // toolkit when the table itself is done with it, and a screen reader stays with the last word.

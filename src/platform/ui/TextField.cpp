@@ -11,8 +11,26 @@
 
 namespace quillet::platform {
 
+namespace {
+
+class TextFieldAccessible final : public QAccessibleWidget {
+public:
+    explicit TextFieldAccessible(TextField* field)
+        : QAccessibleWidget(field, QAccessible::StaticText), field_(field) {}
+
+    QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Name ? QString::fromStdString(field_->stringValue())
+                                         : QAccessibleWidget::text(kind);
+    }
+
+private:
+    TextField* field_;
+};
+
+}  // namespace
+
 TextField::TextField(QWidget* parent) : QWidget(parent), color_(palette().windowText().color()) {
-    installAccessibility();
+    installAccessible<TextField, TextFieldAccessible>();
     measure();
 }
 

@@ -1,10 +1,53 @@
-#include "platform/ui/TableAccessible.h"
+// The table as screen readers see it.
 
 #include <algorithm>
 
+#include "platform/ui/Accessibility.h"
 #include "platform/ui/TableView.h"
 
 namespace quillet::platform {
+
+namespace {
+
+// A table as a screen reader sees it: a list whose items are the rows.
+class TableAccessible final : public QAccessibleWidget {
+public:
+    explicit TableAccessible(TableView* table);
+
+    int childCount() const override;
+    QAccessibleInterface* child(int index) const override;
+    int indexOfChild(const QAccessibleInterface* child) const override;
+    QAccessibleInterface* focusChild() const override;
+
+private:
+    TableView* table_;
+};
+
+// A row as a screen reader sees it: an item named by its cell, with the cell's controls as
+// children.
+class TableRowAccessible final : public QAccessibleWidget {
+public:
+    explicit TableRowAccessible(TableRowView* row);
+
+    QString text(QAccessible::Text kind) const override;
+    QAccessible::State state() const override;
+    int childCount() const override;
+    QAccessibleInterface* child(int index) const override;
+    int indexOfChild(const QAccessibleInterface* child) const override;
+    QStringList actionNames() const override;
+    void doAction(const QString& name) override;
+
+private:
+    // The table and the row's present index; a row on its way out has neither.
+    struct Place {
+        TableView* table = nullptr;
+        std::size_t row = 0;
+    };
+    Place place() const;
+    std::vector<QWidget*> controls() const;
+
+    TableRowView* row_;
+};
 
 TableAccessible::TableAccessible(TableView* table)
     : QAccessibleWidget(table, QAccessible::List), table_(table) {}
@@ -92,6 +135,13 @@ void TableRowAccessible::doAction(const QString& name) {
     if (name == pressAction() && here.table != nullptr) {
         here.table->clickRow(here.row);
     }
+}
+
+}  // namespace
+
+void TableView::installAccessibility() {
+    installAccessible<TableView, TableAccessible>();
+    installAccessible<TableRowView, TableRowAccessible>();
 }
 
 }  // namespace quillet::platform
