@@ -2,8 +2,10 @@
 
 #include <QPainter>
 #include <QStringList>
+#include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -35,6 +37,22 @@ platform::Image mirrored(const platform::Image& image) {
     return platform::Image(std::move(representations));
 }
 
+// The icon of a button in a look. All rows share it, so that each file is decoded and tinted once.
+// Icons are kept until the program ends; there are three, in two looks and two directions.
+platform::Image iconNamed(std::string_view name,
+                          const Theme& theme,
+                          Qt::LayoutDirection direction = Qt::LeftToRight) {
+    static std::map<std::tuple<std::string_view, const Theme*, Qt::LayoutDirection>,
+                    platform::Image>
+        icons;
+    platform::Image& icon = icons[{name, &theme, direction}];
+    if (icon.isNull()) {
+        icon = KXTint::kx_imageTintedWithColor(platform::Image::named(name), theme.iconTint);
+        icon = direction == Qt::RightToLeft ? mirrored(icon) : icon;
+    }
+    return icon;
+}
+
 }  // namespace
 
 TodayTableViewCell::TodayTableViewCell(const QRect& frame) {
@@ -55,12 +73,12 @@ void TodayTableViewCell::prepare(const std::shared_ptr<TodayViewController>& con
     subjectField_ = makeField(theme.subjectText);
     // Kept for a field that draws its background; this one does not, so that the row shows through.
     subjectField_->setBackgroundColor(palette().color(QPalette::WindowText));
-    archiveButton_ = makeButton("w_archive", "Archive", theme, &TodayTableViewCell::archive);
-    trashButton_ = makeButton("w_trash", "Delete", theme, &TodayTableViewCell::trash);
-    replyButton_ = makeButton("w_reply", "Reply", theme, &TodayTableViewCell::reply);
-    if (isRightToLeft()) {
-        replyButton_->setImage(mirrored(replyButton_->image()));  // back is to the right
-    }
+    archiveButton_ =
+        makeButton(iconNamed("w_archive", theme), "Archive", &TodayTableViewCell::archive);
+    trashButton_ = makeButton(iconNamed("w_trash", theme), "Delete", &TodayTableViewCell::trash);
+    // The arrow of a reply points back, which depends on the direction of reading.
+    replyButton_ = makeButton(
+        iconNamed("w_reply", theme, layoutDirection()), "Reply", &TodayTableViewCell::reply);
     horizontalSeparator1_ = makeSeparator(theme);
     addConstraints();
 }
@@ -73,13 +91,11 @@ platform::TextField* TodayTableViewCell::makeField(const QColor& color) {
 }
 
 platform::ImageButton* TodayTableViewCell::makeButton(
-    std::string_view image,
+    platform::Image image,
     std::string_view name,
-    const Theme& theme,
     void (TodayTableViewCell::*action)(platform::ImageButton*)) {
     auto* button = new platform::ImageButton(swipingView_);
-    button->setImage(
-        KXTint::kx_imageTintedWithColor(platform::Image::named(image), theme.iconTint));
+    button->setImage(std::move(image));
     button->setAlphaValue(Theme::kIconAlpha);
     button->setAction([this, button, action] { (this->*action)(button); });
     const QString title = QString::fromStdString(platform::Bundle::main().localizedString(name));

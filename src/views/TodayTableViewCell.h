@@ -63,9 +63,8 @@ protected:
 
 private:
     platform::TextField* makeField(const QColor& color);
-    platform::ImageButton* makeButton(std::string_view image,
+    platform::ImageButton* makeButton(platform::Image image,
                                       std::string_view name,
-                                      const Theme& theme,
                                       void (TodayTableViewCell::*action)(platform::ImageButton*));
     FlippedView* makeSeparator(const Theme& theme);
     void addConstraints();

@@ -20,7 +20,7 @@ Image Image::named(std::string_view name) {
     for (const Variant& variant : kVariants) {
         const std::string file = "images/" + std::string(name) + variant.suffix;
         const std::optional<std::string> path = Bundle::main().pathForResource(file);
-        QImage image = path ? QImage(QString::fromStdString(*path)) : QImage();
+        QImage image = path ? QImage(QString::fromStdString(*path), "PNG") : QImage();
         image.setDevicePixelRatio(variant.devicePixelRatio);
         representations.push_back(std::move(image));
     }

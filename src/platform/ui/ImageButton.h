@@ -18,7 +18,6 @@ public:
     explicit ImageButton(QWidget* parent = nullptr);
 
     void setImage(Image image);
-    const Image& image() const { return image_; }
     void setAlphaValue(double alpha);  // 0 to 1, at rest
     double alphaValue() const { return alpha_; }
     void setAction(std::function<void()> action);
