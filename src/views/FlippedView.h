@@ -9,11 +9,11 @@
 
 namespace quillet {
 
-// A view with its origin at the top left whose whole drawing is done by a stored block. Its
-// properties are atomic; everything else is for the main thread.
+// A view with its origin at the top left that a stored block draws. Its properties are atomic;
+// everything else is for the main thread.
 class FlippedView : public QWidget {
 public:
-    // Draws `dirty`, a rectangle in the view's coordinates; nothing is cleared beforehand. Called
+    // Draws `dirty`, a rectangle in the view's coordinates, which is not cleared before. Called
     // while the view is painted, so that the block may open a painter on it.
     using DrawingBlock = std::function<void(FlippedView& view, const QRect& dirty)>;
 
@@ -27,7 +27,7 @@ public:
     DrawingBlock drawingBlock() const { return drawingBlock_.get(); }
     void setDrawingBlock(DrawingBlock block) { drawingBlock_.set(std::move(block)); }
 
-    // Does nothing on purpose: it asks for no redraw.
+    // Does nothing on purpose, not even a redraw.
     void Refresh() {}
 
     static constexpr bool isFlipped() { return true; }  // y grows downwards

@@ -1,7 +1,6 @@
 #pragma once
 
-// Measures of the widget, in points. Those that place one view beside another stand in the
-// constraint strings.
+// Measures of the widget, in points. Distances between views are in the constraint strings.
 namespace quillet::Metrics {
 
 inline constexpr int kWidgetWidth = 320;
@@ -10,9 +9,9 @@ inline constexpr int kRowHeight = 60;
 inline constexpr int kFirstTableHeight = 50;  // until the first resize
 inline constexpr double kTextSize = 13;
 
-// The bar that marks the row with the keyboard's focus, beside the row's two lines.
+// The bar beside the two lines of the row that has the keyboard focus.
 inline constexpr int kFocusBarIndent = 16;  // from the leading edge
-inline constexpr int kFocusBarTop = 14;     // and as much below it
+inline constexpr int kFocusBarTop = 14;     // and from the bottom
 inline constexpr int kFocusBarWidth = 3;
 
 }  // namespace quillet::Metrics

@@ -4,7 +4,7 @@ namespace quillet {
 
 namespace {
 
-// The alphas of the separator and of the selection are single precision, unlike that of the date.
+// These two alphas are single precision, unlike that of the date.
 constexpr float kSeparatorAlpha = 0.2F;
 constexpr float kSelectionAlpha = 0.3F;
 constexpr double kDateAlpha = 0.4;

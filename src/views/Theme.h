@@ -4,7 +4,7 @@
 
 namespace quillet {
 
-// The colours of one look, sRGB. A look is chosen when a view is built and never changes.
+// The sRGB colours of one look. A view gets its look when it is built and keeps it.
 struct Theme {
     QColor senderText;
     QColor dateText;
@@ -14,7 +14,7 @@ struct Theme {
     QColor keyboardFocus;
     QColor iconTint;  // invalid: icons keep their own colours
 
-    // For the panel that holds the widget.
+    // The panel that holds the widget.
     QColor panelBackground;
     QColor panelBorder;
     QColor panelShadow;  // at its darkest, beside the panel's edge

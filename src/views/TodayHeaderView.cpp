@@ -16,7 +16,7 @@ namespace {
 constexpr std::array<std::string_view, 3> kLabels = {"Inbox", "To Do", "Memo"};
 
 std::size_t segmentOfPreference(std::int64_t stored) {
-    // Unsigned, so that 0 and negative values are beyond the last segment too.
+    // Unsigned, so that 0 and negative values lie beyond the last segment too.
     const std::uint64_t segment = static_cast<std::uint64_t>(stored) - 1;
     return segment < kLabels.size() ? segment : 0;
 }
@@ -50,7 +50,7 @@ void TodayHeaderView::selectedSegment(platform::SegmentedControl* /*sender*/) {
 }
 
 void TodayHeaderView::select() {
-    // Stored first: the delegate rebuilds the list from the preference, not from the control.
+    // Stored first, because the delegate rebuilds the list from the preference.
     defaults_.setInteger(static_cast<std::int64_t>(control_->selectedSegment()) + 1,
                          MessageList::kSegmentedPreference);
     if (const auto delegate = delegate_.lock()) {

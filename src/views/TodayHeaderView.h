@@ -12,19 +12,19 @@ namespace platform {
 class SegmentedControl;
 }
 
-// The strip above the messages: a switch between "Inbox", "To Do" and "Memo", which keeps the
-// user's choice under the preference "segmented" (index plus one). Main thread only.
+// The strip above the messages: a switch between "Inbox", "To Do" and "Memo". It stores the user's
+// choice in the preference "segmented", as index plus one. Main thread only.
 class TodayHeaderView final : public FlippedView {
 public:
-    // Shows the stored choice, or "Inbox" where none of the three is stored. Keeps the
-    // controller's preferences, which outlive it.
+    // Shows the stored choice, or "Inbox" if none of the three is stored. Refers to the
+    // controller's preferences, which must outlive the view.
     explicit TodayHeaderView(const std::shared_ptr<TodayViewController>& controller,
                              QWidget* parent = nullptr);
 
     platform::SegmentedControl* control() const noexcept { return control_; }  // owned by the view
 
-    // Told when the user has chosen a segment. Weak, as the controller is: the controller owns the
-    // header, and a strong pointer back would keep both for ever.
+    // Told when the user has chosen a segment. Weak, like the controller, because the controller
+    // owns the header.
     std::shared_ptr<TodayViewController> delegate() const { return delegate_.lock(); }
     void setDelegate(const std::shared_ptr<TodayViewController>& delegate) { delegate_ = delegate; }
     std::shared_ptr<TodayViewController> controller() const { return controller_.lock(); }

@@ -7,7 +7,7 @@
 
 namespace quillet {
 
-// The view behind a message's cell; draws the selection to suit the look that the controller had
+// The view behind a message's cell. It draws the selection for the look that the controller had
 // when the row was made. Main thread only.
 class TodayTableRowView final : public platform::TableRowView {
 public:
@@ -19,7 +19,7 @@ public:
     }
 
     void drawSelection(QPainter& painter, const QRect& rect) override;
-    // A soft plate and a bar at the leading edge: the table has no focus ring.
+    // Draws a soft plate and a bar at the leading edge.
     void drawKeyboardFocus(QPainter& painter, const QRect& rect) override;
 
 private:

@@ -12,7 +12,7 @@ class TodayTableView final : public platform::TableView {
 public:
     explicit TodayTableView(QWidget* parent = nullptr);
 
-    // Kept for a drag gesture that the table does not have; nothing changes them.
+    // Reserved for a drag gesture; nothing changes them.
     QPointF startDrag() const noexcept { return startDrag_; }
     std::int64_t swipeOnRowIndex() const noexcept { return swipeOnRowIndex_; }
 

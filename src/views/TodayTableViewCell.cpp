@@ -21,7 +21,7 @@ namespace quillet {
 
 namespace {
 
-// How hard a text holds its width where a line is short: the sender gives way, the date does not.
+// In a short line the sender gives way to the date.
 constexpr int kSenderResistance = 250;
 constexpr int kDateResistance = 1000;
 
@@ -71,7 +71,7 @@ void TodayTableViewCell::prepare(const std::shared_ptr<TodayViewController>& con
     fromField_ = makeField(theme.senderText);
     dateField_ = makeField(theme.dateText);
     subjectField_ = makeField(theme.subjectText);
-    // Kept for a field that draws its background; this one does not, so that the row shows through.
+    // Not drawn, so that the row shows through.
     subjectField_->setBackgroundColor(palette().color(QPalette::WindowText));
     archiveButton_ =
         makeButton(iconNamed("w_archive", theme), "Archive", &TodayTableViewCell::archive);

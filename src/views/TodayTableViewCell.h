@@ -15,20 +15,18 @@ namespace quillet {
 
 struct Theme;
 
-// One message in one row: sender and date, below them the subject and the buttons for reply,
-// archive and trash. Made once by prepare, then filled for each row that it is used for. Main
-// thread only; the properties message and controller are atomic.
-//
-// All parts are owned by the view tree.
+// Shows one message: sender and date, below them the subject and the buttons for reply, archive and
+// trash. Built once by prepare, then filled for each row that it is used for. The view tree owns
+// all parts. Main thread only; the properties message and controller are atomic.
 class TodayTableViewCell final : public platform::TableCellView {
 public:
     explicit TodayTableViewCell(const QRect& frame);
-    // The controller is ignored on purpose; prepare takes it.
+    // Ignores the controller on purpose; prepare takes it.
     TodayTableViewCell(const QRect& frame, const std::shared_ptr<TodayViewController>& controller);
 
     // Builds the parts in the look of the controller. Called once, right after creation.
     void prepare(const std::shared_ptr<TodayViewController>& controller);
-    // Shows a message; nothing but the three texts and the message changes.
+    // Shows a message: only the three texts and the message change.
     void PopulateExtensionMessage(const std::shared_ptr<ExtensionMessage>& message);
     // Does nothing.
     void ReUse() {}
@@ -53,7 +51,7 @@ public:
 
     QString accessibleRowName() const override;
 
-    // The buttons' actions: each sends its command for the message shown; nothing without one.
+    // The buttons' actions. Each sends its command for the message shown, if there is one.
     void reply(platform::ImageButton* sender);
     void archive(platform::ImageButton* sender);
     void trash(platform::ImageButton* sender);

@@ -15,7 +15,7 @@ TodayTableView& tableOf(const TodayViewController& widget) {
     return static_cast<TodayTableView&>(*widget.myTableView());
 }
 
-// Asked of the cell: a row that is about to slide out is in the table still and in no list.
+// Asks the cell, because a row that is about to slide out is no longer in any list.
 std::shared_ptr<ExtensionMessage> messageAt(const TodayTableView& table, std::ptrdiff_t row) {
     const auto* cell =
         static_cast<const TodayTableViewCell*>(table.cellAtRow(static_cast<std::size_t>(row)));

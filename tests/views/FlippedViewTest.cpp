@@ -10,18 +10,15 @@ namespace {
 
 TEST(FlippedView, BlockAloneDrawsTheDirtyRectangle) {
     std::vector<QRect> drawn;
-    FlippedView view(QRect(0, 0, 60, 40), [&](FlippedView& self, const QRect& dirty) {
-        EXPECT_EQ(&self, self.xviewx());
-        drawn.push_back(dirty);
-    });
+    FlippedView view(QRect(0, 0, 60, 40),
+                     [&](FlippedView& /*self*/, const QRect& dirty) { drawn.push_back(dirty); });
     QImage canvas(60, 40, QImage::Format_RGB32);
     canvas.fill(Qt::green);
     const QImage untouched = canvas;
     view.render(&canvas, QPoint(5, 5), QRegion(5, 5, 10, 20), QWidget::RenderFlags());
-    EXPECT_EQ(drawn, std::vector{QRect(5, 5, 10, 20)});
     view.setDrawingBlock({});
     view.render(&canvas, QPoint(), QRegion(), QWidget::RenderFlags());
-    EXPECT_EQ(drawn.size(), 1U);
+    EXPECT_EQ(drawn, std::vector{QRect(5, 5, 10, 20)});
     EXPECT_EQ(canvas, untouched);
 }
 

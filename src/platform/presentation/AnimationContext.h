@@ -9,14 +9,13 @@ class AnimationContext {
 public:
     static constexpr int kDefaultDuration = 250;  // milliseconds
 
-    // Runs `changes` at once. What they set on layout constraints slides there in the default
-    // duration.
+    // Runs `changes` at once. Layout constraints that they set slide there in the default duration.
     static void runGroup(const std::function<void()>& changes);
-    // Whether the changes of a group are running.
+    // Whether it is called inside `changes`.
     static bool isInGroup();
 
-    // Milliseconds that a movement takes if it begins now: 0 when animations are disabled (the user
-    // asks for reduced motion, or a picture is taken) or when there is no application object.
+    // The milliseconds of a movement that begins now; 0 if animations are disabled (for reduced
+    // motion or for a picture) or the application object is missing.
     static int duration();
     static void setEnabled(bool enabled);
 };

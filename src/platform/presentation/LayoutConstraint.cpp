@@ -19,7 +19,7 @@ void LayoutConstraint::setConstant(double constant) {
             constant,
             duration,
             [this](double value) { present(value); },
-            [this] { present(constant_); });  // sums of lengths on the way are not exact
+            [this] { present(constant_); });  // the last step may be rounded
     }
 }
 

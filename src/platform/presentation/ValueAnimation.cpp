@@ -9,8 +9,8 @@
 
 namespace quillet::platform {
 
-// The animation belongs to the application, which may end first, and deletes itself from the event
-// loop, because it may be stopped from inside one of its own signals.
+// The animation belongs to the application, which may end first. It is deleted from the event loop,
+// because it may be stopped inside one of its own signals.
 struct ValueAnimation::State {
     QPointer<QVariantAnimation> running;
 };

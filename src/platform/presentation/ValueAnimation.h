@@ -13,15 +13,15 @@ public:
     ValueAnimation& operator=(const ValueAnimation&) = delete;
     ~ValueAnimation();
 
-    // Replaces a running movement. `changed` is called from the event loop with each value on the
-    // way, the last one `to` but for rounding, then `ended` once. Both may stop, restart or destroy
-    // the animation. Needs the application object, and ends silently with it.
+    // Replaces a running movement. The event loop calls `changed` with each value, the last one
+    // being `to` except for rounding, then `ended` once. Both may stop, restart or destroy the
+    // animation. Needs an application object; the movement ends silently with it.
     void start(double from,
                double to,
                int milliseconds,
                const std::function<void(double)>& changed,
                const std::function<void()>& ended = {});
-    // Ends the movement where it is and calls nothing.
+    // Ends the movement where it is without calling anything.
     void stop();
     bool isRunning() const;
 

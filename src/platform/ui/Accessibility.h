@@ -6,9 +6,8 @@
 
 namespace quillet::platform {
 
-// Makes all views of the class `View` known to screen readers as `Interface`, which is made from a
-// View*. Called by the constructors of `View`; every call but the first does nothing. Main thread
-// only.
+// Lets screen readers see views of the class `View` as an `Interface`, which is constructed from a
+// View*. The constructor of `View` calls it; further calls do nothing. Main thread only.
 template <typename View, typename Interface>
 void installAccessible() {
     QAccessible::installFactory([](const QString&, QObject* object) -> QAccessibleInterface* {
@@ -33,9 +32,9 @@ private:
     QAbstractButton* button_;
 };
 
-// Tells screen readers what became of a view. Main thread only.
+// Tells screen readers what happened to a view. Main thread only.
 void tellScreenReaders(QWidget* view, QAccessible::Event what);
-// The observer is called first each time, even if no screen reader listens. An empty one ends that.
+// The observer is called before screen readers are told, even if none listens; pass none to end it.
 void setScreenReaderObserver(std::function<void(QWidget* view, QAccessible::Event what)> observer);
 
 }  // namespace quillet::platform

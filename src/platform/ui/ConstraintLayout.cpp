@@ -16,9 +16,12 @@ namespace quillet::platform {
 
 namespace {
 
-// The container's edges are the first two positions of a solver, the views' edges follow in pairs.
+// The first two positions of a solver are the container's edges. Two for each view follow.
 constexpr ConstraintSolver::Position kNearEdge = 0;
 constexpr ConstraintSolver::Position kFarEdge = 1;
+
+// The priority of a view's wish not to be larger than its size hint.
+constexpr int kHugging = 250;
 
 ConstraintSolver::Position nearEdge(std::size_t view) {
     return 2 * view + 2;
@@ -82,10 +85,9 @@ void addViewEdges(ConstraintSolver& solver) {
 
 struct ConstraintLayout::State {
     struct View {
-        QWidget* widget = nullptr;  // null once taken out
+        QWidget* widget = nullptr;  // null after it was taken out
         std::unique_ptr<QLayoutItem> item;
         int compressionResistance = kDefaultCompressionResistance;
-        int hugging = kDefaultHugging;
         std::shared_ptr<LayoutConstraint> height;
     };
 
@@ -110,7 +112,7 @@ ConstraintLayout::State::View* ConstraintLayout::State::viewOf(const QWidget* wi
     return found == views.end() ? nullptr : &*found;
 }
 
-// The index in `views` of the index-th view that is still in the layout; views.size() for none.
+// The place in `views` of the index-th view that is still in the layout, or views.size().
 std::size_t ConstraintLayout::State::presentIndex(int index) const {
     std::size_t i = 0;
     for (; i < views.size(); ++i) {
@@ -122,13 +124,10 @@ std::size_t ConstraintLayout::State::presentIndex(int index) const {
 }
 
 void ConstraintLayout::State::append(QWidget* widget, std::unique_ptr<QLayoutItem> item) {
-    View view;
-    view.widget = widget;
-    view.item = std::move(item);
-    views.push_back(std::move(view));
+    views.push_back({.widget = widget, .item = std::move(item), .height = {}});
 }
 
-// The axis with the present heights of the views that follow a constraint.
+// The constraints of an axis, with the present heights of the views that follow a constraint.
 ConstraintSolver ConstraintLayout::State::fitted(Axis axis) const {
     ConstraintSolver result = solver(axis);
     for (std::size_t i = 0; axis == Axis::Vertical && i < views.size(); ++i) {
@@ -152,7 +151,7 @@ void ConstraintLayout::State::wishSizeHints(Axis axis, ConstraintSolver& solver)
         const int length = axis == Axis::Horizontal ? hint.width() : hint.height();
         if (length >= 0) {
             wishes.push_back({views[i].compressionResistance, length, i, Relation::AtLeast});
-            wishes.push_back({views[i].hugging, length, i, Relation::AtMost});
+            wishes.push_back({kHugging, length, i, Relation::AtMost});
         }
     }
     std::stable_sort(wishes.begin(), wishes.end(), [](const Wish& a, const Wish& b) {
@@ -244,13 +243,6 @@ void ConstraintLayout::setCompressionResistance(QWidget* view, int priority) {
     }
 }
 
-void ConstraintLayout::setHugging(QWidget* view, int priority) {
-    if (State::View* known = state_->viewOf(view)) {
-        known->hugging = priority;
-        update();
-    }
-}
-
 void ConstraintLayout::addItem(QLayoutItem* item) {
     std::for_each(state_->solvers.begin(), state_->solvers.end(), addViewEdges);
     state_->append(item->widget(), std::unique_ptr<QLayoutItem>(item));
@@ -285,7 +277,7 @@ QSize ConstraintLayout::sizeHint() const {
     const auto length = [this](Axis axis) {
         ConstraintSolver solver = state_->fitted(axis);
         state_->wishSizeHints(axis, solver);
-        // A view that no string ties to the far edge should lie inside the container too.
+        // Views that no string ties to the far edge should lie inside the container too.
         for (std::size_t i = 0; i < state_->views.size(); ++i) {
             if (state_->views[i].widget != nullptr) {
                 solver.wishAtLeast(farEdge(i), kFarEdge, 0);
@@ -314,7 +306,7 @@ void ConstraintLayout::setGeometry(const QRect& rect) {
         if (widget == nullptr) {
             continue;
         }
-        // Edges are rounded, not sizes, so that touching views touch on the screen.
+        // Rounding edges instead of sizes lets adjacent views touch on the screen.
         const auto left = static_cast<int>(std::lround(xs[nearEdge(i)]));
         const auto right = static_cast<int>(std::lround(xs[farEdge(i)]));
         const auto top = static_cast<int>(std::lround(ys[nearEdge(i)]));

@@ -9,7 +9,7 @@ namespace quillet::platform {
 namespace {
 
 constexpr double kUnbounded = -std::numeric_limits<double>::infinity();
-// Lengths such as 0.1 are not exact in binary; sums of them differ by less than this.
+// Rounding errors in sums of lengths such as 0.1 stay below this.
 constexpr double kTolerance = 1e-6;
 
 }  // namespace
@@ -39,9 +39,9 @@ bool ConstraintSolver::demandAtLeast(Position from, Position to, double distance
         if (reach == kUnbounded) {
             continue;
         }
-        for (Position behind = 0; behind < count_; ++behind) {
-            double& bound = bounds_[before * count_ + behind];
-            bound = std::max(bound, reach + least(to, behind));
+        for (Position after = 0; after < count_; ++after) {
+            double& bound = bounds_[before * count_ + after];
+            bound = std::max(bound, reach + least(to, after));
         }
     }
     return true;

@@ -5,40 +5,39 @@
 
 namespace quillet::platform {
 
-// Positions on one axis under difference constraints: each says that one position lies at least
-// some distance (which may be negative) behind another.
+// Positions on one axis under difference constraints: each constraint says that one position lies
+// at least some distance after another. Distances may be negative.
 //
-// Keeps, for every pair, the tightest bound that follows from all constraints, so every answer is
-// exact and independent of the order in which constraints came. A constraint costs the square of
-// the number of positions. A value; not for several threads at once.
+// Keeps the tightest bound between every two positions, so that answers are exact and do not depend
+// on the order of the constraints. Adding one costs the square of the number of positions. A value;
+// not for several threads at once.
 class ConstraintSolver {
 public:
     using Position = std::size_t;
 
     Position addPosition();
-    std::size_t positionCount() const noexcept { return count_; }
 
-    // Demands to − from ≥ distance. False, and nothing changed, where that contradicts.
+    // Demands to − from ≥ distance. Returns false and changes nothing if that is a contradiction.
     [[nodiscard]] bool demandAtLeast(Position from, Position to, double distance);
     // Demands to − from ≤ distance, likewise.
     [[nodiscard]] bool demandAtMost(Position from, Position to, double distance);
 
-    // As the demands, but with the nearest distance that does not contradict.
+    // Demand the nearest distance that is not a contradiction.
     void wishAtLeast(Position from, Position to, double distance);
     void wishAtMost(Position from, Position to, double distance);
     void wish(Position from, Position to, double distance);
 
-    // What the constraints say of to − from; infinite where they say nothing.
+    // The bounds of to − from; infinite if no constraint says anything about it.
     double least(Position from, Position to) const { return bounds_[from * count_ + to]; }
     double greatest(Position from, Position to) const { return -least(to, from); }
 
-    // A place for every position, with `origin` at 0: each as near behind the origin as it may be,
-    // and at 0 (or as near as it may be) where nothing keeps it from running off before the origin.
+    // A place for every position, with `origin` at 0. Each lies as close after the origin as the
+    // constraints allow. A position without a lower bound lies at 0, or as close to it as allowed.
     std::vector<double> solution(Position origin) const;
 
 private:
     std::size_t count_ = 0;
-    std::vector<double> bounds_;  // [from * count_ + to], closed under addition along paths
+    std::vector<double> bounds_;  // [from * count_ + to]; each includes what the others imply
 };
 
 }  // namespace quillet::platform

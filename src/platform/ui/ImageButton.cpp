@@ -15,7 +15,7 @@ namespace {
 constexpr double kPlateRadius = 5;     // points
 constexpr double kFocusRingWidth = 2;  // points
 constexpr double kPressedOpacityGain = 0.5;
-// A middle grey is seen on light and on dark ground.
+// Middle grey is visible on light and on dark ground.
 constexpr QColor kPressedPlate(128, 128, 128, 87);
 
 }  // namespace
@@ -88,8 +88,7 @@ void ImageButton::drawImage(QPainter& painter) const {
                       image_.representationFor(1 / pixelSize(painter)));
 }
 
-// A press does not outlive the sight of the button: in a reused cell its release would mean another
-// row.
+// Hiding the button ends a press: once the cell is reused, its release would mean another row.
 void ImageButton::hideEvent(QHideEvent* event) {
     QAbstractButton::hideEvent(event);
     cancelPress(*this);
@@ -97,8 +96,8 @@ void ImageButton::hideEvent(QHideEvent* event) {
 
 void cancelPress(QAbstractButton& button) {
     button.setDown(false);
-    // The toolkit's button would come down again as soon as the pointer moves. A release of one
-    // that is up is no click and ends that.
+    // The toolkit would press the button again as soon as the pointer moves. A release ends that,
+    // and it is not a click, because the button is up.
     const QPointF outside(-1, -1);
     QMouseEvent release(QEvent::MouseButtonRelease,
                         outside,
@@ -106,7 +105,7 @@ void cancelPress(QAbstractButton& button) {
                         Qt::LeftButton,
                         Qt::NoButton,
                         Qt::NoModifier);
-    static_cast<QObject&>(button).event(&release);  // not sent: parents would get it as well
+    static_cast<QObject&>(button).event(&release);  // sendEvent would pass it to parents too
 }
 
 void ImageButton::keyPressEvent(QKeyEvent* event) {
@@ -121,7 +120,7 @@ void ImageButton::keyPressEvent(QKeyEvent* event) {
         case Qt::Key_Down:
         case Qt::Key_Left:
         case Qt::Key_Right:
-            event->ignore();  // the container's to use
+            event->ignore();  // for the container
             break;
         default:
             QAbstractButton::keyPressEvent(event);

@@ -7,10 +7,10 @@
 
 namespace quillet::platform {
 
-// A borderless button that shows an image in its centre at a given opacity; an image larger than
-// the button is made smaller. Pressed and focused states are shown by opacity, a soft plate and a
-// ring. Reached by Tab, pressed by Space and Return; a click does not take the keyboard focus.
-// Screen readers use accessibleName(). Main thread only.
+// A borderless button that shows an image in its centre at a given opacity. An image that is larger
+// than the button is scaled down. A pressed button is less transparent and has a soft plate, a
+// focused one has a ring. Tab reaches it, Space and Return press it; a click does not take the
+// keyboard focus. Screen readers use accessibleName(). Main thread only.
 class ImageButton : public QAbstractButton {
     Q_OBJECT
 
@@ -18,8 +18,7 @@ public:
     explicit ImageButton(QWidget* parent = nullptr);
 
     void setImage(Image image);
-    void setAlphaValue(double alpha);  // 0 to 1, at rest
-    double alphaValue() const { return alpha_; }
+    void setAlphaValue(double alpha);  // 0 to 1, when not pressed
     void setAction(std::function<void()> action);
 
     QSize sizeHint() const override;
@@ -39,8 +38,8 @@ private:
     std::function<void()> action_;
 };
 
-// Takes a press back that still goes on, for good: neither its release nor a move of the pointer
-// brings it back.
+// Takes back a press that has not ended. Neither its release nor a move of the pointer brings it
+// back.
 void cancelPress(QAbstractButton& button);
 
 }  // namespace quillet::platform

@@ -17,7 +17,7 @@ QRectF alignedToPixels(const QPainter& painter, const QRectF& rect) {
 }
 
 double pixelSize(const QPainter& painter) {
-    // The transform knows the ratio of the picture that a view is rendered to; the view does not.
+    // Only the painter knows the ratio of a picture that a view is rendered to.
     return 1 / painter.deviceTransform().m11();
 }
 

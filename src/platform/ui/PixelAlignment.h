@@ -6,8 +6,8 @@ class QPainter;
 
 namespace quillet::platform {
 
-// The rectangle with its edges moved to the nearest pixels of the painter's device, at least one
-// pixel wide and high, so that it is drawn crisp at device pixel ratios such as 1.25.
+// Moves the edges of the rectangle to the nearest pixels of the painter's device, so that it is
+// drawn crisp at device pixel ratios such as 1.25. It stays at least one pixel wide and high.
 QRectF alignedToPixels(const QPainter& painter, const QRectF& rect);
 
 // The size of a pixel of the painter's device, in points.

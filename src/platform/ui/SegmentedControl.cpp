@@ -225,8 +225,8 @@ bool SegmentedControl::event(QEvent* event) {
     return QWidget::event(event);
 }
 
-// Watches how the segments get the focus. A window that comes up gives it to its first control
-// unasked, which shows no ring.
+// Watches how the segments get the focus. No ring is shown for a focus that the user did not ask
+// for: a window that appears gives it to its first control.
 bool SegmentedControl::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
@@ -237,7 +237,7 @@ bool SegmentedControl::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
-// A press that ends beside its segment comes here.
+// Segments pass on the release of a press that ends outside of them.
 void SegmentedControl::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) {
         event->ignore();
@@ -251,8 +251,7 @@ void SegmentedControl::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
-// The segment that a key leads to, which is the selected one at either end; kNoSegment for keys
-// that do not move.
+// The segment that a key leads to: at either end the selected one, kNoSegment for other keys.
 std::size_t SegmentedControl::segmentForKey(int key) const {
     const bool mirrored = isRightToLeft();
     const std::size_t last = segmentCount() - 1;

@@ -22,20 +22,20 @@ class SegmentedControl : public QWidget {
 public:
     explicit SegmentedControl(QWidget* parent = nullptr);
 
-    // New segments have no label; the selection is held at the last segment.
+    // New segments have no label. If the selected segment goes, the last one is selected.
     void setSegmentCount(std::size_t count);
     std::size_t segmentCount() const { return segments_.size(); }
-    // UTF-8, one line, elided where it does not fit. A segment beyond the last is ignored.
+    // UTF-8, one line, elided if it does not fit. A segment beyond the last is ignored.
     void setLabel(std::string_view label, std::size_t segment);
     // Does not run the action. A segment beyond the last is ignored.
     void setSelectedSegment(std::size_t segment);
     std::size_t selectedSegment() const { return look_.selected; }
-    // Run when the user chooses a segment, even the selected one.
+    // Called when the user chooses a segment, even the selected one.
     void setAction(std::function<void()> action) { action_ = std::move(action); }
-    // The place of a segment in the control's coordinates, in points; empty beyond the last.
+    // In the control's coordinates, in points; empty for a segment beyond the last.
     QRect segmentRect(std::size_t segment) const;
     void setDark(bool dark);
-    // Whether the user sees that the control has the keyboard, while it does.
+    // Whether the control shows a ring while it has the keyboard focus.
     bool showsFocus() const { return focusVisible_; }
     void setShowsFocus(bool shows);
 

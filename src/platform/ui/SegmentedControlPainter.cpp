@@ -71,7 +71,7 @@ QRectF segmentSpan(const QRect& control,
     const auto edge = [&](double place) {
         return std::round(control.width() * place / static_cast<double>(count));
     };
-    // Between two whole positions the edges move evenly from the one to the other.
+    // Between two whole positions the edges move evenly.
     const double from = std::floor(position);
     const double part = position - from;
     const double left = edge(from) + part * (edge(from + 1) - edge(from));
@@ -111,7 +111,7 @@ void SegmentedControlPainter::paintTrack(QPainter& painter) const {
 
 void SegmentedControlPainter::paintSeparators(QPainter& painter) const {
     for (std::size_t i = 1; i < labels.size(); ++i) {
-        // A separator fades as the plate comes near.
+        // Separators fade as the plate comes near.
         const auto place = static_cast<double>(i);
         const double away = std::min(std::abs(plate - place), std::abs(plate + 1 - place));
         const bool covered = plate < place && place < plate + 1;
@@ -152,7 +152,7 @@ void SegmentedControlPainter::paintPlate(QPainter& painter) const {
     painter.setPen(Qt::NoPen);
     if (!focused && colors().shadow.alpha() > 0) {
         painter.setBrush(colors().shadow);
-        for (const double spread : {1.5, 1.0, 0.5}) {  // points; the layers add up to a soft edge
+        for (const double spread : {1.5, 1.0, 0.5}) {  // points; together a soft edge
             const QRectF layer =
                 place.translated(0, 0.75).adjusted(-spread, -spread, spread, spread);
             painter.drawRoundedRect(layer, kPlateRadius + spread, kPlateRadius + spread);

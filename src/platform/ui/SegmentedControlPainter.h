@@ -11,22 +11,22 @@ class QPainter;
 
 namespace quillet::platform {
 
-// The place of `position` (in segments from the first, which may lie between two) within a control
-// of `count` segments. The edges of whole positions are whole points.
+// The place of a segment in a control of `count` segments. `position` is its index, or lies between
+// two of them. The edges of whole positions are whole points.
 QRectF segmentSpan(const QRect& control,
                    std::size_t count,
                    double position,
                    Qt::LayoutDirection direction);
 
-// What a segmented control looks like in a given state: a rounded track, a raised plate under the
-// selected segment, hairlines between the others.
+// Draws a segmented control in a given state: a rounded track, a raised plate below the selected
+// segment, hairlines between the others.
 struct SegmentedControlPainter {
     static constexpr std::size_t kNoSegment = std::numeric_limits<std::size_t>::max();
 
     QRect rect;
     std::vector<QString> labels;
     Qt::LayoutDirection direction = Qt::LeftToRight;
-    double plate = 0;  // where the plate is, in segments from the first
+    double plate = 0;  // the plate's position, in segments from the first
     std::size_t selected = 0;
     std::size_t hovered = kNoSegment;
     std::size_t pressed = kNoSegment;
@@ -35,7 +35,7 @@ struct SegmentedControlPainter {
     bool dark = false;
     QColor accent;
 
-    // The painter's font is that of the labels.
+    // Labels have the painter's font.
     void paint(QPainter& painter) const;
 
 private:

@@ -13,7 +13,7 @@ bool isBidirectionalControl(char16_t unit) {
            unit == 0x200E || unit == 0x200F || unit == 0x061C;
 }
 
-// The start of a text, some thousand bytes, cut between two characters.
+// The first few thousand bytes of a text, cut between two characters.
 std::string_view firstChunk(std::string_view text) {
     constexpr std::size_t kChunk = 4096;          // bytes
     constexpr std::size_t kLongestCharacter = 4;  // bytes

@@ -9,7 +9,8 @@ namespace quillet::platform {
 
 namespace {
 
-// The picture is gone before the row below has moved up all the way, so that they mix little.
+// The picture disappears before the row below has moved up all the way, so that they overlap
+// little.
 constexpr double kFadeSpeed = 1.5;
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 namespace quillet::platform {
 
-// The picture of a removed row on its way out: slides to one side and fades. Main thread only.
+// The picture of a removed row, which slides to one side and fades. Main thread only.
 class SlidingRow : public QWidget {
     Q_OBJECT
 

@@ -6,7 +6,7 @@
 
 namespace quillet::platform {
 
-// The contents of a row; reused for other rows under its identifier. Owned by the table.
+// The contents of a row. Owned by the table, which reuses it for other rows by its identifier.
 class TableCellView : public QWidget {
     Q_OBJECT
 
@@ -15,14 +15,14 @@ public:
 
     void setIdentifier(std::string identifier) { identifier_ = std::move(identifier); }
     const std::string& identifier() const { return identifier_; }
-    // What a screen reader calls the row.
+    // The row's name for screen readers.
     virtual QString accessibleRowName() const { return {}; }
 
 private:
     std::string identifier_;
 };
 
-// The view behind a cell; draws the selection. Owned by the table.
+// The view behind a cell, which draws the selection. Owned by the table.
 class TableRowView : public QWidget {
     Q_OBJECT
 
@@ -31,13 +31,13 @@ public:
 
     bool isSelected() const { return selected_; }
     void setSelected(bool selected);
-    // Whether the keyboard stands on the row and the user should see it.
+    // Whether to show that the row is the keyboard's current one.
     bool hasKeyboardMark() const { return keyboardMark_; }
     void setKeyboardMark(bool marked);
 
-    // Draws the selection highlight over `rect`; the base draws the desktop's own.
+    // Draws the selection over `rect`, by default with the desktop's highlight colour.
     virtual void drawSelection(QPainter& painter, const QRect& rect);
-    // Draws the mark of the row that the keyboard stands on, over the selection.
+    // Draws the mark of the keyboard's current row over the selection.
     virtual void drawKeyboardFocus(QPainter& painter, const QRect& rect);
 
 protected:

@@ -16,10 +16,10 @@ namespace quillet::platform {
 
 namespace {
 
-// What stands shorter than this, nobody can have aimed at.
+// Nobody can have aimed at a row that has stood still for less.
 constexpr std::chrono::milliseconds kTimeToSee{200};
 
-// A cell that was shown or hidden in another place has stale geometry until its layouts run.
+// A reused cell has the geometry of its old place until its layouts run.
 void activateLayouts(QWidget* view) {
     if (view->layout() != nullptr) {
         view->layout()->activate();
@@ -31,7 +31,7 @@ void activateLayouts(QWidget* view) {
     }
 }
 
-// What a view shows, without any background of the places it lies in.
+// Draws a view without the background of its parents.
 QPixmap pictureOf(QWidget* view) {
     const double ratio = view->devicePixelRatioF();
     QPixmap picture((QSizeF(view->size()) * ratio).toSize());
@@ -138,17 +138,17 @@ bool TableView::standsStill(qsizetype row) const {
         return false;
     }
     const auto index = static_cast<std::size_t>(row);
-    // At the very end of a slide the rows are drawn at their places already.
+    // At the very end of a slide the rows are already drawn at their places.
     const bool moves = isAnimating() && index >= state_->movingFrom && yetToMove() > 0;
     return !moves && state_->clock() - state_->rows[index].changed >= kTimeToSee;
 }
 
-// How many points the rows that move are drawn below their places.
+// The points that moving rows are drawn below their places.
 long TableView::yetToMove() const {
     return std::lround((1 - state_->progress) * state_->rowHeight);
 }
 
-// The rows from this one on show something else at their places: what was pressed there is no more.
+// The places from this row on show something else: a press there no longer counts.
 void TableView::noteChangesFrom(std::size_t row) {
     const TableViewState::Time now = state_->clock();
     for (std::size_t i = row; i < state_->rows.size(); ++i) {
@@ -166,10 +166,10 @@ void TableView::noteChangesFrom(std::size_t row) {
 void TableView::reloadData() {
     settleAnimations();
     reloadData([](std::size_t row) { return static_cast<std::ptrdiff_t>(row); });
-    noteChangesFrom(0);  // nobody said which rows show what they did
+    noteChangesFrom(0);  // any row may show something else now
 }
 
-// Whether each row shows afterwards what it shows now; others may come behind them.
+// Whether each row keeps what it shows; others may follow them.
 bool TableView::keepsItsRows(const RowMap& newRowOf) const {
     for (std::size_t row = 0; row < state_->rows.size(); ++row) {
         if (newRowOf(row) != static_cast<std::ptrdiff_t>(row)) {
@@ -187,7 +187,7 @@ void TableView::reloadData(const RowMap& newRowOf) {
         return state_->hasRow(row) ? newRowOf(static_cast<std::size_t>(row)) : kNoRow;
     };
     const auto stays = [&](std::ptrdiff_t row) { return moved(row) == row ? row : kNoRow; };
-    // The keyboard focus is brought home while the cells change and then put back.
+    // The table holds the keyboard focus while the cells change.
     const std::ptrdiff_t focusedRow = moved(rowOfView(focusedControl()));
     const std::ptrdiff_t control = controlNumber(focusedControl());
     const std::ptrdiff_t heldRow = stays(rowOfView(heldButton()));
@@ -209,7 +209,7 @@ void TableView::reloadData(const RowMap& newRowOf) {
     }
 }
 
-// Asks the delegate for all rows anew. A row that shows what it did is none that just came.
+// Asks the delegate for all rows again. Rows that show the same as before count as unchanged.
 void TableView::replaceRows(const RowMap& newRowOf) {
     const std::vector<TableViewState::Row> before = state_->rows;
     while (!state_->rows.empty()) {
@@ -244,7 +244,7 @@ void TableView::appendRow(TableDelegate& delegate) {
     if (added.cell != nullptr) {
         added.cell->setParent(added.view);
     }
-    // Before the row counts, since the toolkit takes the number of rows for the new one's place.
+    // Told before the row is added, because the toolkit takes the number of rows as its index.
     tellScreenReaders(added.view, QAccessible::ObjectCreated);
     state_->rows.push_back(added);
     placeRows();
@@ -258,8 +258,8 @@ void TableView::appendRow(TableDelegate& delegate) {
     added.view->show();
 }
 
-// Takes a row out of the list: its cell goes to the pool, its view away. The view may be inside one
-// of its own events just now.
+// Takes a row out of the list, keeps its cell for reuse and deletes its view. The view may be
+// handling one of its own events.
 void TableView::retireRow(std::size_t row) {
     const TableViewState::Row retired = state_->rows[row];
     tellScreenReaders(retired.view, QAccessible::ObjectDestroyed);
@@ -273,7 +273,7 @@ void TableView::retireRow(std::size_t row) {
     retired.view->deleteLater();
 }
 
-// Brings what depends on the number of rows up to date.
+// Updates everything that depends on the number of rows.
 void TableView::rowsChanged() {
     state_->current = std::min(state_->current, state_->lastRow());
     setSelectedRow(state_->selected);
@@ -336,7 +336,7 @@ void TableView::settleAnimations() {
     }
     state_->animation.stop();
     if (state_->progress < 1) {
-        noteChangesFrom(state_->movingFrom);  // they jump the rest of the way
+        noteChangesFrom(state_->movingFrom);  // they jump to their places
     }
     state_->progress = 1;
     state_->slidingRow->hide();

@@ -16,13 +16,13 @@ namespace quillet::platform {
 
 struct TableViewState;
 
-// One column of rows of equal height, as high as its rows, without scrolling, header, grid or
-// background. Where it is given less height, rows are cut off, not squeezed.
-// Mouse: a press and release on one row selects it; controls of the cell keep their own clicks. A
-// press on a row that does not stand still does nothing, on its controls neither.
-// Keyboard: one Tab stop, arrows, Home and End move between rows, Return or Space selects; Tab
-// then goes through the controls of the row's cell in visual order. A scroll area that holds the
-// table keeps the row with the keyboard in sight. Screen readers see a list with an item a row.
+// One column of rows of equal height, without scrolling, header, grid or background. Its height is
+// that of its rows; with less, rows are cut off, not squeezed.
+// Mouse: a press and release on one row selects it; controls of the cell get their own clicks. A
+// press on a row that does not stand still, or on one of its controls, does nothing.
+// Keyboard: one Tab stop. Arrows, Home and End move between rows, Return or Space selects, Tab goes
+// on through the controls of the row's cell in visual order. A scroll area that holds the table
+// keeps the current row visible. Screen readers see a list with one item for each row.
 // Main thread only.
 class TableView : public QWidget, public Table {
     Q_OBJECT
@@ -31,34 +31,34 @@ public:
     explicit TableView(QWidget* parent = nullptr);
     ~TableView() override;
 
-    void setDelegate(std::weak_ptr<TableDelegate> delegate);  // one that has ended counts as none
+    void setDelegate(std::weak_ptr<TableDelegate> delegate);  // held weakly
     void setRowHeight(double points);
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
     void setClock(Clock clock);  // the system's steady clock unless set
 
-    // A cell of this identifier that no row uses, or null.
+    // Returns a cell of this identifier that no row uses, or null.
     TableCellView* reusableCell(std::string_view identifier);
     TableCellView* cellAtRow(std::size_t row) const;      // null beyond the last row
     TableRowView* rowViewAtRow(std::size_t row) const;    // likewise
     std::ptrdiff_t rowOfView(const QWidget* view) const;  // the row that holds it, or kNoRow
-    // The row that the keyboard stands on, or kNoRow.
+    // The row that keys act on, or kNoRow.
     std::ptrdiff_t currentRow() const;
-    // Where the keyboard stands in the table.
+    // The keyboard's place in the table.
     struct Keyboard {
         std::ptrdiff_t row = kNoRow;      // the current row
         std::ptrdiff_t control = kNoRow;  // the focused control of its cell, in visual order
-        bool hasFocus = false;            // of the window, also while that is not active
-        bool isShown = false;             // the user moves by keyboard and should see where
+        bool hasFocus = false;            // in its window, even if that is not active
+        bool isShown = false;             // because the user moves by keyboard
     };
     Keyboard keyboard() const;
-    // Puts the keyboard there: as near as the rows allow, and without selecting anything.
+    // Moves the keyboard there, or as near as the rows allow, without selecting anything.
     void setKeyboard(const Keyboard& keyboard);
-    // What a click on the row does: selects it and tells the delegate, unless it is selected.
+    // Selects a row as a click does: tells the delegate, unless the row is selected already.
     void clickRow(std::size_t row);
-    // Whether the user has had the time to see what the row shows: it is not moving, and nothing
-    // else came to its place within the last 200 ms. False beyond the last row.
+    // Whether the user had time to see the row: it is not moving, and what it shows came to its
+    // place at least 200 ms ago. False beyond the last row.
     Q_INVOKABLE bool standsStill(qsizetype row) const;
-    // The controls of a row that Tab reaches, in visual order.
+    // Returns the controls of a row that Tab reaches, in visual order.
     std::vector<QWidget*> controlsOfRow(std::size_t row) const;
 
     // Ends a running removal at once.
@@ -75,8 +75,8 @@ public:
     void removeRow(std::size_t row, RowAnimation animation) override;
 
     QSize sizeHint() const override;
-    // The place of the keyboard is the current row, not the whole table: a scroll area that the
-    // focus enters by Tab shows just this place.
+    // Returns the current row as the cursor's place: a scroll area that the focus enters by Tab
+    // shows that place only.
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
 protected:

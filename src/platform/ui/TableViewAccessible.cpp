@@ -1,4 +1,4 @@
-// The table as screen readers see it.
+// The table for screen readers.
 
 #include <algorithm>
 
@@ -9,7 +9,7 @@ namespace quillet::platform {
 
 namespace {
 
-// A table as a screen reader sees it: a list whose items are the rows.
+// A list whose items are the rows.
 class TableAccessible final : public QAccessibleWidget {
 public:
     explicit TableAccessible(TableView* table);
@@ -23,8 +23,7 @@ private:
     TableView* table_;
 };
 
-// A row as a screen reader sees it: an item named by its cell, with the cell's controls as
-// children.
+// An item that is named by its cell and has the cell's controls as children.
 class TableRowAccessible final : public QAccessibleWidget {
 public:
     explicit TableRowAccessible(TableRowView* row);
@@ -38,7 +37,7 @@ public:
     void doAction(const QString& name) override;
 
 private:
-    // The table and the row's present index; a row on its way out has neither.
+    // The table and the row's index; a row that is being removed has neither.
     struct Place {
         TableView* table = nullptr;
         std::size_t row = 0;

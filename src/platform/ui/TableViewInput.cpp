@@ -36,8 +36,7 @@ void TableView::mousePressEvent(QMouseEvent* event) {
     updateKeyboardMark();
 }
 
-// The row is selected when the button goes up over it, so that a press can be taken back by
-// moving away.
+// A row is selected by the release, so that a user can take a press back by moving away.
 void TableView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) {
         event->ignore();
@@ -61,7 +60,7 @@ void TableView::setCurrentRow(std::ptrdiff_t row) {
     state_->announcement->start();
 }
 
-// Tells screen readers which row has the keyboard, where that is news.
+// Tells screen readers which row is current, unless they know.
 void TableView::announceCurrentRow() {
     TableRowView* view = rowViewAtRow(static_cast<std::size_t>(state_->current));
     if (view != nullptr && hasFocus() && view != state_->announced) {
@@ -105,13 +104,12 @@ QVariant TableView::inputMethodQuery(Qt::InputMethodQuery query) const {
     if (query != Qt::ImCursorRectangle || !state_->hasRow(state_->current)) {
         return QWidget::inputMethodQuery(query);
     }
-    // Where the row comes to rest, should it move just now.
+    // The final place of a row that moves.
     const double top = static_cast<double>(state_->current) * state_->rowHeight;
     return QRectF(0, top, width(), state_->rowHeight).toAlignedRect();
 }
 
-// Brings the current row into sight where the table lies in a scroll area; a user of the mouse
-// scrolls alone.
+// Makes the current row visible if the table lies in a scroll area. Mouse users scroll themselves.
 void TableView::scrollToKeyboard() {
     const bool keyboardIsHere = window()->focusWidget() == this || focusedControl() != nullptr;
     if (!state_->keyboardUsed || !keyboardIsHere) {
@@ -124,7 +122,7 @@ void TableView::scrollToKeyboard() {
     }
 }
 
-// The row that a key leads to from the current one; kNoRow where the key leads nowhere.
+// The row that a key leads to from the current one, or kNoRow.
 std::ptrdiff_t TableView::rowForKey(int key) const {
     const std::ptrdiff_t last = state_->lastRow();
     switch (key) {
@@ -151,13 +149,13 @@ void TableView::keyPressEvent(QKeyEvent* event) {
     }
     state_->keyboardUsed = true;
     if (selects) {
-        // A key that is held down has pressed a button before it comes upon the row here.
+        // A repeat is a key that is held down since it pressed a button of a row that is gone.
         if (!event->isAutoRepeat()) {
             clickRow(static_cast<std::size_t>(row));
         }
         return;
     }
-    // From a control of a cell, the arrows lead to the same control of another row.
+    // Arrows lead from a control of a cell to the same control of another row.
     const std::ptrdiff_t control = controlNumber(focusedControl());
     setCurrentRow(row);
     focusControl(row, control, Qt::OtherFocusReason);
@@ -204,13 +202,13 @@ std::vector<QWidget*> TableView::controlsOfRow(std::size_t row) const {
     return controls;
 }
 
-// The control of a row that has the keyboard, or would have it in an active window; else null.
+// The control of a row that has the keyboard focus in its window, or null.
 QWidget* TableView::focusedControl() const {
     QWidget* focused = window()->focusWidget();
     return rowOfView(focused) != kNoRow ? focused : nullptr;
 }
 
-// The button of a row that is held down, else null.
+// The button of a row that is held down, or null.
 QAbstractButton* TableView::heldButton() const {
     for (QAbstractButton* button : findChildren<QAbstractButton*>()) {
         if (button->isDown() && rowOfView(button) != kNoRow) {
@@ -220,7 +218,7 @@ QAbstractButton* TableView::heldButton() const {
     return nullptr;
 }
 
-// The number of a control in the visual order of its row; kNoRow for none.
+// The number of a control in the visual order of its row, or kNoRow.
 std::ptrdiff_t TableView::controlNumber(const QWidget* control) const {
     const std::ptrdiff_t row = rowOfView(control);
     if (row == kNoRow) {
@@ -230,7 +228,7 @@ std::ptrdiff_t TableView::controlNumber(const QWidget* control) const {
     return std::find(controls.begin(), controls.end(), control) - controls.begin();
 }
 
-// A control of a row by its number in visual order; null where there is none.
+// The control of a row with that number in visual order, or null.
 QWidget* TableView::controlOfRow(std::ptrdiff_t row, std::ptrdiff_t control) const {
     if (!state_->hasRow(row)) {
         return nullptr;
@@ -240,7 +238,7 @@ QWidget* TableView::controlOfRow(std::ptrdiff_t row, std::ptrdiff_t control) con
     return inside ? controls[static_cast<std::size_t>(control)] : nullptr;
 }
 
-// Focuses a control of a row; false where there is none.
+// Focuses the control with that number; returns false if it is missing.
 bool TableView::focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::FocusReason reason) {
     QWidget* view = controlOfRow(row, control);
     if (view != nullptr) {
@@ -249,8 +247,7 @@ bool TableView::focusControl(std::ptrdiff_t row, std::ptrdiff_t control, Qt::Foc
     return view != nullptr;
 }
 
-// Tab goes from the table through the controls of the current row and then out; the other rows'
-// controls are reached by way of their row.
+// Tab goes from the table through the controls of the current row and then out of the table.
 bool TableView::focusNextPrevChild(bool next) {
     const Qt::FocusReason reason = next ? Qt::TabFocusReason : Qt::BacktabFocusReason;
     QWidget* focused = QApplication::focusWidget();
@@ -272,8 +269,7 @@ bool TableView::focusNextPrevChild(bool next) {
     return true;
 }
 
-// Focuses the nearest widget before or behind the table and all it holds; the table itself where
-// there is no other.
+// Focuses the nearest widget before or after the table and its children, or else the table itself.
 bool TableView::focusOutside(bool next) {
     QWidget* candidate = this;
     do {
@@ -289,7 +285,7 @@ bool TableView::focusOutside(bool next) {
     return true;
 }
 
-// Puts the controls right behind the table in the window's order of focus.
+// Puts the controls right after the table in the window's focus order.
 void TableView::orderControls() {
     QWidget* previous = this;
     for (std::size_t row = 0; row < state_->rows.size(); ++row) {
@@ -300,9 +296,9 @@ void TableView::orderControls() {
     }
 }
 
-// Watches the controls of the cells. A press on one does nothing where its row does not stand
-// still. A control that gets the focus makes its row the current one, but Shift+Tab from behind the
-// table, which comes upon the last row, is led to the current row.
+// Watches the controls of the cells. A press on a control does nothing unless its row stands still.
+// A control that gets the focus makes its row the current one. Only Shift+Tab from after the table,
+// which would reach the last row, goes to the current row instead.
 bool TableView::eventFilter(QObject* watched, QEvent* event) {
     const bool isPress =
         event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;

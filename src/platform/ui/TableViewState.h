@@ -15,14 +15,14 @@ class QTimer;
 
 namespace quillet::platform {
 
-// What a table view keeps of its rows, its input and a running removal.
+// The state of a table view: its rows, its input and a running removal.
 struct TableViewState {
     using Time = std::chrono::steady_clock::time_point;
 
     struct Row {
         TableRowView* view = nullptr;   // a child of the table
         TableCellView* cell = nullptr;  // a child of the row view; may be null
-        Time changed;                   // when it last came to its place without moving there
+        Time changed;                   // when it last came to its place without a movement
     };
 
     bool hasRow(std::ptrdiff_t row) const {
@@ -34,19 +34,19 @@ struct TableViewState {
     std::function<Time()> clock = &std::chrono::steady_clock::now;
     double rowHeight = 20;  // points
     std::vector<Row> rows;
-    std::vector<TableCellView*> pool;  // hidden children of the table; the last is taken first
+    std::vector<TableCellView*> pool;  // hidden children of the table; the last is reused first
 
     std::ptrdiff_t selected = Table::kNoRow;
-    std::ptrdiff_t current = Table::kNoRow;  // where the keyboard stands
+    std::ptrdiff_t current = Table::kNoRow;  // the keyboard's row
     std::ptrdiff_t pressed = Table::kNoRow;  // where the mouse button went down
-    bool keyboardUsed = false;               // the user moves by keyboard and should see where
+    bool keyboardUsed = false;               // show the keyboard's row
 
-    // Runs out on the next turn of the event loop: a table that gets the focus is announced by the
-    // toolkit when the table itself is done with it, and a screen reader stays with the last word.
+    // Ends on the next turn of the event loop. The toolkit announces a table that gets the focus
+    // after the table has handled it, and a screen reader keeps to the last announcement.
     QTimer* announcement = nullptr;    // a child of the table
-    QPointer<TableRowView> announced;  // the row that was announced last
+    QPointer<TableRowView> announced;  // last, to screen readers
 
-    // A removal under way: the rows from `movingFrom` on move up by what is left of a row's height.
+    // A running removal: the rows from `movingFrom` on move up by one row height.
     ValueAnimation animation;
     QPointer<SlidingRow> slidingRow;  // a child of the table
     std::size_t movingFrom = 0;

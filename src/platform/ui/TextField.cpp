@@ -73,7 +73,7 @@ QString TextField::displayedText() const {
     if (natural_.width() <= width()) {
         return line_;
     }
-    // "Right" means the end of the text in its own direction.
+    // ElideRight cuts the end of the text, which is at the left in right-to-left text.
     return QFontMetricsF(font()).elidedText(line_, Qt::ElideRight, width());
 }
 

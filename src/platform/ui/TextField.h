@@ -7,11 +7,11 @@
 
 namespace quillet::platform {
 
-// One line of plain text that ends in an ellipsis where it does not fit. Not editable, no frame,
-// a background only on request. Markup is shown as it stands; line breaks and other control
-// characters become blanks, bidirectional controls are dropped and the text is isolated, so that it
-// cannot disturb its neighbours. The text runs in the direction of its own first letter and lies at
-// the side where the widget's layout direction starts. Main thread only.
+// One line of plain text that ends in an ellipsis if it does not fit. Not editable, without frame,
+// with a background only on request. Markup is shown literally, line breaks and other control
+// characters become blanks, and bidirectional controls are dropped, so that the text cannot disturb
+// its neighbours. The text runs in the direction of its own first letter and lies at the side where
+// the widget's layout direction starts. Main thread only.
 class TextField : public QWidget {
     Q_OBJECT
 
@@ -22,14 +22,14 @@ public:
     const std::string& stringValue() const { return text_; }  // as it was set
     void setTextColor(const QColor& color);
     QColor textColor() const { return color_; }
-    // Kept, but drawn only with drawsBackground. Invalid at first.
+    // Drawn only with drawsBackground. Invalid at first.
     void setBackgroundColor(const QColor& color);
     QColor backgroundColor() const { return backgroundColor_; }
     void setDrawsBackground(bool draws);  // off at first
     bool drawsBackground() const { return drawsBackground_; }
-    void setFontSize(
-        double points);  // of the system font; one point is one device-independent pixel
-    // What is painted at the current width, ellipsis included.
+    // The system font in this size; one point is one device-independent pixel.
+    void setFontSize(double points);
+    // What is painted at the current width, including the ellipsis.
     QString displayedText() const;
 
     QSize sizeHint() const override;
@@ -43,8 +43,8 @@ private:
     void measure();
 
     std::string text_;
-    QString line_;   // the text made fit for one line
-    QSize natural_;  // the size that shows all of the line
+    QString line_;   // the text as one line
+    QSize natural_;  // the size of the whole line
     QColor color_;
     QColor backgroundColor_;
     bool drawsBackground_ = false;

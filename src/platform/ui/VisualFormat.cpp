@@ -132,7 +132,7 @@ Parser::Gap Parser::gap() {
     if (peek() == '(') {
         bounds = boundsInParentheses();
     } else if (peek() == '-') {
-        fail("a gap's length");  // a sign would read as a second hyphen
+        fail("a gap's length");  // not a negative number: its sign looks like a second hyphen
     } else {
         bounds.push_back({Relation::Equal, number()});
     }

@@ -16,7 +16,7 @@ namespace quillet::platform {
 
 namespace {
 
-// Null on other window systems, and offscreen.
+// Null on other window systems.
 xcb_connection_t* x11Connection() {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     return x11 != nullptr ? x11->connection() : nullptr;
@@ -72,7 +72,7 @@ void leaveOutOfTaskbars(QWindow& window) {
     }
     const std::array hints{atomNamed(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
                            atomNamed(connection, "_NET_WM_STATE_SKIP_PAGER")};
-    // As it shows the window, the toolkit adds its own hints to those that it finds.
+    // When the toolkit shows the window, it adds its own hints to these.
     xcb_change_property(connection,
                         XCB_PROP_MODE_REPLACE,
                         nativeWindow(window),

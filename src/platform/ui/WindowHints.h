@@ -3,16 +3,16 @@
 class QRegion;
 class QWindow;
 
-// What a window tells the desktop beyond what the toolkit can say. Only X11 knows these hints;
-// elsewhere nothing happens. Main thread only.
+// Hints to the desktop that the toolkit does not offer. Only X11 knows them; on other window
+// systems nothing happens. Main thread only.
 namespace quillet::platform {
 
-// Takes clicks inside the region alone (points, from the window's corner); those beside it reach
-// the window below. The region does not follow the window's size.
+// Takes clicks inside the region only (points, from the window's corner); others reach the window
+// below. The region does not follow the window's size.
 void setInputRegion(QWindow& window, const QRegion& region);
 
-// Gives the window no entry in taskbars and pagers. To be said before each time that the window is
-// shown: desktops forget it when the window goes.
+// Keeps the window out of taskbars and pagers. Call it each time before the window is shown,
+// because desktops forget it when the window is hidden.
 void leaveOutOfTaskbars(QWindow& window);
 
 }  // namespace quillet::platform

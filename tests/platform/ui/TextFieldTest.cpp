@@ -52,19 +52,16 @@ TEST(TextField, ShowsOneLineOfPlainText) {
 TEST(TextField, ALongTextEndsInAnEllipsisInItsOwnDirection) {
     for (const auto& [text, atRight] :
          {std::pair{"A long subject that does not fit at all", true},
-          std::pair{
-              "\u05D0\u05D1\u05D2 \u05D3\u05D4\u05D5 \u05D6\u05D7\u05D8 \u05D9\u05DB\u05DC \u05DE",
-              false}}) {
+          {"\u05D0\u05D1\u05D2 \u05D3\u05D4\u05D5 \u05D6\u05D7\u05D8 \u05D9\u05DB\u05DC", false}}) {
         SCOPED_TRACE(text);
         TextField field;
         field.setFontSize(13);
         field.setStringValue(text);
         field.resize(60, 20);
-        // The dots are the only ink at their end that stays on the base line.
+        // The dots are the only ink at their end, and lie on the base line.
         const QImage image = rendering(field, 4);
         const QRect end(atRight ? image.width() - 24 : 0, 0, 24, image.height() / 2);
-        const auto [first, last] = inkColumns(image.copy(end));
-        EXPECT_EQ(first, -1);
+        EXPECT_EQ(inkColumns(image.copy(end)).first, -1);
         EXPECT_NE(inkColumns(image.copy(end.translated(0, image.height() / 2))).first, -1);
     }
 }
