@@ -9,53 +9,42 @@ constexpr float kSeparatorAlpha = 0.2F;
 constexpr float kSelectionAlpha = 0.3F;
 constexpr double kDateAlpha = 0.4;
 
-QColor white(double alpha) {
-    return QColor::fromRgbF(1, 1, 1, static_cast<float>(alpha));
-}
-
-QColor black(double alpha) {
-    return QColor::fromRgbF(0, 0, 0, static_cast<float>(alpha));
-}
+constexpr double kBlack = 0;
+constexpr double kDarkGray = 1.0 / 3;
+constexpr double kLightGray = 2.0 / 3;
+constexpr double kWhite = 1;
 
 QColor gray(double whiteness, double alpha) {
     const auto level = static_cast<float>(whiteness);
     return QColor::fromRgbF(level, level, level, static_cast<float>(alpha));
 }
 
-QColor darkGray(double alpha) {
-    return gray(1.0 / 3, alpha);
-}
-
-QColor lightGray(double alpha) {
-    return gray(2.0 / 3, alpha);
-}
-
 Theme makeDark() {
     constexpr double kLabelAlpha = 0.85;
     constexpr double kSecondaryLabelAlpha = 0.55;
-    return Theme{.senderText = white(kLabelAlpha),
-                 .dateText = white(kDateAlpha),
-                 .subjectText = white(kSecondaryLabelAlpha),
-                 .separator = white(kSeparatorAlpha),
+    return Theme{.senderText = gray(kWhite, kLabelAlpha),
+                 .dateText = gray(kWhite, kDateAlpha),
+                 .subjectText = gray(kWhite, kSecondaryLabelAlpha),
+                 .separator = gray(kWhite, kSeparatorAlpha),
                  .selection = QColor(),
-                 .keyboardFocus = white(0.06),
+                 .keyboardFocus = gray(kWhite, 0.06),
                  .iconTint = QColor(),
                  .panelBackground = QColor(0x2A, 0x2A, 0x2D),
-                 .panelBorder = white(0.13),
-                 .panelShadow = black(0.42)};
+                 .panelBorder = gray(kWhite, 0.13),
+                 .panelShadow = gray(kBlack, 0.42)};
 }
 
 Theme makeLight() {
-    return Theme{.senderText = darkGray(1),
-                 .dateText = darkGray(kDateAlpha),
-                 .subjectText = darkGray(1),
-                 .separator = darkGray(kSeparatorAlpha),
-                 .selection = lightGray(kSelectionAlpha),
-                 .keyboardFocus = lightGray(0.15),
-                 .iconTint = black(1),
+    return Theme{.senderText = gray(kDarkGray, 1),
+                 .dateText = gray(kDarkGray, kDateAlpha),
+                 .subjectText = gray(kDarkGray, 1),
+                 .separator = gray(kDarkGray, kSeparatorAlpha),
+                 .selection = gray(kLightGray, kSelectionAlpha),
+                 .keyboardFocus = gray(kLightGray, 0.15),
+                 .iconTint = gray(kBlack, 1),
                  .panelBackground = QColor(0xF5, 0xF5, 0xF7),
-                 .panelBorder = black(0.12),
-                 .panelShadow = black(0.22)};
+                 .panelBorder = gray(kBlack, 0.12),
+                 .panelShadow = gray(kBlack, 0.22)};
 }
 
 }  // namespace

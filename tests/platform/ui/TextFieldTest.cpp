@@ -66,8 +66,8 @@ TEST(TextField, ALongTextEndsInAnEllipsisInItsOwnDirection) {
     }
 }
 
-TEST(TextField, FitsExactlyIntoItsSizeHint) {
-    for (const char* text : {"10:42", "fjord \u05D0\u05D1", "We", "\u4F60\u597D"}) {
+TEST(TextField, FitsExactlyIntoItsSizeHintAndLiesWhereTheLayoutDirectionStarts) {
+    for (const char* text : {"10:42", "fjord \u05D0\u05D1", "\u05D0\u05D1\u05D2", "\u4F60\u597D"}) {
         SCOPED_TRACE(text);
         TextField field;
         field.setStringValue(text);
@@ -75,18 +75,10 @@ TEST(TextField, FitsExactlyIntoItsSizeHint) {
         EXPECT_EQ(field.displayedText(), QString::fromUtf8(text));
         field.resize(field.width() - 2, field.height());
         EXPECT_TRUE(field.displayedText().endsWith(QChar(0x2026)));
-    }
-}
-
-TEST(TextField, LiesWhereTheLayoutDirectionStarts) {
-    for (const char* text : {"abc", "\u05D0\u05D1\u05D2"}) {
-        SCOPED_TRACE(text);
-        TextField field;
-        field.setStringValue(text);
         field.resize(300, 20);
-        EXPECT_LT(inkColumns(rendering(field, 1)).second, 60);
+        EXPECT_LT(inkColumns(rendering(field, 1)).second, 80);
         field.setLayoutDirection(Qt::RightToLeft);
-        EXPECT_GT(inkColumns(rendering(field, 1)).first, 240);
+        EXPECT_GT(inkColumns(rendering(field, 1)).first, 220);
     }
 }
 
