@@ -4,34 +4,32 @@ namespace quillet {
 
 namespace {
 
-// These two alphas are single precision, unlike that of the date.
 constexpr float kSeparatorAlpha = 0.2F;
 constexpr float kSelectionAlpha = 0.3F;
-constexpr double kDateAlpha = 0.4;
+constexpr float kDateAlpha = 0.4F;
 
-constexpr double kBlack = 0;
-constexpr double kDarkGray = 1.0 / 3;
-constexpr double kLightGray = 2.0 / 3;
-constexpr double kWhite = 1;
+constexpr float kBlack = 0;
+constexpr float kDarkGray = 1.0F / 3;
+constexpr float kLightGray = 2.0F / 3;
+constexpr float kWhite = 1;
 
-QColor gray(double whiteness, double alpha) {
-    const auto level = static_cast<float>(whiteness);
-    return QColor::fromRgbF(level, level, level, static_cast<float>(alpha));
+QColor gray(float whiteness, float alpha) {
+    return QColor::fromRgbF(whiteness, whiteness, whiteness, alpha);
 }
 
 Theme makeDark() {
-    constexpr double kLabelAlpha = 0.85;
-    constexpr double kSecondaryLabelAlpha = 0.55;
+    constexpr float kLabelAlpha = 0.85F;
+    constexpr float kSecondaryLabelAlpha = 0.55F;
     return Theme{.senderText = gray(kWhite, kLabelAlpha),
                  .dateText = gray(kWhite, kDateAlpha),
                  .subjectText = gray(kWhite, kSecondaryLabelAlpha),
                  .separator = gray(kWhite, kSeparatorAlpha),
                  .selection = QColor(),
-                 .keyboardFocus = gray(kWhite, 0.06),
+                 .keyboardFocus = gray(kWhite, 0.06F),
                  .iconTint = QColor(),
                  .panelBackground = QColor(0x2A, 0x2A, 0x2D),
-                 .panelBorder = gray(kWhite, 0.13),
-                 .panelShadow = gray(kBlack, 0.42)};
+                 .panelBorder = gray(kWhite, 0.13F),
+                 .panelShadow = gray(kBlack, 0.42F)};
 }
 
 Theme makeLight() {
@@ -40,11 +38,11 @@ Theme makeLight() {
                  .subjectText = gray(kDarkGray, 1),
                  .separator = gray(kDarkGray, kSeparatorAlpha),
                  .selection = gray(kLightGray, kSelectionAlpha),
-                 .keyboardFocus = gray(kLightGray, 0.15),
+                 .keyboardFocus = gray(kLightGray, 0.15F),
                  .iconTint = gray(kBlack, 1),
                  .panelBackground = QColor(0xF5, 0xF5, 0xF7),
-                 .panelBorder = gray(kBlack, 0.12),
-                 .panelShadow = gray(kBlack, 0.22)};
+                 .panelBorder = gray(kBlack, 0.12F),
+                 .panelShadow = gray(kBlack, 0.22F)};
 }
 
 }  // namespace

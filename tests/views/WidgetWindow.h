@@ -68,7 +68,7 @@ struct WidgetWindow {
     QRect frame(const QWidget& view) const {
         return {view.mapTo(&window, QPoint(0, 0)), view.size()};
     }
-    // What the window shows where the view lies.
+    // What the window shows at the view's place.
     QImage picture(const QWidget& view) {
         return window.grab(frame(view)).toImage().convertToFormat(QImage::Format_RGB32);
     }

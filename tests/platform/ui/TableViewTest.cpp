@@ -180,19 +180,18 @@ TEST(TableView, HasNoBackgroundAndNoSeamsBetweenSelectedRows) {
 }
 
 TEST(TableView, AScreenReaderSeesAListOfRowsWithTheirButtons) {
-    RecordingTable data({"Ann, Lunch, 10:42", "Bob"});
+    RecordingTable data({"Ann", "Bob"});
     data.table->setSelectedRow(1);
     data.table->setFocus(Qt::TabFocusReason);
     QAccessibleInterface* list = QAccessible::queryAccessibleInterface(data.table);
-    ASSERT_EQ(list->childCount(), 2);
-    QAccessibleInterface* row = list->child(0);
     EXPECT_EQ(list->role(), QAccessible::List);
-    EXPECT_EQ(row->role(), QAccessible::ListItem);
-    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("Ann, Lunch, 10:42"));
-    EXPECT_FALSE(row->state().selected);
-    EXPECT_TRUE(list->child(1)->state().selected);
+    ASSERT_EQ(list->childCount(), 2);
     EXPECT_EQ(list->focusChild(), list->child(1));
-
+    EXPECT_TRUE(list->child(1)->state().selected);
+    QAccessibleInterface* row = list->child(0);
+    EXPECT_FALSE(row->state().selected);
+    EXPECT_EQ(row->role(), QAccessible::ListItem);
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("Ann"));
     ASSERT_EQ(row->childCount(), 2);
     QAccessibleInterface* button = row->child(1);
     EXPECT_EQ(button->role(), QAccessible::Button);
@@ -201,9 +200,7 @@ TEST(TableView, AScreenReaderSeesAListOfRowsWithTheirButtons) {
     for (QAccessibleInterface* pressed : {row, row->child(0), button}) {
         pressed->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     }
-    EXPECT_THAT(
-        data.takeEvents(),
-        ElementsAre("selected 0", "first of Ann, Lunch, 10:42", "second of Ann, Lunch, 10:42"));
+    EXPECT_THAT(data.takeEvents(), ElementsAre("selected 0", "first of Ann", "second of Ann"));
 }
 
 }  // namespace
