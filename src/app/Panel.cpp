@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "app/PanelShadow.h"
 #include "app/ScrollIndicator.h"
 #include "platform/desktop/Compositing.h"
 #include "platform/ui/WindowHints.h"
@@ -32,27 +33,6 @@ bool programsMayPlaceWindows() {
 
 int rounded(double points) {
     return static_cast<int>(std::lround(points));
-}
-
-// One ring after the other from the panel's edge outwards, each fainter, close to how a blurred
-// shadow falls off. It lies a little low, as if the light came from above.
-void paintShadow(QPainter& painter, const QRectF& panel, QColor darkest) {
-    constexpr double kDrop = 3;  // points
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(darkest);
-    painter.drawRoundedRect(
-        panel.translated(0, kDrop), Theme::kPanelCornerRadius, Theme::kPanelCornerRadius);
-    painter.setBrush(Qt::NoBrush);
-    const double full = darkest.alphaF();
-    for (int distance = 0; distance < Theme::kPanelShadowRadius; ++distance) {
-        const double left = 1.0 - static_cast<double>(distance) / Theme::kPanelShadowRadius;
-        darkest.setAlphaF(static_cast<float>(full * left * left * left));
-        painter.setPen(QPen(darkest, 1.0));
-        const double out = distance + 0.5;
-        const double radius = Theme::kPanelCornerRadius + out;
-        painter.drawRoundedRect(
-            panel.translated(0, kDrop).adjusted(-out, -out, out, out), radius, radius);
-    }
 }
 
 // The panel's shape in whole pixels, in or out: what takes clicks, and all that is seen where the
@@ -157,13 +137,11 @@ void Panel::fit() {
     setFixedSize(wanted.width(), std::min(wanted.height(), available.height()));
     layout()->activate();
     scrollIndicator_->place();
-    if (placesItself_) {
+    if (placesItself_ && windowHandle() != nullptr) {
         move(available.right() + 1 - width(), available.top());
         const QRegion shape = solidShape(frame());
         shadow_ == 0 ? setMask(shape) : clearMask();
-        if (windowHandle() != nullptr) {
-            platform::setInputRegion(*windowHandle(), shape);
-        }
+        platform::setInputRegion(*windowHandle(), shape);
     }
 }
 
@@ -209,7 +187,7 @@ void Panel::paintEvent(QPaintEvent* /*event*/) {
     }
     painter.setRenderHint(QPainter::Antialiasing);
     if (shadow_ > 0) {
-        paintShadow(painter, frame(), theme().panelShadow);
+        paintPanelShadow(painter, frame(), theme().panelShadow);
     }
     painter.setBrush(theme().panelBackground);
     painter.setPen(theme().panelBorder);

@@ -48,6 +48,18 @@ public:
     }
 };
 
+// Gives the windows their icon after the first frame, which need not wait for it.
+class IconFilter final : public QObject {
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            watched->removeEventFilter(this);
+            QTimer::singleShot(0, [] { QApplication::setWindowIcon(programIcon()); });
+        }
+        return false;
+    }
+};
+
 void stop() {
     platform::endLockWaits();
     QCoreApplication::exit(0);  // other than quit() it asks no window
@@ -90,7 +102,6 @@ bool finishWork() {
 int runAlone(std::optional<platform::Look> look,
              SingleInstance& instance,
              std::optional<PanelController>& panel) {
-    QApplication::setWindowIcon(programIcon());
     platform::Workspace::sharedWorkspace();
     platform::StopSignals stopSignals(kLongestEnd);
     stopSignals.connect(stop);
@@ -98,6 +109,8 @@ int runAlone(std::optional<platform::Look> look,
     QCoreApplication::instance()->installEventFilter(&filter);
     platform::answerDuringLockWaits();
     panel.emplace(look);
+    IconFilter iconFilter;
+    panel->panel().installEventFilter(&iconFilter);
     std::optional<Tray> tray(std::in_place, *panel);
     panel->panel().setDismissed([&] {
         panel->hide();

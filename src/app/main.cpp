@@ -1,5 +1,6 @@
 #include <QApplication>
-#include <QFontDatabase>
+#include <QFont>
+#include <QFontInfo>
 #include <QLocale>
 #include <cerrno>
 #include <cstdio>
@@ -60,10 +61,10 @@ bool checkContainer() {
 // without a desktop the interface font that the design was made for.
 void prepareInterface() {
     QGuiApplication::setLayoutDirection(QLocale::system().textDirection());
-    const QString designFont = QStringLiteral("Inter");
+    const QFont designFont(QStringLiteral("Inter"));
     if (QGuiApplication::platformName() == QLatin1String("offscreen") &&
-        QFontDatabase::hasFamily(designFont)) {
-        QApplication::setFont(QFont(designFont));
+        QFontInfo(designFont).family() == designFont.family()) {
+        QApplication::setFont(designFont);
     }
 }
 
