@@ -85,8 +85,7 @@ int runHost(const CommandLine& line, int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // whoever reads the log may leave
     const bool hasDisplay = platform::hasDisplay();
     const auto application = makeApplication(argc, argv, hasDisplay);
-    const QDBusConnection bus(
-        QString::fromStdString(platform::SessionBus::shared().connectionName()));
+    const QDBusConnection bus = platform::SessionBus::shared().connection();
     if (!bus.isConnected()) {
         return fail("there is no session bus on which the widget could ask for anything");
     }

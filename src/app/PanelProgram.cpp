@@ -54,7 +54,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::Paint) {
             watched->removeEventFilter(this);
-            QTimer::singleShot(0, [] { QApplication::setWindowIcon(programIcon()); });
+            platform::mainQueue().async([] { QApplication::setWindowIcon(programIcon()); });
         }
         return false;
     }

@@ -8,7 +8,6 @@
 #include <QThread>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -24,12 +23,12 @@ using platform::SessionBus;
 namespace {
 
 constexpr int kAnswerTime = 2000;  // milliseconds
-// How long a panel may take from its lock to its name, or to the end of its process.
+// How long another panel may take to get its name after its lock, or to end.
 constexpr std::chrono::seconds kPatience{2};
 constexpr int kStep = 20;  // milliseconds
 const QString kPath = QStringLiteral("/it/tarno/quillet/Today");
 const QString kInterface = QStringLiteral("it.tarno.quillet.Today");
-// The name of a program that runs without a bundle identifier.
+// The name if the program has no bundle identifier.
 constexpr const char* kDefaultName = "it.tarno.quillet.today";
 
 std::string ownName() {
@@ -40,24 +39,15 @@ QString busName() {
     return QString::fromStdString(ownName());
 }
 
-// A display is a desktop session; one user may have several, each with a panel.
+// Each display is a desktop session with a panel of its own. A user may have several.
 std::string display() {
-    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY"}) {
-        const char* value = std::getenv(variable);
-        if (value != nullptr && *value != '\0') {
-            return value;
-        }
-    }
-    return "";
+    const QByteArray x11 = qgetenv("DISPLAY");
+    return (x11.isEmpty() ? qgetenv("WAYLAND_DISPLAY") : x11).toStdString();
 }
 
-QString connectionName() {
-    return QString::fromStdString(SessionBus::shared().connectionName());
-}
-
-// Whether another process has the name and the call to toggle.
+// Whether another process has the name and received the call to toggle.
 bool tellOther() {
-    const QDBusConnection bus(connectionName());
+    const QDBusConnection bus = SessionBus::shared().connection();
     if (!bus.isConnected()) {
         return false;
     }
@@ -68,8 +58,8 @@ bool tellOther() {
     if (answer.type() == QDBusMessage::ReplyMessage) {
         return true;
     }
-    // An owner that is too busy to answer still has the call and will follow it, unless it has just
-    // gone. Any other error (a name that is no valid bus name) leaves us on our own.
+    // An owner that is too busy to answer will follow the call later, unless it has just gone.
+    // After any other error (such as a name that is not valid on the bus) there is nobody to tell.
     return QDBusError(answer).type() == QDBusError::NoReply &&
            bus.interface()->isServiceRegistered(busName());
 }
@@ -94,18 +84,18 @@ SingleInstance::Claim SingleInstance::claim() {
             return Claim::Told;
         }
         if (isFirst) {
-            takeName();  // whoever had it may have just gone
+            takeName();  // its owner may have just gone
             stay();
             return Claim::Alone;
         }
-        if (connectionName().isEmpty() || patience.hasExpired()) {
+        if (!SessionBus::shared().connection().isConnected() || patience.hasExpired()) {
             return Claim::Unreachable;
         }
     }
 }
 
 bool SingleInstance::isReachable() const {
-    return !connection_.isEmpty() && connection_ == connectionName();
+    return !connection_.isEmpty() && connection_ == SessionBus::shared().connection().name();
 }
 
 void SingleInstance::release() {
@@ -124,7 +114,8 @@ void SingleInstance::Toggle() {
     toggle_();
 }
 
-// False where another process has the lock. Where no lock can be made, nobody can tell.
+// Returns false if another process has the lock. If no lock can be made, nothing is known about
+// other processes.
 bool SingleInstance::takeLock() {
     const auto folder = FileLock::folder();
     if (lock_ || !folder) {
@@ -142,16 +133,12 @@ bool SingleInstance::takeLock() {
 }
 
 bool SingleInstance::takeName() {
-    const QString connection = connectionName();
-    if (connection.isEmpty()) {
-        return false;
-    }
-    QDBusConnection bus(connection);
+    QDBusConnection bus = SessionBus::shared().connection();
     bus.registerObject(kPath, this, QDBusConnection::ExportAllSlots);
     if (!bus.registerService(busName())) {
         return false;
     }
-    connection_ = connection;
+    connection_ = bus.name();
     return true;
 }
 

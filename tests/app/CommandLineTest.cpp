@@ -1,72 +1,45 @@
 #include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <vector>
 
 #include "app/CommandLine.h"
+#include "tests/support/CommandLineWords.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
 
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
-
-namespace {
-
-std::variant<CommandLine, platform::EarlyExit> readWords(std::vector<std::string> words) {
-    words.insert(words.begin(), "quillet-today");
-    std::vector<char*> arguments;
-    for (std::string& word : words) {
-        arguments.push_back(word.data());
-    }
-    return readCommandLine(arguments);
-}
-
-}  // namespace
-
 TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
-    const std::pair<std::vector<std::string>, const char*> cases[] = {
-        {{"show"}, "there is no command \"show\""},
-        {{"list", "more"}, "\"more\" is one argument too many"},
-        {{"snapshot"}, "needs the name of the file"},
-        {{"snapshot", "a.png", "b.png"}, "\"b.png\""},
-        {{"--container"}, "\"--container\" needs a value"},
-        {{"list", "--json=1"}, "\"--json\" takes no value"},
-        {{"list", "--segment", "two"}, "whole number"},
-        {{"list", "--segment", "9223372036854775808"}, "whole number"},
-        {{"snapshot", "a.png", "--scale", "nan"}, "\"--scale\" takes"},
-        {{"snapshot", "a.png", "--scale", "0"}, "\"--scale\" takes"},
-        {{"--dark", "--light"}, "choose one"},
-        {{"--json"}, "\"--json\" goes with"},
-        {{"list", "--dark"}, "\"--dark\" and \"--light\" go with"},
-        {{"list", "--scale", "2"}, "\"--scale\" goes with"},
-        {{"--segment", "1"}, "\"--segment\" goes with"},
-    };
-    for (const auto& [words, complaint] : cases) {
-        SCOPED_TRACE(complaint);
-        const auto exit = std::get<platform::EarlyExit>(readWords(words));
-        EXPECT_EQ(exit.status, 2);
-        EXPECT_THAT(exit.text, StartsWith("quillet-today: "));
-        EXPECT_THAT(exit.text, HasSubstr(complaint));
-        EXPECT_THAT(exit.text, HasSubstr("--help"));
-    }
+    expectWrongUsage(readCommandLine,
+                     {
+                         {{"show"}, "quillet-today: there is no command \"show\""},
+                         {{"list", "more"}, "\"more\" is one argument too many"},
+                         {{"snapshot"}, "needs the name of the file"},
+                         {{"snapshot", "a.png", "b.png"}, "\"b.png\""},
+                         {{"list", "--segment", "two"}, "whole number"},
+                         {{"list", "--segment", "9223372036854775808"}, "whole number"},
+                         {{"snapshot", "a.png", "--scale", "nan"}, "\"--scale\" takes"},
+                         {{"snapshot", "a.png", "--scale", "0"}, "\"--scale\" takes"},
+                         {{"--dark", "--light"}, "choose one"},
+                         {{"--json"}, "\"--json\" goes with"},
+                         {{"list", "--dark"}, "\"--dark\" and \"--light\" go with"},
+                         {{"list", "--scale", "2"}, "\"--scale\" goes with"},
+                         {{"--segment", "1"}, "\"--segment\" goes with"},
+                     });
 }
 
 TEST(CommandLine, OptionsMayStandOnEitherSideOfTheCommandAndPathsKeepEveryByte) {
-    const auto list =
-        std::get<CommandLine>(readWords({"--container", "box", "list", "--json", "--segment=-3"}));
+    const auto list = std::get<CommandLine>(
+        readWords(readCommandLine, {"--container", "box", "list", "--json", "--segment=-3"}));
     EXPECT_EQ(list.command, CommandLine::Command::List);
     EXPECT_TRUE(list.json);
     EXPECT_EQ(list.segment, -3);
     EXPECT_EQ(list.container, (std::filesystem::current_path() / "box").string());
     EXPECT_EQ(list.look, std::nullopt);
     const std::string bytes = "/tmp/\xFF\xC3\xA9";
-    const auto picture =
-        std::get<CommandLine>(readWords({"--container", bytes, "snapshot", bytes, "--dark"}));
+    const auto picture = std::get<CommandLine>(
+        readWords(readCommandLine, {"--container", bytes, "snapshot", bytes, "--dark"}));
     EXPECT_EQ(picture.container, bytes);
     EXPECT_EQ(picture.picture, bytes);
     EXPECT_EQ(picture.look, platform::Look::Dark);
-    EXPECT_EQ(std::get<CommandLine>(readWords({"--container", ""})).container, "");
+    EXPECT_EQ(std::get<CommandLine>(readWords(readCommandLine, {"--container", ""})).container, "");
 }
 
 TEST(CommandLine, RelativeContainerNeedsAWorkingFolder) {
@@ -75,8 +48,8 @@ TEST(CommandLine, RelativeContainerNeedsAWorkingFolder) {
         const TemporaryFolder gone;
         std::filesystem::current_path(gone.path());
     }
-    EXPECT_TRUE(
-        std::holds_alternative<platform::EarlyExit>(readWords({"list", "--container", "box"})));
+    EXPECT_TRUE(std::holds_alternative<platform::EarlyExit>(
+        readWords(readCommandLine, {"list", "--container", "box"})));
     std::filesystem::current_path(before);
 }
 

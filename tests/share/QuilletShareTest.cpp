@@ -1,13 +1,12 @@
 // The real program, in processes of its own.
 
-#include <QProcess>
 #include <gmock/gmock.h>
 
 #include "model/ExtensionMessage.h"
 #include "tests/handoff/ContainerFixture.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/ProgramRun.h"
 #include "tests/support/RecordingApplication.h"
-#include "tests/support/WaitUntil.h"
 #include "util/RequestUtils.h"
 
 namespace quillet::test {
@@ -18,30 +17,11 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-struct Outcome {
-    int status = -1;
-    std::string output;
-    std::string errors;
-};
-
 class QuilletShareTest : public ContainerFixture {
 protected:
-    // The program's end; the event loop runs meanwhile, since the host is in this process.
     static Outcome share(const std::vector<std::string>& arguments, const std::string& input = {}) {
-        QStringList words;
-        for (const std::string& argument : arguments) {
-            words.append(QString::fromStdString(argument));
-        }
-        QProcess process;
-        process.start(QStringLiteral(QUILLET_SHARE), words);
-        process.write(QByteArray::fromStdString(input));
-        process.closeWriteChannel();
-        EXPECT_TRUE(waitUntil([&] { return process.state() == QProcess::NotRunning; }));
-        return {process.exitCode(),
-                process.readAllStandardOutput().toStdString(),
-                process.readAllStandardError().toStdString()};
+        return runProgram("quillet-share", arguments, input);
     }
-
     static std::string parameter(const std::string& url, const std::string& key) {
         const ParameterMap map = RequestUtils::URLQueryParameters(url);
         const auto* value = map.find(key);
@@ -51,23 +31,13 @@ protected:
     std::vector<std::string> folders(const std::string& place = "SharedData") const {
         return platform::FileManager::contentsOfFolder(container.path(place)).value();
     }
-
-    // No desktop entry of the user's own is started.
-    EnvironmentVariable dataFolder{"XDG_DATA_HOME", files.path()};
-    EnvironmentVariable dataFolders{"XDG_DATA_DIRS", files.path()};
 };
 
 TEST_F(QuilletShareTest, WhatIsSharedReachesTheHostInTheForeground) {
-    RecordingApplication host(QStringLiteral("it.tarno.quillet"));
-    ASSERT_TRUE(host.isReachable());
-    const Outcome outcome = share({files.writeFile("a.txt", "text"),
-                                   "https://x.example",
-                                   "-",
-                                   "--title",
-                                   "T & t",
-                                   "--to=a@x",
-                                   "--to=b@x"},
-                                  "Zo\u00EB");
+    const RecordingApplication host(QStringLiteral("it.tarno.quillet"));
+    const std::string file = files.writeFile("a.txt", "text");
+    const Outcome outcome = share(
+        {file, "https://x.example", "-", "--title", "T & t", "--to=a@x", "--to=b@x"}, "Zo\u00EB");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.errors, "");
     ASSERT_EQ(host.requests().size(), 1U);
@@ -109,12 +79,12 @@ TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.error);
-        const auto before = folders();
+        const std::size_t before = folders().size();
         const Outcome outcome = share(row.arguments, row.input);
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.errors, HasSubstr(row.error));
         EXPECT_EQ(outcome.output.empty(), !row.isShared);
-        EXPECT_EQ(folders().size(), before.size() + (row.isShared ? 1 : 0));
+        EXPECT_EQ(folders().size(), before + (row.isShared ? 1 : 0));
     }
     // Before anything is staged.
     EXPECT_EQ(share({"--service=Today", file}).errors,

@@ -1,13 +1,12 @@
 // The real program, in processes of its own, over a container that the sample host has written.
 
 #include <QImage>
-#include <QProcess>
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <list>
 #include <nlohmann/json.hpp>
 #include <tuple>
 #include <unistd.h>
@@ -15,76 +14,36 @@
 #include "model/ContainerPaths.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileDescriptor.h"
-#include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/WaitUntil.h"
+#include "tests/support/OwnContainer.h"
+#include "tests/support/ProgramRun.h"
 
 namespace quillet::test {
 
 using Json = nlohmann::json;
 using ::testing::HasSubstr;
+using Words = std::vector<std::string>;
 
-namespace {
-
-constexpr int kLimit = 30'000;  // milliseconds
-
-struct Outcome {
-    int status = -1;
-    std::string output;
-    std::string errors;
-};
-
-}  // namespace
-
-class QuilletTodayTest : public ::testing::Test {
+class QuilletTodayTest : public ::testing::Test, protected OwnContainer {
 protected:
-    QuilletTodayTest() {
-        environment_.insert(QStringLiteral("QUILLET_CONTAINER"), text(container.path()));
-        environment_.insert(QStringLiteral("XDG_RUNTIME_DIR"), text(runtime.path()));
-        environment_.insert(QStringLiteral("XDG_CONFIG_HOME"), text(config.path()));
-        environment_.insert(QStringLiteral("LC_ALL"), QStringLiteral("en_GB.UTF-8"));
+    static Outcome run(const Words& arguments) { return runProgram("quillet-today", arguments); }
+    void writeDemo() const {
+        ASSERT_EQ(runProgram("quillet-sample-host", {"write", container.path()}).status, 0);
     }
 
-    static QString text(const std::string& path) { return QString::fromStdString(path); }
+    static constexpr int kLimit = 30'000;  // milliseconds
 
-    std::unique_ptr<QProcess> start(const char* program, const QStringList& arguments) {
-        auto process = std::make_unique<QProcess>();
-        process->setProcessEnvironment(environment_);
-        process->start(QStringLiteral(QUILLET_BIN "/") + QLatin1String(program), arguments);
-        return process;
-    }
-
-    Outcome run(const char* program, const QStringList& arguments) {
-        const auto process = start(program, arguments);
-        if (!process->waitForFinished(kLimit) || process->exitStatus() != QProcess::NormalExit) {
-            return {};
-        }
-        return {process->exitCode(),
-                process->readAllStandardOutput().toStdString(),
-                process->readAllStandardError().toStdString()};
-    }
-
-    void writeDemo() {
-        ASSERT_EQ(
-            run("quillet-sample-host", {QStringLiteral("write"), text(container.path())}).status,
-            0);
-    }
-
-    TemporaryFolder container;
-    TemporaryFolder runtime;
     TemporaryFolder config;
-    QProcessEnvironment environment_ = QProcessEnvironment::systemEnvironment();
+    EnvironmentVariable configVariable{"XDG_CONFIG_HOME", config.path()};
 };
 
 TEST_F(QuilletTodayTest, ListNeedsNeitherDisplayNorBus) {
     writeDemo();
+    std::list<EnvironmentVariable> none;
     for (const char* variable :
          {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"}) {
-        environment_.remove(QLatin1String(variable));
+        none.emplace_back(variable, std::nullopt);
     }
-    const Outcome outcome =
-        run("quillet-today",
-            {QStringLiteral("list"), QStringLiteral("--json"), QStringLiteral("--segment=1")});
+    const Outcome outcome = run({"list", "--json", "--segment=1"});
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     const Json object = Json::parse(outcome.output);
     EXPECT_EQ(object["result"], "NCUpdateResultNewData");
@@ -101,55 +60,49 @@ TEST_F(QuilletTodayTest, ListNeedsNeitherDisplayNorBus) {
 
 TEST_F(QuilletTodayTest, SnapshotIsAsLargeAsItsRowsAtEveryScale) {
     writeDemo();
-    const Outcome list = run("quillet-today", {QStringLiteral("list"), QStringLiteral("--json")});
-    const auto rows = static_cast<int>(Json::parse(list.output)["messages"].size());
+    const auto rows = Json::parse(run({"list", "--json"}).output)["messages"].size();
     const TemporaryFolder temporary;
-    environment_.insert(QStringLiteral("TMPDIR"), text(temporary.path()));
-    environment_.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    const EnvironmentVariable temporaryVariable("TMPDIR", temporary.path());
+    const EnvironmentVariable noRuntime("XDG_RUNTIME_DIR", std::nullopt);
+    const std::string file = config.path("picture.png");
     for (const char* scale : {"1", "1.25", "1.5", "2", "3"}) {
-        const QString file = text(config.path("picture.png"));
-        const Outcome outcome = run("quillet-today",
-                                    {QStringLiteral("snapshot"),
-                                     file,
-                                     QStringLiteral("--dark"),
-                                     QStringLiteral("--scale"),
-                                     QLatin1String(scale)});
+        SCOPED_TRACE(scale);
+        const Outcome outcome = run({"snapshot", file, "--dark", "--scale", scale});
         ASSERT_EQ(outcome.status, 0) << outcome.errors;
         EXPECT_EQ(outcome.errors, "");
-        const QImage picture(file);
+        const QImage picture(QString::fromStdString(file));
         const double ratio = std::stod(scale);
-        EXPECT_EQ(picture.width(), 320 * ratio) << scale;
-        EXPECT_NEAR(picture.height(), (35 + 60 * rows) * ratio, 1) << scale;
+        EXPECT_EQ(picture.width(), 320 * ratio);
+        EXPECT_NEAR(picture.height(), (35 + 60 * static_cast<double>(rows)) * ratio, 1);
         EXPECT_LT(picture.pixelColor(1, picture.height() - 2).lightness(), 100);
     }
 }
 
 TEST_F(QuilletTodayTest, FailuresHaveTheirStatusAndCannotDisturbTheTerminal) {
-    const QString odd = text(config.path("no\x1b[31m/such/folder.png"));
-    const QString file = text(container.writeFile("file", ""));
-    const std::pair<QStringList, const char*> rows[] = {
-        {{QStringLiteral("snapshot"), odd}, "no [31m/such/folder.png"},
-        {{QStringLiteral("snapshot"), text(container.path())}, "Is a directory"},
-        {{QStringLiteral("list"), QStringLiteral("--container"), file}, "Not a directory"},
+    const std::string odd = config.path("no\x1b[31m/such/folder.png");
+    const struct {
+        Words arguments;
+        int status;
+        const char* output;
+        const char* reason;
+    } rows[] = {
+        {{"snapshot", odd}, 1, "", "no [31m/such/folder.png"},
+        {{"snapshot", container.path()}, 1, "", "Is a directory"},
+        {{"list", "--container", container.writeFile("file", "")}, 1, "", "Not a directory"},
+        {{"list", "--container", odd}, 0, "No messages\n", "no [31m/such/folder.png\" yet"},
     };
-    for (const auto& [words, reason] : rows) {
-        const Outcome failure = run("quillet-today", words);
-        EXPECT_EQ(failure.status, 1);
-        EXPECT_EQ(failure.output, "");
-        EXPECT_THAT(failure.errors, HasSubstr(reason));
+    for (const auto& row : rows) {
+        const Outcome outcome = run(row.arguments);
+        EXPECT_EQ(outcome.status, row.status);
+        EXPECT_EQ(outcome.output, row.output);
+        EXPECT_THAT(outcome.errors, HasSubstr(row.reason));
     }
-    const Outcome early =
-        run("quillet-today", {QStringLiteral("list"), QStringLiteral("--container"), odd});
-    EXPECT_EQ(early.status, 0);
-    EXPECT_EQ(early.output, "No messages\n");
-    EXPECT_THAT(early.errors, HasSubstr("no [31m/such/folder.png\" yet"));
 }
 
 TEST_F(QuilletTodayTest, AllProgramsHelpAndComplainInOneForm) {
-    for (const char* program : {"quillet-today", "quillet-share", "quillet-sample-host"}) {
-        SCOPED_TRACE(program);
-        const std::string name = program;
-        const Outcome help = run(program, {QStringLiteral("--help")});
+    for (const std::string name : {"quillet-today", "quillet-share", "quillet-sample-host"}) {
+        SCOPED_TRACE(name);
+        const Outcome help = runProgram(name, {"--help"});
         EXPECT_EQ(help.status, 0);
         EXPECT_EQ(help.output.rfind("Usage: " + name + " ", 0), 0U);
         std::size_t last = 0;
@@ -165,10 +118,10 @@ TEST_F(QuilletTodayTest, AllProgramsHelpAndComplainInOneForm) {
             ASSERT_NE(found, std::string::npos) << part;
             last = found;
         }
-        EXPECT_EQ(run(program, {QStringLiteral("-h")}).output, help.output);
-        EXPECT_EQ(run(program, {QStringLiteral("-v")}).output.rfind(name + " 0.", 0), 0U);
+        EXPECT_EQ(runProgram(name, {"-h"}).output, help.output);
+        EXPECT_EQ(runProgram(name, {"-v"}).output.rfind(name + " 0.", 0), 0U);
         for (const char* typed : {"--segmnt", "-x", "--hel"}) {
-            const Outcome wrong = run(program, {QLatin1String(typed)});
+            const Outcome wrong = runProgram(name, {typed});
             EXPECT_EQ(wrong.status, 2);
             EXPECT_EQ(
                 wrong.errors,
@@ -179,29 +132,27 @@ TEST_F(QuilletTodayTest, AllProgramsHelpAndComplainInOneForm) {
 
 TEST_F(QuilletTodayTest, OfSeveralStartsOnePanelStays) {
     writeDemo();
-    environment_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     for (const bool hasBus : {true, false}) {
+        std::optional<EnvironmentVariable> noBus;
         if (!hasBus) {
-            environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-                                QStringLiteral("disabled:"));
+            noBus.emplace("DBUS_SESSION_BUS_ADDRESS", "disabled:");
         }
-        const std::array panels{
-            start("quillet-today", {}), start("quillet-today", {}), start("quillet-today", {})};
-        const auto isRunning = [](const auto& panel) {
-            return panel->state() == QProcess::Running;
+        std::array<QProcess, 3> panels;
+        for (QProcess& panel : panels) {
+            panel.start(QStringLiteral(QUILLET_BIN "/quillet-today"), QStringList());
+        }
+        const auto isRunning = [](const QProcess& panel) {
+            return panel.state() != QProcess::NotRunning;
         };
-        for (const auto& panel : panels) {
-            ASSERT_TRUE(panel->waitForStarted());
-        }
         ASSERT_TRUE(
             waitUntil([&] { return std::ranges::count_if(panels, isRunning) == 1; }, kLimit));
-        for (const auto& panel : panels) {
+        for (QProcess& panel : panels) {
             if (isRunning(panel)) {
-                panel->terminate();
-                panel->waitForFinished(kLimit);
+                panel.terminate();
+                panel.waitForFinished(kLimit);
             } else {
-                EXPECT_EQ(panel->exitCode(), hasBus ? 0 : 1);
-                EXPECT_EQ(panel->readAllStandardError().contains("running already"), !hasBus);
+                EXPECT_EQ(panel.exitCode(), hasBus ? 0 : 1);
+                EXPECT_EQ(panel.readAllStandardError().contains("running already"), !hasBus);
             }
         }
     }
@@ -211,25 +162,18 @@ TEST_F(QuilletTodayTest, OnATerminalAProgramSaysWhatItWaitsFor) {
     writeDemo();
     const platform::FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY));
     ASSERT_TRUE(::grantpt(terminal.get()) == 0 && ::unlockpt(terminal.get()) == 0);
-    const std::tuple<const char*, QStringList, std::string> cases[] = {
-        {"quillet-today", {QStringLiteral("list")}, "Today"},
-        {"quillet-today",
-         {QStringLiteral("snapshot"), text(config.path("a.png"))},
-         "Accounts.plist"},
-        {"quillet-share",
-         {QStringLiteral("--print"),
-          QStringLiteral("--service=In"),
-          text(config.writeFile("a", ""))},
-         "In"},
+    const std::tuple<const char*, Words, std::string> cases[] = {
+        {"quillet-today", {"list"}, "Today"},
+        {"quillet-today", {"snapshot", config.path("a.png")}, "Accounts.plist"},
+        {"quillet-share", {"--print", "--service=In", config.writeFile("a", "")}, "In"},
     };
-    const EnvironmentVariable sameRuntime("XDG_RUNTIME_DIR", runtime.path());
     const std::string folder = container.path("SharedData");
     for (const auto& [program, arguments, item] : cases) {
         QProcess process;
         process.setStandardErrorFile(QString::fromLocal8Bit(::ptsname(terminal.get())));
-        process.setProcessEnvironment(environment_);
         const auto whileHeld = [&](const std::string& /*path*/) {
-            process.start(QStringLiteral(QUILLET_BIN "/") + QLatin1String(program), arguments);
+            process.start(QStringLiteral(QUILLET_BIN "/") + QLatin1String(program),
+                          wordsOf(arguments));
             std::array<char, 1000> said{};
             EXPECT_GT(::read(terminal.get(), said.data(), said.size()), 0);
             EXPECT_THAT(said.data(), HasSubstr(program + std::string(": waiting for ")));

@@ -86,12 +86,11 @@ protected:
 private:
     // Asks the portal for everything, without waiting, and for being told of changes.
     void ask() {
-        const std::string name = SessionBus::shared().connectionName();
-        if (name.empty()) {
+        QDBusConnection bus = SessionBus::shared().connection();
+        if (!bus.isConnected()) {
             return;
         }
-        QDBusConnection bus(QString::fromStdString(name));
-        // A false answer means that the subscription is there already.
+        // Returns false if the subscription exists already.
         bus.connect(kService,
                     kPath,
                     kInterface,

@@ -1,17 +1,11 @@
 #include "platform/desktop/Display.h"
 
-#include <cstdlib>
-#include <string_view>
+#include <QtGlobal>
 #include <xcb/xcb.h>
 
 namespace quillet::platform {
 
 namespace {
-
-bool isSet(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value != nullptr && !std::string_view(value).empty();
-}
 
 bool x11Answers() {
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
@@ -23,7 +17,8 @@ bool x11Answers() {
 }  // namespace
 
 bool hasDisplay() {
-    // A platform that is asked for by name is the user's own choice.
+    const auto isSet = [](const char* variable) { return !qEnvironmentVariableIsEmpty(variable); };
+    // A platform in the environment is the user's own choice.
     return isSet("QT_QPA_PLATFORM") || isSet("WAYLAND_DISPLAY") ||
            (isSet("DISPLAY") && x11Answers());
 }

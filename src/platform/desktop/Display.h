@@ -2,8 +2,8 @@
 
 namespace quillet::platform {
 
-// Whether there is a display that windows can be shown on, asked before the application object is
-// made, which would abort the program where there is none.
+// Whether there is a display to show windows on. Ask before the application object is made, which
+// aborts the program without a display.
 bool hasDisplay();
 
 }  // namespace quillet::platform

@@ -31,7 +31,7 @@ QString textOf(std::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
-// Whether the text can stand in a match rule, which is short and, as the toolkit writes it, ASCII.
+// Whether the text fits into a match rule, which is short and, as the toolkit writes it, ASCII.
 bool isMatchable(const std::string& text) {
     constexpr std::size_t kLongest = 255;  // bytes
     return text.size() <= kLongest && std::all_of(text.begin(), text.end(), [](char character) {
@@ -40,7 +40,7 @@ bool isMatchable(const std::string& text) {
            });
 }
 
-// The arguments by which the bus picks signals for the topic; fewer where they cannot be told.
+// The arguments by which the bus selects signals for the topic; fewer if a rule cannot hold them.
 QStringList matchOf(const Topic& topic) {
     if (!isMatchable(topic.first)) {
         return {};
@@ -49,9 +49,10 @@ QStringList matchOf(const Topic& topic) {
                                      : QStringList{textOf(topic.first)};
 }
 
-// One text for both, to name the topic to the centre inside the process.
+// One text for both, to name the topic to the centre inside the process. No text that comes over
+// the bus holds a zero byte.
 std::string keyOf(const Topic& topic) {
-    return std::to_string(topic.first.size()) + ":" + topic.first + topic.second;
+    return topic.first + '\0' + topic.second;
 }
 
 }  // namespace
@@ -71,19 +72,15 @@ public:
     State& operator=(const State&) = delete;
 
     void subscribe(const Topic& topic) {
-        const std::string connection = bus.connectionName();
-        if (!connection.empty()) {
-            // A false answer means that this very subscription is there already.
-            QDBusConnection(textOf(connection))
-                .connect(QString(),
-                         kPath,
-                         kInterface,
-                         kMember,
-                         matchOf(topic),
-                         kSignature,
-                         this,
-                         SLOT(receive(QDBusMessage)));
-        }
+        // Returns false without a bus, and if this very subscription exists already.
+        bus.connection().connect(QString(),
+                                 kPath,
+                                 kInterface,
+                                 kMember,
+                                 matchOf(topic),
+                                 kSignature,
+                                 this,
+                                 SLOT(receive(QDBusMessage)));
     }
 
     SessionBus& bus;
@@ -102,7 +99,7 @@ private:
             return;
         }
         waiting_.push_back(std::move(topic));
-        // Everything else that comes from the bus until the queue gets there is received before.
+        // Whatever else comes from the bus before the queue gets there is received first.
         mainQueue().async([state = QPointer(this)] {
             if (state) {
                 state->deliverNext();
@@ -120,7 +117,7 @@ private:
 };
 
 DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
-    // Never destroyed: observers with static lifetime may still remove themselves at the end.
+    // Never destroyed: observers with static lifetime may still remove themselves at exit.
     static auto* const center = new DistributedNotificationCenter;
     return *center;
 }
@@ -153,14 +150,9 @@ void DistributedNotificationCenter::removeObserver(const void* observer) {
 
 bool DistributedNotificationCenter::postNotification(std::string_view name,
                                                      std::string_view object) {
-    const std::string connection = state_->bus.connectionName();
-    if (connection.empty()) {
-        return false;
-    }
-    const QDBusConnection bus(textOf(connection));
     QDBusMessage signal = QDBusMessage::createSignal(kPath, kInterface, kMember);
     signal << textOf(name) << textOf(object);
-    return bus.send(signal) && state_->bus.flush();
+    return state_->bus.connection().send(signal) && state_->bus.flush();
 }
 
 }  // namespace quillet::platform

@@ -10,11 +10,11 @@ namespace quillet::platform {
 class SessionBus;
 
 // Notifications between the processes of a desktop session: a broadcast signal on the session bus
-// that carries a name and an object, both text. Main thread only; handlers run on the main thread,
-// from its event loop. Without a session bus nothing is delivered and posting answers false; when
-// the bus comes (back), observers are served again.
+// that carries a name and an object, both text. Main thread only; handlers are called from its
+// event loop. Without a session bus nothing is delivered and posting returns false; observers are
+// served again when the bus comes (back).
 //
-// Identical notifications that still wait for delivery are handed over as one.
+// Identical notifications that still wait for delivery are delivered as one.
 class DistributedNotificationCenter {
 public:
     using Handler = std::function<void(const std::string& name, const std::string& object)>;
@@ -22,22 +22,22 @@ public:
     static DistributedNotificationCenter& defaultCenter();
 
     DistributedNotificationCenter();
-    // On a connection of the caller's, which outlives the centre.
+    // Uses a connection of the caller's, which has to outlive the centre.
     explicit DistributedNotificationCenter(SessionBus& bus);
     ~DistributedNotificationCenter();
     DistributedNotificationCenter(const DistributedNotificationCenter&) = delete;
     DistributedNotificationCenter& operator=(const DistributedNotificationCenter&) = delete;
 
-    // Calls `handler` for notifications of this name whose object is this text. `observer` only
-    // names the registration.
+    // Calls `handler` for notifications of this name with this object. `observer` only names the
+    // registration.
     void addObserver(const void* observer,
                      std::string_view name,
                      std::string_view object,
                      Handler handler);
     void removeObserver(const void* observer);
 
-    // True once the bus has the message, so that a program may exit right after. Waits for the
-    // bus's answer, two seconds at most.
+    // Returns true once the bus has the message, so that a program may exit right after. Waits at
+    // most two seconds for the bus's answer.
     bool postNotification(std::string_view name, std::string_view object);
 
 private:

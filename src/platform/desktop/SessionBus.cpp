@@ -23,9 +23,9 @@ constexpr std::string_view kConnected = "connected";
 
 constexpr const char* kAddressVariable = "DBUS_SESSION_BUS_ADDRESS";
 constexpr QByteArrayView kNoAddress = "disabled:";  // as other programs write it
-bool isSettled = false;                             // by us, not by the user
+bool isSettled = false;                             // by this program, not by the user
 
-// Where the session's bus is by convention; empty where there is no folder for it.
+// Where the session's bus is by convention; empty if no folder for it is known.
 QByteArray usualAddress() {
     const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
     if (folder.isEmpty()) {
@@ -36,8 +36,8 @@ QByteArray usualAddress() {
     return QByteArrayLiteral("unix:path=") + path.get();
 }
 
-// Where the bus listens; empty where nothing tells. Asking the library for "the session bus"
-// instead would start one in some sessions, and keep the first address for ever.
+// Where the bus listens; empty if that is unknown. Asking the library for "the session bus" instead
+// would start one in some sessions, and would keep the first address forever.
 QString busAddress() {
     const QByteArray given = qgetenv(kAddressVariable);
     return QString::fromLocal8Bit(given.isEmpty() ? usualAddress() : given);
@@ -51,26 +51,26 @@ class SessionBus::State final : public QObject {
 public:
     State() {
         retry_.setSingleShot(true);
-        connect(&retry_, &QTimer::timeout, this, [this] { connectionName(); });
+        connect(&retry_, &QTimer::timeout, this, [this] { connection(); });
     }
     ~State() override { QDBusConnection::disconnectFromBus(name_); }
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
-    // Whoever asks for the connection makes a new one.
+    // The next call of connection() makes a new one.
     void disconnectNow() {
         retry_.stop();
         connected_ = false;
         QDBusConnection::disconnectFromBus(name_);
     }
 
-    QString connectionName() {
+    QDBusConnection connection() {
         noticeLoss();
         if (!connected_ && !connectNow() && !retry_.isActive()) {
             retry_.start(delay_);
             delay_ = std::min(2 * delay_, kLongestRetry);
         }
-        return connected_ ? name_ : QString();
+        return QDBusConnection(connected_ ? name_ : QString());
     }
 
     NotificationCenter observers;
@@ -82,7 +82,7 @@ private:
             wasMissing_ = true;
             return false;
         }
-        static unsigned attempts = 0;  // each connection has a name of its own
+        static unsigned attempts = 0;  // makes the names of connections unique
         QDBusConnection::disconnectFromBus(name_);
         name_ = QStringLiteral("quillet-%1").arg(++attempts);
         QDBusConnection bus = QDBusConnection::connectToBus(address, name_);
@@ -104,7 +104,7 @@ private:
         return true;
     }
 
-    // May be called late, by the end of a connection that was replaced already.
+    // May be called late, when a connection ends that was replaced already.
     Q_SLOT void noticeLoss() {
         if (!connected_ || QDBusConnection(name_).isConnected()) {
             return;
@@ -122,9 +122,8 @@ private:
 };
 
 SessionBus& SessionBus::shared() {
-    // Never destroyed: services with static lifetime lean on it. But its connection ends with the
-    // application: what comes from the bus later would be read by a library that is being taken
-    // down.
+    // Never destroyed, since services with static lifetime use it. Its connection ends with the
+    // application: later messages would reach a library that is being taken down.
     static auto* const bus = [] {
         qAddPostRoutine([] { shared().state_->disconnectNow(); });
         return new SessionBus;
@@ -147,23 +146,20 @@ SessionBus::SessionBus() : state_(std::make_unique<State>()) {}
 
 SessionBus::~SessionBus() = default;
 
-std::string SessionBus::connectionName() {
-    return state_->connectionName().toStdString();
+QDBusConnection SessionBus::connection() {
+    return state_->connection();
 }
 
 bool SessionBus::flush() {
-    const QString name = state_->connectionName();
-    if (name.isEmpty()) {
-        return false;
-    }
-    // The bus answers in order: with its answer it has everything else as well.
-    const QDBusMessage answer = QDBusConnection(name).call(
-        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                       QStringLiteral("/org/freedesktop/DBus"),
-                                       QStringLiteral("org.freedesktop.DBus"),
-                                       QStringLiteral("GetId")),
-        QDBus::Block,
-        kFlushTimeout);
+    // The bus answers in order: once it answers, it has everything else as well. Without a
+    // connection the library answers with an error.
+    const QDBusMessage answer =
+        connection().call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                         QStringLiteral("/org/freedesktop/DBus"),
+                                                         QStringLiteral("org.freedesktop.DBus"),
+                                                         QStringLiteral("GetId")),
+                          QDBus::Block,
+                          kFlushTimeout);
     return answer.type() == QDBusMessage::ReplyMessage;
 }
 

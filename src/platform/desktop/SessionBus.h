@@ -2,24 +2,26 @@
 
 #include <functional>
 #include <memory>
-#include <string>
+
+class QDBusConnection;
 
 namespace quillet::platform {
 
-// A connection to the session bus. Never starts a bus; finds it by DBUS_SESSION_BUS_ADDRESS, else
-// as $XDG_RUNTIME_DIR/bus. A lost connection is made anew as soon as there is a bus again. Making
-// one waits for the bus's welcome: for long where a bus lets programs in and never answers, which
-// no program of such a session is spared. Main thread only.
+// A connection to the session bus, which is found at DBUS_SESSION_BUS_ADDRESS, else at
+// $XDG_RUNTIME_DIR/bus, and never started. A lost connection is made again as soon as there is a
+// bus. Connecting waits for the bus's welcome, for long if a bus lets programs in and never
+// answers. Main thread only.
 class SessionBus {
 public:
-    // The one that the services of this folder share.
+    // The connection that all services of the program share.
     static SessionBus& shared();
 
-    // Keeps the libraries of this process from starting a bus where the environment names none: it
-    // names from now on the one that would be found, or none at all. Before any thread is started.
+    // Keeps the libraries of this process from starting a bus if the environment names none: from
+    // now on it names the bus that would be found, or "disabled:". Call it before any thread
+    // starts.
     static void settleAddress();
-    // Whether the environment names a bus by settleAddress() only, which is no matter of the
-    // programs that are started from here.
+    // Whether the environment names a bus only because of settleAddress(). Programs that are
+    // started from here should not see it then.
     static bool isAddressSettled();
 
     SessionBus();
@@ -27,15 +29,15 @@ public:
     SessionBus(const SessionBus&) = delete;
     SessionBus& operator=(const SessionBus&) = delete;
 
-    // The name under which the toolkit knows the connection, which is made where there is none;
-    // "" while there is no bus.
-    std::string connectionName();
+    // The connection, which is made if it is missing; not connected while there is no bus. Each
+    // connection has a name of its own.
+    QDBusConnection connection();
 
-    // True once the bus has everything that was sent before, so that the sender may leave. Waits
-    // for the bus's answer, two seconds at most.
+    // Returns true once the bus has everything that was sent before, so that the sender may leave.
+    // Waits at most two seconds for the bus's answer.
     bool flush();
 
-    // Calls `connected`, from the event loop or from connectionName(), whenever the bus was lost or
+    // Calls `connected`, from the event loop or from connection(), whenever the bus was lost or
     // missing and is there now. `observer` only names the registration.
     void addObserver(const void* observer, std::function<void()> connected);
     void removeObserver(const void* observer);

@@ -10,6 +10,7 @@
 #include <QVariantMap>
 #include <algorithm>
 #include <chrono>
+#include <gio/gio.h>
 #include <limits>
 #include <list>
 #include <optional>
@@ -35,14 +36,14 @@ constexpr QLatin1String kToken("activation-token");        // for Wayland
 constexpr QLatin1String kStartupId("desktop-startup-id");  // for X11
 constexpr QLatin1String kBus("org.freedesktop.DBus");
 constexpr QLatin1String kBusPath("/org/freedesktop/DBus");
-constexpr int kBusTime = 250;  // milliseconds that the interface waits for the bus's answer
-// The bus gives up on an application that does not come up, and says so; nobody else may.
+constexpr int kBusTime = 250;  // milliseconds to wait for an answer of the bus itself
+// Only the bus may give up on an application that does not come up; it then sends an error.
 constexpr int kUnlimited = std::numeric_limits<int>::max();
 constexpr std::chrono::milliseconds kOften{5};
 constexpr std::chrono::milliseconds kSeldom{100};
-constexpr std::chrono::seconds kLong{1};  // a wait from which on it is looked seldom
+constexpr std::chrono::seconds kLong{1};  // after this wait the poll interval is kSeldom
 
-// What is asked of an application.
+// What an application is asked to open.
 struct Request {
     QString identifier;
     std::vector<URL> urls;
@@ -50,26 +51,11 @@ struct Request {
     std::optional<std::string> token;
 };
 
-// Whether the bus could know the name. It cuts off a sender that uses one it cannot know.
-bool isBusName(std::string_view name) {
-    constexpr std::size_t kLongest = 255;
-    bool isStart = true;  // of an element
-    bool hasPoint = false;
-    for (const char character : name) {
-        if (character == '.') {
-            if (isStart) {
-                return false;
-            }
-            hasPoint = true;
-            isStart = true;
-        } else if (isAsciiLetter(character) || character == '_' || character == '-' ||
-                   (!isStart && isAsciiDigit(character))) {
-            isStart = false;
-        } else {
-            return false;
-        }
-    }
-    return hasPoint && !isStart && name.size() <= kLongest;
+// Whether the text is a valid name on the bus, which disconnects a sender that uses another one.
+bool isBusName(const QString& text) {
+    const QByteArray name = text.toUtf8();
+    return !name.contains('\0') && g_dbus_is_name(name) != FALSE &&
+           g_dbus_is_unique_name(name) == FALSE;
 }
 
 QDBusMessage busCall(const char* member, const QVariantList& arguments) {
@@ -78,14 +64,14 @@ QDBusMessage busCall(const char* member, const QVariantList& arguments) {
     return call;
 }
 
-// What the bus itself answers; none where it does not in time.
+// What the bus itself answers; invalid if it does not answer in time.
 QVariant askBus(const QDBusConnection& bus, const QDBusMessage& question) {
     const QDBusMessage answer = bus.call(question, QDBus::Block, kBusTime);
     return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0) : QVariant();
 }
 
-// False where the bus says that no such application runs or could be started. A bus that is slow to
-// answer may know it.
+// Returns false if the bus says that no such application runs or can be started. A bus that is slow
+// to answer may know it.
 bool mayBeReached(const QDBusConnection& bus, const QString& name) {
     const QVariant isRunning = askBus(bus, busCall("NameHasOwner", {name}));
     if (!isRunning.isValid() || isRunning.toBool()) {
@@ -126,7 +112,7 @@ void logLoss(const Request& request) {
 }
 
 // Whether the answer says that no application has taken the call: none could be started, or the one
-// that runs does not know it. After any other error, and where the one that had it is gone, it may
+// that runs does not know it. After any other error, or when the application has gone, the call may
 // have been followed.
 bool isUntaken(const QDBusMessage& answer) {
     const QDBusError error(answer);
@@ -139,12 +125,12 @@ bool isUntaken(const QDBusMessage& answer) {
         case QDBusError::UnknownInterface:
         case QDBusError::UnknownMethod:
             return true;
-        default:  // of the bus, or of the library for a call that it could not send
+        default:  // from the bus, or from the library for a call that it could not send
             return answer.service() == kBus || answer.service().isEmpty();
     }
 }
 
-// Whether somebody has answered; the library makes up answers for calls whose connection has ended.
+// Whether somebody has answered. The library makes up answers when a connection ends.
 bool isAnswered(const QDBusPendingCall& call) {
     return call.isFinished() && !call.reply().service().isEmpty();
 }
@@ -160,27 +146,26 @@ public:
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
-    // The connection that leads to an application; "" where the bus is missing or knows none such.
-    QString connectionTo(const QString& identifier) {
-        QString connection = connectionName();
-        if (connection.isEmpty() || !isBusName(identifier.toStdString())) {
-            return {};
+    // The connection that leads to an application; none if the bus is missing or does not know it.
+    std::optional<QDBusConnection> connectionTo(const QString& identifier) {
+        const QDBusConnection bus = bus_.connection();
+        if (!bus.isConnected() || !isBusName(identifier)) {
+            return std::nullopt;
         }
-        const bool isReachable = mayBeReached(QDBusConnection(connection), identifier);
-        if (connectionName() != connection) {
-            return connectionTo(identifier);  // an end shows when the bus is spoken to
+        const bool isReachable = mayBeReached(bus, identifier);
+        if (bus_.connection().name() != bus.name()) {
+            return connectionTo(identifier);  // a lost connection shows only when it is used
         }
-        return isReachable ? connection : QString();
+        return isReachable ? std::optional(bus) : std::nullopt;
     }
 
-    // False where there is no connection to the application.
+    // Returns false without a connection to the application.
     bool openOverBus(Request request) {
-        const QString connection = connectionTo(request.identifier);
-        if (connection.isEmpty()) {
-            return false;
+        const auto bus = connectionTo(request.identifier);
+        if (bus) {
+            pending_.push_back(send(std::move(request), *bus));
         }
-        pending_.push_back(send(std::move(request), connection));
-        return true;
+        return bus.has_value();
     }
 
     // Whether every request has arrived at its application, or has been answered.
@@ -204,39 +189,36 @@ public:
     ActivationTokens tokens;
 
 private:
-    // A request without an answer.
+    // A request that is not answered yet.
     struct Pending {
         Request request;
         QString connection;  // on which it was sent
         QDBusPendingCallWatcher* answer;
         // The bus's answer to a question that was sent after the request. It comes once the request
-        // waits no longer: the application has it, or will never have it.
+        // no longer waits in the bus: the application has it, or will never get it.
         QDBusPendingCall receipt;
     };
 
-    QString connectionName() { return QString::fromStdString(bus_.connectionName()); }
-
-    Pending send(Request request, const QString& connection) {
-        const QDBusConnection bus(connection);
+    Pending send(Request request, const QDBusConnection& bus) {
         auto* const answer =
             new QDBusPendingCallWatcher(bus.asyncCall(openCall(request), kUnlimited), this);
         connect(answer, &QDBusPendingCallWatcher::finished, this, [this] { settle(); });
         const QDBusPendingCall receipt = bus.asyncCall(
             busCall("StartServiceByName", {request.identifier, quint32{0}}), kUnlimited);
-        return {std::move(request), connection, answer, receipt};
+        return {std::move(request), bus.name(), answer, receipt};
     }
 
-    // Deals with what is answered, and sends again what waited in a bus that is gone. What an
-    // application had by then may have been followed.
+    // Finishes answered requests and sends those again that waited in a bus that is gone, except
+    // those that an application had received: it may have followed them.
     void settle() {
-        const QString connection = connectionName();  // may come back here, so before the loop
+        const QDBusConnection bus = bus_.connection();  // may call settle(), so not in the loop
         for (auto next = pending_.begin(); next != pending_.end();) {
             const auto pending = next++;
-            const bool isLost = pending->connection != connection && !isAnswered(*pending->answer);
+            const bool isLost = pending->connection != bus.name() && !isAnswered(*pending->answer);
             if (isLost && !isAnswered(pending->receipt)) {
-                if (!connection.isEmpty()) {
+                if (bus.isConnected()) {
                     pending->answer->deleteLater();
-                    *pending = send(std::move(pending->request), connection);
+                    *pending = send(std::move(pending->request), bus);
                 }
             } else if (isLost || pending->answer->isFinished()) {
                 if (!isLost) {
@@ -248,7 +230,7 @@ private:
         }
     }
 
-    // Where nobody has taken an answered request.
+    // Tries the desktop entry if nobody has taken an answered request.
     void openElsewhere(const Pending& pending) {
         if (isUntaken(pending.answer->reply()) && !openWithDesktopEntry(pending.request)) {
             logLoss(pending.request);
@@ -273,7 +255,7 @@ Workspace::~Workspace() = default;
 bool Workspace::knowsApplication(std::string_view identifier) {
     const QString name =
         QString::fromUtf8(identifier.data(), static_cast<qsizetype>(identifier.size()));
-    return !state_->connectionTo(name).isEmpty() || hasDesktopEntry(identifier);
+    return state_->connectionTo(name).has_value() || hasDesktopEntry(identifier);
 }
 
 bool Workspace::openURLs(std::span<const URL> urls,

@@ -25,6 +25,12 @@ protected:
         };
     }
 
+    // Expects these calls in the end, and none besides.
+    void expectCalled(const std::vector<std::string>& calls) {
+        waitUntil([&] { return called_.size() >= calls.size(); });
+        EXPECT_EQ(called_, calls);
+    }
+
     SessionBus bus_;
     DistributedNotificationCenter center_{bus_};
     std::vector<std::string> called_;
@@ -41,9 +47,7 @@ TEST_F(DistributedNotificationCenterTest, ANotificationReachesTheObserversOfItsN
         EXPECT_TRUE(other.postNotification("name", "another object"));
         EXPECT_TRUE(other.postNotification("another name", object));
         EXPECT_TRUE(other.postNotification("name", object));
-        EXPECT_TRUE(waitUntil([&] { return called_.size() >= 2; }));
-        EXPECT_EQ(called_,
-                  (std::vector<std::string>{"one: name, " + object, "two: name, " + object}));
+        expectCalled({"one: name, " + object, "two: name, " + object});
         center_.removeObserver(this);
     }
 }
@@ -56,7 +60,7 @@ TEST_F(DistributedNotificationCenterTest, TheLastWordsOfAProgramThatEndsAtOnceAr
                  {QStringLiteral("k_today_widget_key"), QStringLiteral("k_today_widget_object")});
     ASSERT_TRUE(sender.waitForFinished());
     EXPECT_EQ(sender.exitCode(), 0);
-    EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
+    expectCalled({"one: k_today_widget_key, k_today_widget_object"});
 }
 
 TEST_F(DistributedNotificationCenterTest, IdenticalNotificationsThatWaitAreDeliveredAsOne) {
@@ -65,10 +69,9 @@ TEST_F(DistributedNotificationCenterTest, IdenticalNotificationsThatWaitAreDeliv
     for (const char* object : {"a", "b", "a", "a", "b"}) {
         EXPECT_TRUE(center_.postNotification("name", object));
     }
-    EXPECT_TRUE(waitUntil([&] { return called_.size() >= 2; }));
+    expectCalled({"one: name, a", "one: name, b"});
     EXPECT_TRUE(center_.postNotification("name", "a"));
-    EXPECT_TRUE(waitUntil([&] { return called_.size() >= 3; }));
-    EXPECT_EQ(called_, (std::vector<std::string>{"one: name, a", "one: name, b", "one: name, a"}));
+    expectCalled({"one: name, a", "one: name, b", "one: name, a"});
 }
 
 TEST_F(DistributedNotificationCenterTest, AnObserverThatWasRemovedIsNotCalledAnyMore) {
@@ -83,8 +86,7 @@ TEST_F(DistributedNotificationCenterTest, AnObserverThatWasRemovedIsNotCalledAny
     center_.addObserver(&called_, "name", "b", noting("last"));
     EXPECT_TRUE(center_.postNotification("name", "a"));
     EXPECT_TRUE(center_.postNotification("name", "b"));
-    EXPECT_TRUE(waitUntil([&] { return called_.size() >= 3; }));
-    EXPECT_EQ(called_, (std::vector<std::string>{"one: name, a", "other", "last: name, b"}));
+    expectCalled({"one: name, a", "other", "last: name, b"});
 }
 
 TEST_F(DistributedNotificationCenterTest, SignalsOfAnotherShapeAreIgnored) {
@@ -112,8 +114,7 @@ TEST_F(DistributedNotificationCenterTest, SignalsOfAnotherShapeAreIgnored) {
         signal.setArguments(arguments);
         EXPECT_TRUE(hostile.send(signal));
     }
-    EXPECT_TRUE(waitUntil([&] { return !called_.empty(); }));
-    EXPECT_EQ(called_, std::vector<std::string>{"one: it's, here"});
+    expectCalled({"one: it's, here"});
     QDBusConnection::disconnectFromBus(QStringLiteral("hostile"));
 }
 
@@ -133,7 +134,7 @@ TEST_F(DistributedNotificationCenterTest, ObserversAreServedAgainWhenTheBusComes
         ASSERT_TRUE(daemon.start());
         EXPECT_TRUE(waitUntil([&] { return isBack; }));
         EXPECT_TRUE(center.postNotification("name", "object"));
-        EXPECT_TRUE(waitUntil([&] { return called_.size() == 1; }));
+        expectCalled({"one: name, object"});
         daemon.stop();
     }
     EXPECT_FALSE(center.postNotification("name", "object"));

@@ -1,7 +1,6 @@
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <memory>
+#include <optional>
 
 #include "platform/desktop/FolderWatcher.h"
 #include "tests/support/LogCapture.h"
@@ -16,11 +15,14 @@ using platform::FolderWatcher;
 
 class FolderWatcherTest : public testing::Test {
 protected:
-    std::unique_ptr<FolderWatcher> watch(const std::string& folder, int levels, int& count) {
-        return std::make_unique<FolderWatcher>(folder_.path(folder), levels, [&count] { ++count; });
+    FolderWatcher watch(const std::string& folder, int levels, int& count) {
+        return FolderWatcher(folder_.path(folder), levels, [&count] { ++count; });
     }
-    // Lets everything be told that has happened so far: changes of a folder of its own, which come
-    // after it, are told twice.
+    void move(const char* from, const char* to) const {
+        fs::rename(folder_.path(from), folder_.path(to));
+    }
+    // Waits until everything is reported that has happened so far: two later changes of a folder of
+    // its own are reported after it.
     void settle() {
         int count = 0;
         folder_.makeFolder("settle");
@@ -39,18 +41,16 @@ TEST_F(FolderWatcherTest, EveryKindOfChangeIsTold) {
     folder_.writeFile("store/Today/a@b/old", "");
     folder_.makeFolder("elsewhere/account");
     folder_.writeFile("elsewhere/file", "");
-    const auto at = [&](const char* path) { return folder_.path(path); };
     const std::pair<const char*, std::function<void()>> cases[] = {
         {"file written", [&] { folder_.writeFile("store/Today/a@b/new", "text"); }},
-        {"file moved", [&] { fs::rename(at("store/Today/a@b/new"), at("store/Today/a@b/x")); }},
-        {"file moved in", [&] { fs::rename(at("elsewhere/file"), at("store/Today/a@b/file")); }},
-        {"file moved out", [&] { fs::rename(at("store/Today/a@b/file"), at("elsewhere/file")); }},
-        {"file removed", [&] { fs::remove(at("store/Today/a@b/x")); }},
+        {"file moved", [&] { move("store/Today/a@b/new", "store/Today/a@b/x"); }},
+        {"file moved in", [&] { move("elsewhere/file", "store/Today/a@b/file"); }},
+        {"file moved out", [&] { move("store/Today/a@b/file", "elsewhere/file"); }},
+        {"file removed", [&] { fs::remove(folder_.path("store/Today/a@b/x")); }},
         {"file in the folder", [&] { folder_.writeFile("store/Accounts.plist", ""); }},
         {"folder made", [&] { folder_.makeFolder("store/Today/c@d"); }},
         {"file in the made folder", [&] { folder_.writeFile("store/Today/c@d/new", ""); }},
-        {"folder moved in",
-         [&] { fs::rename(at("elsewhere/account"), at("store/Today/account")); }},
+        {"folder moved in", [&] { move("elsewhere/account", "store/Today/account"); }},
         {"file in the moved folder", [&] { folder_.writeFile("store/Today/account/new", ""); }},
     };
     const auto watcher = watch("store", 2, count_);
@@ -74,12 +74,12 @@ TEST_F(FolderWatcherTest, AFolderMayComeGoAndComeBack) {
     };
     folder_.makeFolder("container/data/Today/a@b");
     expectTold("made");
-    fs::rename(folder_.path("container"), folder_.path("away"));
+    move("container", "away");
     expectTold("moved with a folder above");
     folder_.writeFile("away/data/Today/a@b/2", "");
     settle();
     EXPECT_EQ(count_, 0);
-    fs::rename(folder_.path("away"), folder_.path("container"));
+    move("away", "container");
     expectTold("moved back");
     folder_.writeFile("container/data/Today/a@b/3", "");
     expectTold("written after it came back");
@@ -108,8 +108,8 @@ TEST_F(FolderWatcherTest, AFolderThatCannotBeWatchedIsLoggedOnce) {
 
 TEST_F(FolderWatcherTest, AWatcherMayBeEndedByTheCall) {
     folder_.makeFolder("store");
-    std::unique_ptr<FolderWatcher> watcher;
-    watcher = std::make_unique<FolderWatcher>(folder_.path("store"), 0, [&] {
+    std::optional<FolderWatcher> watcher;
+    watcher.emplace(folder_.path("store"), 0, [&] {
         ++count_;
         watcher.reset();
     });

@@ -3,7 +3,7 @@
 #include <QTest>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -32,40 +32,25 @@ const std::string kText = "quillet://open?mail=a%40b&messageid=1[2]";
 const std::string kTokens = "(quillet[^ ]+_TIME[1-9][0-9]* ){2}";
 const std::string kBackgroundRecord = "none none bus " + kText + "\n";
 
-// A workspace, and desktop entries whose program keeps what it is started with.
+// A workspace, and desktop entries whose program writes down what it is started with.
 class WorkspaceTest : public testing::Test {
 protected:
+    WorkspaceTest() { entryFolder(); }
+
     bool open(std::string_view identifier, LaunchOptions options = kForeground) {
         return workspace_.openURLs(
             std::vector{URL::URLWithString(kText).value()}, identifier, options);
     }
-
-    // GIO looks once where desktop entries are, and then not often.
-    static void SetUpTestSuite() {
-        if (data_ != nullptr) {
-            return;
-        }
-        static const TemporaryFolder data;
-        static const EnvironmentVariable home("XDG_DATA_HOME", data.path());
-        data_ = &data;
-        const std::string script =
-            data.writeFile("record.sh",
-                           "echo \"${DESKTOP_STARTUP_ID-none} ${XDG_ACTIVATION_TOKEN-none} \""
-                           "\"${DBUS_SESSION_BUS_ADDRESS+bus }$*\" >> " +
-                               data.path("record"));
-        for (const auto& [identifier, keys, isOpened] : kEntries) {
-            std::string text = std::string("[Desktop Entry]\nType=Application\nName=Host\n") + keys;
-            const std::size_t place = text.find("record");
-            data.writeFile("applications/" + std::string(identifier) + ".desktop",
-                           text.replace(place, 6, "/bin/sh " + script) + "\n");
-        }
+    static bool gets(const RecordingApplication& host, std::size_t requests) {
+        return waitUntil([&] { return host.requests().size() == requests; });
     }
 
     // What the programs of desktop entries have written down; "" for nothing.
     static std::string takeRecord() {
+        const std::string path = entryFolder().path("record");
         std::string record;
-        waitUntil([&] { return !(record = contentsOf(data_->path("record"))).empty(); });
-        std::filesystem::remove(data_->path("record"));
+        waitUntil([&] { return !(record = contentsOf(path)).empty(); });
+        std::filesystem::remove(path);
         return record;
     }
 
@@ -82,12 +67,31 @@ protected:
         {"it.tarno.Broken", "Exec=/no/such record %U", false},
         {"../outside", "Exec=record %U", false},
     };
-    static const TemporaryFolder* data_;
     platform::SessionBus bus_;
     platform::Workspace workspace_{bus_};
-};
 
-const TemporaryFolder* WorkspaceTest::data_ = nullptr;
+private:
+    // One for all tests: GIO looks only once where desktop entries are.
+    static const TemporaryFolder& entryFolder() {
+        static const TemporaryFolder folder;
+        static const EnvironmentVariable home("XDG_DATA_HOME", folder.path());
+        static std::once_flag once;
+        std::call_once(once, [] {
+            const std::string script =
+                folder.writeFile("record.sh",
+                                 "echo \"${DESKTOP_STARTUP_ID-none} ${XDG_ACTIVATION_TOKEN-none} \""
+                                 "\"${DBUS_SESSION_BUS_ADDRESS+bus }$*\" >> " +
+                                     folder.path("record"));
+            for (const auto& [identifier, keys, isOpened] : kEntries) {
+                std::string text = std::string("[Desktop Entry]\nType=Application\nName=Host\n");
+                text += keys;
+                text.replace(text.find("record"), 6, "/bin/sh " + script);
+                folder.writeFile("applications/" + std::string(identifier) + ".desktop", text);
+            }
+        });
+        return folder;
+    }
+};
 
 TEST_F(WorkspaceTest, ARequestCarriesATokenOfItsInputOrSaysThatItStaysInTheBackground) {
     const RecordingApplication host(QStringLiteral("it.tarno.quillet.beta-8"));
@@ -101,7 +105,7 @@ TEST_F(WorkspaceTest, ARequestCarriesATokenOfItsInputOrSaysThatItStaysInTheBackg
     for (const auto options : {kForeground, kBackground}) {
         EXPECT_TRUE(open("it.tarno.quillet.beta-8", options));
     }
-    ASSERT_TRUE(waitUntil([&] { return host.requests().size() == 3; }));
+    ASSERT_TRUE(gets(host, 3));
     for (const auto& request : host.requests()) {
         EXPECT_EQ(request.urls, std::vector{kText});
     }
@@ -117,23 +121,17 @@ TEST_F(WorkspaceTest, ARequestCarriesATokenOfItsInputOrSaysThatItStaysInTheBackg
 
 TEST_F(WorkspaceTest, WhatNoApplicationIsCalledIsFalseAndTheBusIsKept) {
     const RecordingApplication host(QString::fromStdString(kName));
-    for (const std::string& identifier : {std::string("it.tarno\0quillet", 16),
-                                          "it." + std::string(300, 'a'),
-                                          std::string(),
-                                          std::string("quillet"),
-                                          std::string(".it.tarno"),
-                                          std::string("it.1tarno"),
-                                          std::string(":1.0"),
-                                          std::string("../outside"),
-                                          std::string("it.tarno.\xff"),
-                                          std::string("it.tarno.absent")}) {
+    std::vector<std::string> names{"", "quillet", ".it.tarno", "it.1tarno", ":1.0", "../outside"};
+    names.insert(names.end(), {"it.tarno.\xff", "it.tarno.absent", "it." + std::string(300, 'a')});
+    names.emplace_back("it.tarno\0quillet", 16);
+    for (const std::string& identifier : names) {
         EXPECT_FALSE(workspace_.knowsApplication(identifier)) << identifier;
         EXPECT_FALSE(open(identifier)) << identifier;
     }
     EXPECT_FALSE(workspace_.openURLs({}, kName, kForeground));
     EXPECT_TRUE(workspace_.knowsApplication(kName));
     EXPECT_TRUE(open(kName));
-    EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
+    EXPECT_TRUE(gets(host, 1));
 }
 
 TEST_F(WorkspaceTest, DesktopEntriesAreRunWhereTheirProgramIsThere) {
@@ -146,19 +144,6 @@ TEST_F(WorkspaceTest, DesktopEntriesAreRunWhereTheirProgramIsThere) {
         ASSERT_EQ(open(identifier, kForeground), isOpened);
         EXPECT_THAT(isOpened ? takeRecord() : "",
                     MatchesRegex(isOpened ? kTokens + "bus quillet:[^ ]+\n" : ""));
-    }
-}
-
-TEST_F(WorkspaceTest, OnlyWhatTheApplicationDoesNotKnowIsTriedWithItsDesktopEntryToo) {
-    RecordingApplication host(QStringLiteral("it.tarno.Plain"));
-    host.failWith("it.tarno.Error.Failed");
-    EXPECT_TRUE(open("it.tarno.Plain", kForeground));
-    EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
-    host.failWith("org.freedesktop.DBus.Error.UnknownMethod");
-    for (const std::size_t asked : {2, 3}) {  // a record of the first would come before the last
-        EXPECT_TRUE(open("it.tarno.Plain", kBackground));
-        EXPECT_EQ(takeRecord(), kBackgroundRecord);
-        EXPECT_EQ(host.requests().size(), asked);
     }
 }
 
@@ -180,16 +165,17 @@ TEST_F(WorkspaceTest, NoBusIsStartedWhereTheSessionHasNone) {
 // A bus that starts programs which never come up.
 class WorkspaceStartTest : public WorkspaceTest {
 protected:
-    void addSlowHost(const std::string& identifier) {
+    void startBus(const std::vector<std::string>& slowHosts) {
         const std::string pid = std::to_string(QCoreApplication::applicationPid());
-        daemon_.addService(
-            identifier,
-            "/bin/sh " + folder_.writeFile("slow.sh",
-                                           "touch " + folder_.path("started") +
-                                               "\nexec tail -f --pid=" + pid + " /dev/null"));
+        const std::string script = folder_.writeFile(
+            "slow.sh", "touch $0.started\nexec tail -f --pid=" + pid + " /dev/null");
+        for (const std::string& identifier : slowHosts) {
+            daemon_.addService(identifier, "/bin/sh " + script);
+        }
+        ASSERT_TRUE(daemon_.start());
     }
     bool takeStart() {
-        return waitUntil([&] { return std::filesystem::remove(folder_.path("started")); });
+        return waitUntil([&] { return std::filesystem::remove(folder_.path("slow.sh.started")); });
     }
 
     TemporaryFolder folder_;
@@ -198,9 +184,7 @@ protected:
 };
 
 TEST_F(WorkspaceStartTest, AProgramEndsOnceTheApplicationThatStartsHasItsRequest) {
-    addSlowHost(kName);
-    addSlowHost("it.tarno.quillet2");
-    ASSERT_TRUE(daemon_.start());
+    startBus({kName, "it.tarno.quillet2"});
     QStringList arguments{QString::fromStdString(kName), QString::fromStdString(kText)};
     for (const char* identifier : {"it.tarno.quillet", "it.tarno.quillet2"}) {
         SCOPED_TRACE(identifier);
@@ -212,36 +196,43 @@ TEST_F(WorkspaceStartTest, AProgramEndsOnceTheApplicationThatStartsHasItsRequest
         EXPECT_EQ(sender.state(), QProcess::Running);
         const RecordingApplication host(arguments[0]);
         EXPECT_TRUE(sender.waitForFinished());
-        EXPECT_EQ(sender.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(sender.exitCode(), 0);
-        EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 1; }));
+        EXPECT_TRUE(sender.exitStatus() == QProcess::NormalExit && sender.exitCode() == 0);
+        EXPECT_TRUE(gets(host, 1));
         arguments.append(QStringLiteral("stay"));
     }
 }
 
 TEST_F(WorkspaceStartTest, WaitingForAnApplicationThatNeverComesUpEnds) {
-    addSlowHost(kName);
-    ASSERT_TRUE(daemon_.start());
+    startBus({kName});
     EXPECT_TRUE(open(kName));
     const LogCapture log;
     EXPECT_FALSE(workspace_.flush(std::chrono::milliseconds(50)));
     EXPECT_EQ(log.lines(), std::vector{"Workspace no application took a request " + kName});
 }
 
-TEST_F(WorkspaceStartTest, ARequestThatNobodyTakesGoesToTheDesktopEntry) {
+TEST_F(WorkspaceStartTest, OnlyARequestThatNobodyTakesGoesToTheDesktopEntry) {
     daemon_.addService("it.tarno.Plain", "/bin/false");
     daemon_.setStartTime(50);
-    addSlowHost("it.tarno.OfTheBus");
-    ASSERT_TRUE(daemon_.start());
-    for (const char* identifier : {"it.tarno.Plain", "it.tarno.OfTheBus"}) {
+    startBus({"it.tarno.OfTheBus"});
+    const auto expectEntryOpened = [this](const char* identifier) {
         EXPECT_TRUE(open(identifier, kBackground));
         EXPECT_EQ(takeRecord(), kBackgroundRecord);
+    };
+    expectEntryOpened("it.tarno.Plain");
+    expectEntryOpened("it.tarno.OfTheBus");
+    RecordingApplication host(QStringLiteral("it.tarno.Plain"));
+    host.failWith("it.tarno.Error.Failed");
+    EXPECT_TRUE(open("it.tarno.Plain", kForeground));
+    EXPECT_TRUE(gets(host, 1));
+    host.failWith("org.freedesktop.DBus.Error.UnknownMethod");
+    for (const std::size_t asked : {2, 3}) {  // a record of the first would come before the last
+        expectEntryOpened("it.tarno.Plain");
+        EXPECT_EQ(host.requests().size(), asked);
     }
 }
 
 TEST_F(WorkspaceStartTest, ARequestOutlivesItsBusUntilAnApplicationHasIt) {
-    addSlowHost(kName);
-    ASSERT_TRUE(daemon_.start());
+    startBus({kName});
     EXPECT_TRUE(open(kName));
     ASSERT_TRUE(takeStart());
     daemon_.stop();
@@ -250,11 +241,9 @@ TEST_F(WorkspaceStartTest, ARequestOutlivesItsBusUntilAnApplicationHasIt) {
         ASSERT_TRUE(daemon_.start());
         const RecordingApplication host(QString::fromStdString(kName));
         EXPECT_TRUE(open(kName, kBackground));
-        EXPECT_TRUE(waitUntil([&] {
-            return !host.requests().empty() && host.requests().back().platformData.contains(
-                                                   QStringLiteral("x-quillet-background"));
-        }));
-        EXPECT_EQ(host.requests().size(), waiting + 1);
+        EXPECT_TRUE(gets(host, waiting + 1));
+        EXPECT_TRUE(
+            host.requests().back().platformData.contains(QStringLiteral("x-quillet-background")));
         EXPECT_TRUE(open(kName));
         EXPECT_TRUE(workspace_.flush());  // the host has this one, but does not answer
         daemon_.stop();
@@ -262,7 +251,7 @@ TEST_F(WorkspaceStartTest, ARequestOutlivesItsBusUntilAnApplicationHasIt) {
 }
 
 TEST_F(WorkspaceStartTest, ABusThatIsSlowToAnswerStillPassesRequestsOn) {
-    ASSERT_TRUE(daemon_.start());
+    startBus({});
     const RecordingApplication host(QString::fromStdString(kName));
     EXPECT_TRUE(open(kName));
     daemon_.pause();
@@ -270,11 +259,11 @@ TEST_F(WorkspaceStartTest, ABusThatIsSlowToAnswerStillPassesRequestsOn) {
     EXPECT_TRUE(open("it.tarno.Plain", kBackground));
     daemon_.resume();
     EXPECT_EQ(takeRecord(), kBackgroundRecord);
-    EXPECT_TRUE(waitUntil([&] { return host.requests().size() == 2; }));
+    EXPECT_TRUE(gets(host, 2));
 }
 
 TEST_F(WorkspaceStartTest, TheBusIsFoundInARuntimeFolderOfAnyName) {
-    ASSERT_TRUE(daemon_.start());
+    startBus({});
     const RecordingApplication host(QString::fromStdString(kName));
     const std::string link = folder_.path("a b,guid=%41;größe");
     std::filesystem::create_directory_symlink(daemon_.folder(), link);
