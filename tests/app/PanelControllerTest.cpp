@@ -34,18 +34,18 @@ protected:
             static_cast<TodayTableViewCell*>(table(panel).cellAtRow(static_cast<std::size_t>(row)));
         return cell == nullptr ? "none" : cell->message()->messageId().value_or("");
     }
-    // Where the keyboard is: "panel", "header", "row m" or "Reply of m"; "!" where the user sees
-    // it.
+    // Where the keyboard is: "panel", "header", "row m" or "Reply of m", with "!" if it is visible.
     static std::string keyboard(PanelController& panel) {
         QWidget* focused = panel.panel().focusWidget();
-        const std::string message = messageAt(panel, table(panel).currentRow());
-        if (panel.widget().myHeaderView()->control()->isAncestorOf(focused)) {
-            return panel.widget().myHeaderView()->control()->showsFocus() ? "header!" : "header";
+        const auto* header = panel.widget().myHeaderView()->control();
+        const std::ptrdiff_t row = table(panel).currentRow();
+        const std::string message = messageAt(panel, row);
+        if (header->isAncestorOf(focused)) {
+            return header->showsFocus() ? "header!" : "header";
         }
         if (focused == &table(panel)) {
-            const auto row = static_cast<std::size_t>(table(panel).currentRow());
-            const bool isMarked = table(panel).rowViewAtRow(row)->hasKeyboardMark();
-            return "row " + message + (isMarked ? "!" : "");
+            const auto* view = table(panel).rowViewAtRow(static_cast<std::size_t>(row));
+            return "row " + message + (view->hasKeyboardMark() ? "!" : "");
         }
         return focused == &panel.panel() || focused == nullptr
                    ? "panel"
@@ -71,13 +71,12 @@ TEST_F(PanelControllerTest, AppearsWithItsRowsAndFollowsTheStore) {
 }
 
 TEST_F(PanelControllerTest, AnotherLookKeepsSelectionAndKeyboardWithTheirMessages) {
-    struct Case {
+    using namespace Qt;
+    const struct {
         std::vector<Qt::Key> keys;
         const char* keyboard;
         const char* afterwards;
-    };
-    using namespace Qt;
-    const std::vector<Case> cases{
+    } cases[] = {
         {{}, "panel", "panel"},
         {{Key_Tab}, "header!", "header!"},
         {{Key_Tab, Key_Tab, Key_End}, "row b!", "row b!"},
@@ -111,7 +110,8 @@ TEST_F(PanelControllerTest, AnotherLookKeepsSelectionAndKeyboardWithTheirMessage
     }
 }
 
-TEST_F(PanelControllerTest, HidingBeforeThePanelIsUpKeepsItDown) {
+TEST_F(PanelControllerTest, HidingBeforeThePanelIsUpKeepsItDownAndItNeedsNoContainer) {
+    const EnvironmentVariable none("QUILLET_CONTAINER", "");
     PanelController panel(platform::Look::Light);
     panel.toggle();
     panel.toggle();
@@ -122,7 +122,9 @@ TEST_F(PanelControllerTest, HidingBeforeThePanelIsUpKeepsItDown) {
     ASSERT_TRUE(waitUntil([&] { return turned; }));
     EXPECT_FALSE(panel.isShown());
     panel.toggle();
-    EXPECT_TRUE(waitUntil([&] { return panel.isShown(); }));
+    EXPECT_TRUE(waitUntil([&] {
+        return panel.isShown() && panel.widget().viewHeightContraint()->constant() == 0;
+    }));
 }
 
 TEST_F(PanelControllerTest, PanelThatEndsWhileItAppearsIsNotTouchedAgain) {
@@ -131,14 +133,6 @@ TEST_F(PanelControllerTest, PanelThatEndsWhileItAppearsIsNotTouchedAgain) {
     QCoreApplication::processEvents();
     panel.reset();
     QCoreApplication::sendPostedEvents();
-}
-
-TEST_F(PanelControllerTest, WithoutAContainerThePanelStillAppears) {
-    const EnvironmentVariable none("QUILLET_CONTAINER", "");
-    PanelController panel(std::nullopt);
-    panel.show();
-    EXPECT_TRUE(waitUntil([&] { return panel.isShown(); }));
-    EXPECT_TRUE(waitUntil([&] { return panel.widget().viewHeightContraint()->constant() == 0; }));
 }
 
 }  // namespace quillet::test

@@ -26,15 +26,21 @@ private:
     int height_;
 };
 
-constexpr EdgeInsets kInsets{10, 0, 10, 0};
+class PanelTest : public testing::Test {
+protected:
+    PanelTest() {
+        panel.setContents(&contents, {10, 0, 10, 0}, platform::Look::Light);
+        panel.present();
+    }
+    ~PanelTest() override { panel.takeContents(); }
+
+    Contents contents{100};
+    Panel panel;
+};
 
 }  // namespace
 
-TEST(Panel, IsAWindowThatDocksAtTheRightEdgeAndFollowsItsContents) {
-    Contents contents(100);
-    Panel panel;
-    panel.setContents(&contents, kInsets, platform::Look::Light);
-    panel.present();
+TEST_F(PanelTest, IsAWindowThatDocksAtTheRightEdgeAndFollowsItsContents) {
     const QRect screen = panel.screen()->availableGeometry();
     EXPECT_EQ(panel.geometry().right(), screen.right());
     EXPECT_EQ(panel.geometry().top(), screen.top());
@@ -49,21 +55,15 @@ TEST(Panel, IsAWindowThatDocksAtTheRightEdgeAndFollowsItsContents) {
     const QAccessibleInterface* window = QAccessible::queryAccessibleInterface(&panel);
     EXPECT_EQ(window->role(), QAccessible::Window);
     EXPECT_EQ(window->text(QAccessible::Name), QStringLiteral("Quillet Today"));
-    panel.takeContents();
 }
 
-TEST(Panel, EscapeAndClosingDismissIt) {
-    Contents contents(100);
-    Panel panel;
+TEST_F(PanelTest, EscapeAndClosingDismissIt) {
     int dismissed = 0;
     panel.setDismissed([&] { ++dismissed; });
-    panel.setContents(&contents, kInsets, platform::Look::Light);
-    panel.present();
     QTest::keyClick(panel.windowHandle(), Qt::Key_Escape);
     EXPECT_EQ(dismissed, 1);
     EXPECT_FALSE(panel.close());
     EXPECT_EQ(dismissed, 2);
-    panel.takeContents();
 }
 
 }  // namespace quillet::test

@@ -3,7 +3,6 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusReply>
 #include <csignal>
 #include <filesystem>
@@ -13,6 +12,8 @@
 #include <list>
 #include <nlohmann/json.hpp>
 
+#include "platform/desktop/DistributedNotificationCenter.h"
+#include "platform/desktop/SessionBus.h"
 #include "platform/files/FileCoordinator.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/PrivateBus.h"
@@ -63,43 +64,34 @@ protected:
         }
         ASSERT_TRUE(daemon_.start());
     }
-    // Does something with a connection of the test's own to the bus.
-    template <typename Action>
-    void onBus(Action action) {
-        const QString name = QStringLiteral("test");
-        action(QDBusConnection::connectToBus(QString::fromStdString(daemon_.address()), name));
-        QDBusConnection::disconnectFromBus(name);
-    }
-    // Starts the host before anybody calls it; its process.
-    pid_t startHost() {
-        pid_t process = 0;
-        onBus([&process](const QDBusConnection& bus) {
-            const QString name = QString::fromStdString(kHost);
-            EXPECT_TRUE(bus.interface()->startService(name).isValid());
-            process = static_cast<pid_t>(bus.interface()->servicePid(name).value());
-        });
-        return process;
+    // Starts the host before anybody calls it; returns its process.
+    static pid_t startHost() {
+        platform::SessionBus sessionBus;
+        const QDBusConnection bus = sessionBus.connection();
+        const QString name = QString::fromStdString(kHost);
+        EXPECT_TRUE(bus.interface()->startService(name).isValid());
+        return static_cast<pid_t>(bus.interface()->servicePid(name).value());
     }
     // Says, as a host does, that the store has changed.
-    void notify(int times = 1) {
-        onBus([times](const QDBusConnection& bus) {
-            auto signal = QDBusMessage::createSignal(
-                QStringLiteral("/it/tarno/quillet/DistributedNotifications"),
-                QStringLiteral("it.tarno.quillet.DistributedNotifications"),
-                QStringLiteral("Posted"));
-            signal << QStringLiteral("k_today_widget_key")
-                   << QStringLiteral("k_today_widget_object");
-            for (int i = 0; i < times; ++i) {
-                EXPECT_TRUE(bus.send(signal));
-            }
-            EXPECT_TRUE(bus.interface()->registeredServiceNames().isValid());  // it has them all
-        });
+    static void notify(int times = 1) {
+        platform::SessionBus bus;
+        platform::DistributedNotificationCenter center(bus);
+        for (int i = 0; i < times; ++i) {
+            EXPECT_TRUE(center.postNotification("k_today_widget_key", "k_today_widget_object"));
+        }
+    }
+
+    // Runs `action` while this process writes an item, as a host does.
+    void whileHeld(const std::string& item, const std::function<void()>& action) const {
+        const std::string folder = container.path("SharedData");
+        EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(
+            folder + "/" + item, [&action](const std::string& /*path*/) { action(); }));
     }
 
     void showPanel() {
         panel_ = &panels_.emplace_back();
-        // One read as the panel appears, another one once it is up; list and height follow it each
-        // a turn later, and every answer takes a turn.
+        // The panel reads as it appears and again once it is up. List and height follow one turn
+        // of the event loop later each, and every answer takes a turn.
         ASSERT_TRUE(eventually([&] { return panel_->logged(kRead) == 2; }));
         ASSERT_TRUE(shows(read()));
         EXPECT_EQ(panel_->height(), 60 * panel_->rows().size());
@@ -207,12 +199,11 @@ TEST_F(CommandTest, AThousandNotificationsMakeFewReadsAndTheRightEnd) {
     showPanel();
     const std::size_t before = panel_->logged(kRead);
     // The panel's first read of these waits until the host lets go of its store.
-    const auto write = [this](const std::string&) {
+    const auto write = [this] {
         writeStore({"6", "5"});
         notify(1000);
     };
-    const std::string folder = container.path("SharedData");
-    EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(folder + "/Today", write));
+    whileHeld("Today", write);
     EXPECT_TRUE(shows({"6", "5"}));
     writeStore({"7"});
     notify();
@@ -258,9 +249,8 @@ TEST_F(CommandTest, APanelEndsWhenItIsToldToAlsoWhileItsHostHoldsALock) {
     showPanel();
     quit(*panel_);
     EXPECT_TRUE(panel_->ends()) << "with its window shown";
-    const std::string folder = container.path("SharedData");
     const struct {
-        std::string item;
+        const char* item;
         std::function<void(TodayProcess&)> end;
         const char* line;
     } cases[] = {
@@ -270,29 +260,25 @@ TEST_F(CommandTest, APanelEndsWhenItIsToldToAlsoWhileItsHostHoldsALock) {
         {"Accounts.plist", terminate, "NSFileCoordinator Accounts "},
     };
     for (const auto& row : cases) {
-        const auto whileHeld = [&row](const std::string& /*path*/) {
+        whileHeld(row.item, [&row] {
             TodayProcess panel;
             EXPECT_TRUE(eventually([&] { return waitsForLock(panel.process()); }));
             row.end(panel);
             EXPECT_TRUE(panel.ends());
             EXPECT_EQ(panel.logged(row.line), 1) << row.item;
-        };
-        EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(folder + "/" + row.item,
-                                                                         whileHeld));
+        });
     }
 }
 
 TEST_F(CommandTest, APanelThatWaitsForItsHostAnswersOtherStarts) {
     startBus({});
     showPanel();
-    const auto whileHeld = [this](const std::string& /*path*/) {
+    whileHeld("Today", [this] {
         writeStore({"6"});
         EXPECT_TRUE(eventually([&] { return waitsForLock(panel_->process()); }));
         EXPECT_TRUE(TodayProcess().ends());
         EXPECT_TRUE(shows({})) << "the second start hides the panel";
-    };
-    const std::string folder = container.path("SharedData");
-    EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(folder + "/Today", whileHeld));
+    });
     EXPECT_TRUE(TodayProcess().ends());
     EXPECT_TRUE(shows({"6"}));
 }

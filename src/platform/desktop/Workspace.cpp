@@ -19,7 +19,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/base/Ascii.h"
 #include "platform/base/Log.h"
 #include "platform/desktop/ActivationTokens.h"
 #include "platform/desktop/ApplicationObject.h"
