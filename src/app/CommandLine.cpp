@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -13,10 +14,6 @@ namespace {
 using platform::ProgramArguments;
 using platform::ProgramOption;
 using platform::UsageError;
-using Words = std::vector<std::string>;
-
-constexpr double kSmallestScale = 0.5;
-constexpr double kLargestScale = 8.0;
 
 constexpr std::array kOptions{
     ProgramOption{"container", "DIR", "read this container; empty: there is none\n"},
@@ -63,32 +60,20 @@ Commands:
     "failure: there is no display for the panel, the container cannot be read,\n"
     "the picture cannot be written\n"};
 
-// The whole text as a number; none where it is something else.
+// The value of an option as a number. Throws UsageError with what the option takes if the text is
+// not a number in the range.
 template <typename Number>
-std::optional<Number> numberOf(const std::string& text) {
+Number numberOf(const std::string& text, const char* taken, Number least, Number most) {
     Number number{};
     const char* const end = text.data() + text.size();
     const auto [rest, failure] = std::from_chars(text.data(), end, number);
-    return failure == std::errc() && rest == end ? std::optional(number) : std::nullopt;
-}
-
-std::int64_t segmentOf(const std::string& text) {
-    const auto segment = numberOf<std::int64_t>(text);
-    if (!segment) {
-        throw UsageError{R"("--segment" takes a whole number, not ")" + text + "\""};
+    if (failure != std::errc() || rest != end || !(number >= least && number <= most)) {
+        throw UsageError{taken + (", not \"" + text) + "\""};
     }
-    return *segment;
+    return number;
 }
 
-double scaleOf(const std::string& text) {
-    const auto scale = numberOf<double>(text);
-    if (!scale || !(*scale >= kSmallestScale && *scale <= kLargestScale)) {
-        throw UsageError{R"("--scale" takes a number from 0.5 to 8, not ")" + text + "\""};
-    }
-    return *scale;
-}
-
-// An absolute path, so that it means the same whatever the working folder; empty stays empty.
+// The path made absolute, so that it does not depend on the working folder; "" stays "".
 std::string containerOf(const std::string& path) {
     if (path.empty()) {
         return {};
@@ -102,28 +87,23 @@ std::string containerOf(const std::string& path) {
     return absolute.string();
 }
 
-void readCommand(const Words& words, CommandLine& line) {
+void readCommand(const std::vector<std::string>& words, CommandLine& line) {
     if (words.empty()) {
         return;
     }
-    const std::string& command = words.front();
-    if (command == "list") {
-        line.command = CommandLine::Command::List;
-    } else if (command == "snapshot") {
-        line.command = CommandLine::Command::Snapshot;
-    } else {
-        throw UsageError{"there is no command \"" + command + "\""};
+    const bool isSnapshot = words[0] == "snapshot";
+    if (!isSnapshot && words[0] != "list") {
+        throw UsageError{"there is no command \"" + words[0] + "\""};
     }
-    const std::size_t wanted = line.command == CommandLine::Command::Snapshot ? 2 : 1;
-    if (words.size() < wanted || words[wanted - 1].empty()) {
+    line.command = isSnapshot ? CommandLine::Command::Snapshot : CommandLine::Command::List;
+    const std::size_t wanted = isSnapshot ? 2 : 1;
+    if (isSnapshot && (words.size() < wanted || words[1].empty())) {
         throw UsageError{R"("snapshot" needs the name of the file to write)"};
     }
     if (words.size() > wanted) {
         throw UsageError{"\"" + words[wanted] + "\" is one argument too many"};
     }
-    if (wanted > 1) {
-        line.picture = words[1];
-    }
+    line.picture = isSnapshot ? words[1] : "";
 }
 
 void readOptions(const ProgramArguments& arguments, CommandLine& line) {
@@ -135,10 +115,13 @@ void readOptions(const ProgramArguments& arguments, CommandLine& line) {
         line.look = arguments.has("dark") ? platform::Look::Dark : platform::Look::Light;
     }
     if (const auto segment = arguments.value("segment")) {
-        line.segment = segmentOf(*segment);
+        line.segment = numberOf(*segment,
+                                R"("--segment" takes a whole number)",
+                                std::numeric_limits<std::int64_t>::min(),
+                                std::numeric_limits<std::int64_t>::max());
     }
     if (const auto scale = arguments.value("scale")) {
-        line.scale = scaleOf(*scale);
+        line.scale = numberOf(*scale, R"("--scale" takes a number from 0.5 to 8)", 0.5, 8.0);
     }
     line.json = arguments.has("json");
 }
@@ -147,21 +130,17 @@ void readOptions(const ProgramArguments& arguments, CommandLine& line) {
 void checkOptions(const ProgramArguments& arguments, const CommandLine& line) {
     const bool list = line.command == CommandLine::Command::List;
     const bool snapshot = line.command == CommandLine::Command::Snapshot;
-    if (arguments.has("dark") && arguments.has("light")) {
-        throw UsageError{R"(choose one of "--dark" and "--light")"};
-    }
-    if (line.look && list) {
-        throw UsageError{R"("--dark" and "--light" go with the panel and "snapshot")"};
-    }
-    if (line.json && !list) {
-        throw UsageError{R"("--json" goes with "list")"};
-    }
-    if (arguments.has("scale") && !snapshot) {
-        throw UsageError{R"("--scale" goes with "snapshot")"};
-    }
-    if (line.segment && !list && !snapshot) {
-        throw UsageError{R"("--segment" goes with "list" and "snapshot")"};
-    }
+    const auto refuse = [](bool isWrong, const char* reason) {
+        if (isWrong) {
+            throw UsageError{reason};
+        }
+    };
+    refuse(arguments.has("dark") && arguments.has("light"),
+           R"(choose one of "--dark" and "--light")");
+    refuse(line.look && list, R"("--dark" and "--light" go with the panel and "snapshot")");
+    refuse(line.json && !list, R"("--json" goes with "list")");
+    refuse(arguments.has("scale") && !snapshot, R"("--scale" goes with "snapshot")");
+    refuse(line.segment && !list && !snapshot, R"("--segment" goes with "list" and "snapshot")");
 }
 
 CommandLine interpret(const ProgramArguments& arguments) {

@@ -11,21 +11,21 @@
 
 namespace quillet {
 
-// What one start of quillet-today is asked to do.
+// What the arguments of quillet-today ask for.
 struct CommandLine {
     enum class Command { Panel, List, Snapshot };
 
     Command command = Command::Panel;
-    std::optional<std::string> container;  // absolute path; empty: no container
+    std::optional<std::string> container;  // absolute path; "": no container
     std::optional<std::string> bundleIdentifier;
     std::optional<platform::Look> look;
-    std::optional<std::int64_t> segment;  // stands in for the stored "segmented"
+    std::optional<std::int64_t> segment;  // replaces the stored "segmented"
     bool json = false;
     std::string picture;  // where `snapshot` writes
     double scale = 1.0;   // device pixels a point
 };
 
-// Reads the arguments of main, the program's name first. Wrong usage ends with status 2 and a text
+// Reads the arguments of main, the program's name first. Wrong usage returns status 2 and a text
 // that says what is wrong.
 std::variant<CommandLine, platform::EarlyExit> readCommandLine(std::span<char* const> arguments);
 

@@ -6,9 +6,9 @@
 
 namespace quillet {
 
-// Why the shared container cannot be read: it, its data folder or "Today" in it is no folder, or
-// may not be listed or entered. ENOENT where the container is not there yet. None where it can be
-// read, as far as it is there, and where there is no container.
+// Why the shared container cannot be read: it, its data folder or "Today" in it is not a folder, or
+// may not be listed or entered. ENOENT if the container does not exist yet. None if whatever exists
+// of it can be read, or if no container is named.
 std::optional<platform::Error> containerProblem();
 
 }  // namespace quillet

@@ -77,16 +77,16 @@ std::string jsonText(const SingleUpdate& update, NCUpdateResult result) {
         {"read", update.controller().dataFromDisk()->size()},
         {"messages", std::move(messages)},
     };
-    // A path may hold bytes that are no UTF-8; they are shown as replacement characters.
+    // Bytes of a path that are not UTF-8 become replacement characters.
     return object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-// A text that cannot disturb its neighbours on a terminal.
+// The text without characters that could disturb a terminal.
 QString lineOf(const std::optional<std::string>& text) {
     return platform::singleLineText(text.value_or(""));
 }
 
-// Two lines a row, as the panel shows it: date and sender, below them the subject.
+// Two lines a row, as in the panel: date and sender, and the subject below.
 std::string plainText(const SingleUpdate& update) {
     const auto messages = update.controller().dataToShow();
     qsizetype width = 0;

@@ -23,10 +23,10 @@ namespace quillet {
 
 namespace {
 
-// Points between the panel and the edges of the screen; the shadow just fits in.
+// Points between the panel and the edges of the screen, just enough for the shadow.
 constexpr int kScreenMargin = Theme::kPanelShadowRadius;
 
-// Wayland leaves the place of a window to the desktop.
+// On Wayland the desktop places all windows.
 bool programsMayPlaceWindows() {
     return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
@@ -35,8 +35,7 @@ int rounded(double points) {
     return static_cast<int>(std::lround(points));
 }
 
-// The panel's shape in whole pixels, in or out: what takes clicks, and all that is seen where the
-// screen cannot blend.
+// The panel's shape in whole points: what takes clicks, and without a compositor all that is seen.
 QRegion solidShape(const QRect& panel) {
     QBitmap bitmap(panel.size());
     bitmap.fill(Qt::color0);
@@ -59,12 +58,12 @@ Panel::Panel()
         setAttribute(Qt::WA_TranslucentBackground);
     }
     setWindowTitle(QStringLiteral("Quillet Today"));
-    // To a screen reader a plain widget is no window. Its name is the title.
+    // Makes screen readers treat the widget as a window, named by its title.
     QAccessible::registerAccessibleInterface(new QAccessibleWidget(this, QAccessible::Window));
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the toolkit's registry owns it
     scrollArea_->setFrameShape(QFrame::NoFrame);
     scrollArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scrollArea_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the indicator stands in
+    scrollArea_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the indicator replaces it
     scrollArea_->setWidgetResizable(true);
     scrollArea_->setFocusPolicy(Qt::NoFocus);
     scrollArea_->viewport()->setAutoFillBackground(false);
@@ -99,7 +98,7 @@ void Panel::present() {
     followScreen();
     raise();
     activateWindow();
-    // The keyboard starts before the first control, none of which stands out until Tab is pressed.
+    // The keyboard starts before the first control, so that none is marked until Tab is pressed.
     setFocus();
 }
 
@@ -125,7 +124,7 @@ QRect Panel::frame() const {
     return rect().adjusted(shadow_, shadow_, -shadow_, -shadow_);
 }
 
-// Where the window may lie: as far from the screen's edges as leaves room for the margin.
+// Where the window may lie: the screen without the margin that the shadow does not fill.
 QRect Panel::availableGeometry() const {
     const int margin = kScreenMargin - shadow_;
     return screen()->availableGeometry().adjusted(margin, margin, -margin, -margin);
@@ -145,13 +144,13 @@ void Panel::fit() {
     }
 }
 
-// The screen may change its size or go away, and a desktop bar may take room.
+// Refits the panel when its screen changes size, goes away or loses room to a desktop bar.
 void Panel::followScreen() {
     disconnect(screenConnection_);
     screenConnection_ = connect(screen(), &QScreen::availableGeometryChanged, this, &Panel::fit);
 }
 
-// For what the toolkit draws in the panel by itself, such as tooltips.
+// The colours of what the toolkit draws by itself, such as tooltips.
 QPalette Panel::lookPalette() const {
     QPalette palette = QGuiApplication::palette();
     for (const auto role : {QPalette::Window, QPalette::Base, QPalette::ToolTipBase}) {

@@ -13,20 +13,19 @@ namespace quillet {
 class ScrollIndicator;
 struct Theme;
 
-// The frameless window at the right edge of the screen that the widget is shown in; a normal
-// window where programs may not place themselves. As high as its contents, or as the screen, where
-// it then scrolls. Main thread only.
+// The frameless window at the right edge of the screen that shows the widget; a normal window if
+// programs may not place their windows. It is as high as its contents and scrolls if they are
+// higher than the screen. Main thread only.
 class Panel : public QWidget {
 public:
     Panel();
 
-    // Shows the view, which stays its controller's; takeContents() gives it back and has to come
-    // before the controller ends.
+    // Shows the view, which its controller owns. Call takeContents() before the controller ends.
     void setContents(QWidget* view, const EdgeInsets& margins, platform::Look look);
     void takeContents();
-    // Run when the user asks to put the panel away (Escape, or the window's close button).
+    // Called when the user dismisses the panel with Escape or the window's close button.
     void setDismissed(std::function<void()> dismissed) { dismissed_ = std::move(dismissed); }
-    // Brings the panel up, docked.
+    // Shows the panel at its place, with the keyboard.
     void present();
 
     QSize sizeHint() const override;
@@ -40,7 +39,7 @@ protected:
 
 private:
     QRect availableGeometry() const;
-    QRect frame() const;  // the panel inside the window, which holds its shadow too
+    QRect frame() const;  // the panel inside the window, without its shadow
     void applyMargins();
     void fit();
     void followScreen();
@@ -48,7 +47,7 @@ private:
     const Theme& theme() const;
 
     bool placesItself_;
-    int shadow_ = 0;  // points that the window is larger than the panel on each side
+    int shadow_ = 0;  // points by which the window is larger than the panel on each side
     EdgeInsets insets_;
     QScrollArea* scrollArea_;
     ScrollIndicator* scrollIndicator_;

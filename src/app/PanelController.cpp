@@ -66,7 +66,7 @@ void PanelController::install(std::shared_ptr<TodayViewController> widget) {
     }
 }
 
-// The look is fixed when a view tree is built, so another look takes another tree.
+// The look is fixed when a view tree is built, so another look needs another tree.
 void PanelController::appearanceChanged() {
     if (isShown() || appearing_) {
         appear();
@@ -80,15 +80,15 @@ void PanelController::show() {
 }
 
 // The widget's first read schedules its list, and the list its height, each one turn of the main
-// queue later; the panel comes up behind them, so that it never shows half a list.
+// queue later. The panel comes up after them, so that it never shows half a list.
 void PanelController::appear() {
     const bool sameLook = widget_->darkAppearance() == (look() == Look::Dark);
     appearing_ = sameLook ? widget_ : makeWidget();
     platform::AnimationContext::setEnabled(false);
-    // A read may wait for the host and let the event loop go on meanwhile; as a block of the main
-    // queue it never runs inside another one's wait.
+    // A read may wait for the host while the event loop goes on. As a block of the main queue it
+    // never runs inside the wait of another block.
     onMainQueue([this, expected = appearing_] {
-        if (appearing_ != expected) {  // hidden again or overtaken meanwhile
+        if (appearing_ != expected) {  // hidden again or replaced meanwhile
             return;
         }
         expected->viewWillAppear();
@@ -137,7 +137,7 @@ void PanelController::toggle() {
     }
 }
 
-// One request that has not begun does for all that come meanwhile.
+// A request that has not begun serves all that come before it begins.
 void PanelController::requestUpdate() {
     if (isUpdateRequested_) {
         return;

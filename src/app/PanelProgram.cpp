@@ -27,16 +27,16 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-// A panel that starts with the session may be there before the tray is.
+// A panel that starts with the session may start before the tray.
 constexpr std::chrono::seconds kTrayInterval{2};
 constexpr int kTrayAttempts = 30;
-// Whoever ends the program sees it gone within a second, whatever it is busy with.
+// The program ends within a second, whatever it is busy with.
 constexpr milliseconds kLongestEnd{900};
-// How much of that hosts that still start and blocks under way are given.
+// The part of that time for hosts that still start and for running blocks.
 constexpr milliseconds kPatience{500};
 
-// Ends the program when the toolkit is to quit, which would leave it to the windows otherwise: a
-// panel that hides instead of closing keeps it from quitting.
+// Ends the program when the toolkit is told to quit. The toolkit itself would ask the windows
+// first, and a panel that hides instead of closing would keep it from quitting.
 class QuitFilter final : public QObject {
 public:
     bool eventFilter(QObject* /*watched*/, QEvent* event) override {
@@ -62,10 +62,10 @@ public:
 
 void stop() {
     platform::endLockWaits();
-    QCoreApplication::exit(0);  // other than quit() it asks no window
+    QCoreApplication::exit(0);  // unlike quit() it does not ask the windows
 }
 
-// The tray's icon, as soon as there is a tray.
+// The icon in the tray, as soon as there is a tray.
 class Tray {
 public:
     explicit Tray(PanelController& panel) : panel_(panel) {
@@ -90,8 +90,8 @@ private:
     std::optional<TrayIcon> icon_;
 };
 
-// False where blocks are still under way: they hold the widget, whose views must end before the
-// application does. Requests whose host has not come up by then are logged.
+// Returns false if blocks still run: they hold the widget, whose views must end before the
+// application. Requests whose host has not started by then are logged.
 bool finishWork() {
     const auto end = Clock::now() + kPatience;
     platform::Workspace::sharedWorkspace().flush(kPatience);
@@ -114,7 +114,7 @@ int runAlone(std::optional<platform::Look> look,
     std::optional<Tray> tray(std::in_place, *panel);
     panel->panel().setDismissed([&] {
         panel->hide();
-        // A hidden panel that nothing could bring back would only linger.
+        // Nothing could show the hidden panel again.
         if (!tray->isThere() && !instance.isReachable()) {
             QCoreApplication::quit();
         }
@@ -124,7 +124,7 @@ int runAlone(std::optional<platform::Look> look,
     panel->hide();
     panel->panel().setDismissed({});
     tray.reset();
-    instance.release();  // a start from now on does not wait for what is still to be done
+    instance.release();  // another start need not wait for the rest
     if (!finishWork()) {
         std::_Exit(status);
     }

@@ -6,9 +6,9 @@
 
 namespace quillet {
 
-// Runs the panel until it is told to end, and ends within a second then; the exit status. Needs a
-// QApplication. A start that finds the panel running already toggles that one and ends at once,
-// with a line on standard error and status 1 where no session bus leads to that one.
+// Runs the panel until it is told to end, which takes at most a second; returns the exit status.
+// Needs a QApplication. If a panel runs already, that one is toggled over the session bus and this
+// start ends at once; without a bus it ends with a line on standard error and status 1.
 int runPanel(std::optional<platform::Look> look);
 
 }  // namespace quillet

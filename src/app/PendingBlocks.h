@@ -7,12 +7,12 @@
 
 namespace quillet {
 
-// A main queue for programs without an event loop: blocks wait until they are run. One thread.
+// A queue for programs without an event loop: blocks wait for runAll(). One thread.
 class PendingBlocks final : public platform::Queue {
 public:
     void async(Block block) override { blocks_.push_back(std::move(block)); }
 
-    // Runs everything that waits, and what that schedules, in order.
+    // Runs all waiting blocks, and those that they schedule, in order.
     void runAll() {
         while (!blocks_.empty()) {
             const Block block = std::move(blocks_.front());

@@ -4,7 +4,7 @@
 
 namespace quillet {
 
-// The program's icon: the desktop's icon theme's, else the one shipped beside the program.
+// The program's icon from the desktop's icon theme, else the one shipped with the program.
 QIcon programIcon();
 
 }  // namespace quillet

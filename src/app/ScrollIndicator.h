@@ -6,15 +6,15 @@ class QScrollArea;
 
 namespace quillet {
 
-// A thin bar over the right edge of a scroll area that tells where its contents stand. It takes no
-// room and no clicks; there is nothing to see while everything fits. Main thread only.
+// A thin bar over the right edge of a scroll area that shows which part of the contents is visible.
+// It takes no room and no clicks, and is invisible while everything fits. Main thread only.
 class ScrollIndicator : public QWidget {
 public:
-    // A child of `area`, beside its viewport.
+    // `area` owns it.
     explicit ScrollIndicator(QScrollArea* area);
 
     void setColor(const QColor& color);
-    // Takes its place over the area; after each change of the area's size.
+    // Moves to its place over the area. Call it after each change of the area's size.
     void place();
 
 protected:

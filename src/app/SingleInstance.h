@@ -8,32 +8,32 @@
 
 namespace quillet {
 
-// Lets one panel of a bundle run in a desktop session. The first start holds a lock in the runtime
-// folder, and a name on the session bus whenever there is a bus; a later start asks the owner of
-// the name to toggle. Main thread only.
+// Lets only one panel of a bundle run in a desktop session. The first start holds a lock in the
+// runtime folder, and a name on the session bus whenever there is a bus; later starts ask the owner
+// of the name to toggle. Main thread only.
 class SingleInstance : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "it.tarno.quillet.Today")
 
 public:
     enum class Claim {
-        Alone,        // as far as can be told, no other panel runs
+        Alone,        // no other panel is known to run
         Told,         // another process runs one and was told to toggle
-        Unreachable,  // another process runs one, and no bus leads to it
+        Unreachable,  // another process runs one, but cannot be told
     };
 
-    // `toggle` runs, from the event loop, when another start asks for it.
+    // `toggle` is called from the event loop when another start asks for it.
     explicit SingleInstance(std::function<void()> toggle);
     ~SingleInstance() override;
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    // Once alone, the name is taken again on every new connection to the bus, unless somebody else
-    // has it by then.
+    // Once alone, takes the name again on every new connection to the bus, unless somebody else has
+    // it by then.
     Claim claim();
     // Whether another start could make this one toggle.
     bool isReachable() const;
-    // Gives lock and name away, before the program ends.
+    // Releases lock and name before the program ends.
     void release();
 
     // Called over the bus.
@@ -46,7 +46,7 @@ private:
 
     std::function<void()> toggle_;
     std::optional<platform::FileLock> lock_;
-    QString connection_;  // on which the name was taken; "" for none
+    QString connection_;  // the name of the connection on which the name was taken; "": none
 };
 
 }  // namespace quillet

@@ -11,16 +11,16 @@
 namespace quillet {
 
 // One full read and rebuild of a controller without an event loop, for the commands that print or
-// draw the list and end. Main thread.
+// draw the list. Main thread only.
 class SingleUpdate {
 public:
-    // `segment` stands in for the stored "segmented"; nothing is stored.
+    // `segment` replaces the stored "segmented"; nothing is stored.
     explicit SingleUpdate(std::optional<std::int64_t> segment);
 
     TodayViewController& controller() const { return *controller_; }
     std::int64_t segment() const;
 
-    // Asks for an update as a panel does and runs it to its end, the rebuilt list included.
+    // Asks for an update as a panel does and runs it to its end, including the rebuild of the list.
     NCUpdateResult run();
 
 private:

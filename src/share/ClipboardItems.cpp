@@ -22,7 +22,7 @@ constexpr const char* kSource = "the clipboard";
 
 using Items = std::vector<Result<ExtensionItem>>;
 
-// One URL a line; lines that begin with "#" are remarks.
+// One URL a line; lines that begin with "#" are comments.
 Items itemsOfList(const QByteArray& list) {
     Items items;
     for (const QByteArray& line : list.split('\n')) {

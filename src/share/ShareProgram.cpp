@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -43,11 +42,9 @@ using platform::URL;
 
 namespace {
 
-constexpr int kFailure = 1;
-
 int failure(const std::string& reason) {
     platform::writeErrorLine("quillet-share: " + reason);
-    return kFailure;
+    return platform::kFailure;
 }
 
 Result<std::string> standardInput() {
@@ -78,27 +75,34 @@ Result<ExtensionItem> itemOfStandardInput(TextKind kind) {
     return bytes ? itemOfBytes(bytes.value(), kind, "standard input") : bytes.error();
 }
 
-// What the command line names, as far as it can be shared; the rest is told.
+// What the command line names and can be shared. The rest is reported.
 struct Input {
     ExtensionContext context;
     bool isComplete = true;
+    std::size_t files = 0;     // that have to be staged
+    std::uintmax_t bytes = 0;  // of the files that are copied
 };
 
-bool isLink(const Result<Item>& loaded) {
+// Puts a space after a link, which the text that follows in the body would touch. Counts what has
+// to be staged: files, and pictures, whose size is not known yet.
+void addAttachment(Input& input, const Result<Item>& loaded) {
     const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
-    return url != nullptr && !url->isFileURL();
+    if (url != nullptr && !url->isFileURL()) {
+        input.context.inputItems.push_back({{}, StyledText{{}, " "}, {}});
+        return;
+    }
+    ++input.files;
+    std::error_code unknown;
+    const std::uintmax_t size =
+        url != nullptr ? std::filesystem::file_size(url->path(), unknown) : 0;
+    input.bytes += unknown ? 0 : size;
 }
 
-// Ends the line behind a link: what follows it in the body would touch it. The attachments are
-// copied, since the items move when one is added.
-void endLinkLine(std::vector<ExtensionItem>& items) {
-    const std::vector<std::shared_ptr<platform::ItemProvider>> attachments =
-        items.back().attachments;
-    for (const auto& attachment : attachments) {
-        attachment->loadItem(platform::kUTTypeURL, [&items](const Result<Item>& loaded) {
-            if (isLink(loaded)) {
-                items.push_back({{}, StyledText{{}, " "}, {}});
-            }
+void addItem(Input& input, const ExtensionItem& item) {
+    input.context.inputItems.push_back(item);
+    for (const auto& attachment : item.attachments) {
+        attachment->loadItem(platform::kUTTypeURL, [&input](const Result<Item>& loaded) {
+            addAttachment(input, loaded);
         });
     }
 }
@@ -115,10 +119,9 @@ Input readInput(const ShareCommandLine& line) {
         }
     }
     Input input;
-    for (Result<ExtensionItem>& item : found) {
+    for (const Result<ExtensionItem>& item : found) {
         if (item) {
-            input.context.inputItems.push_back(std::move(item.value()));
-            endLinkLine(input.context.inputItems);
+            addItem(input, item.value());
         } else {
             failure(item.error().text);
             input.isComplete = false;
@@ -127,45 +130,15 @@ Input readInput(const ShareCommandLine& line) {
     return input;
 }
 
-// What has to be staged of an input, whose items are all there already.
-struct Load {
-    std::size_t files = 0;
-    std::uintmax_t bytes = 0;  // of the files that are copied
-};
-
-// Adds an attachment: a link is not staged; a picture is, and nothing is known of its size.
-void addTo(Load& load, const Result<Item>& loaded) {
-    if (isLink(loaded)) {
-        return;
-    }
-    ++load.files;
-    const URL* url = loaded ? std::get_if<URL>(&loaded.value()) : nullptr;
-    std::error_code unknown;
-    const std::uintmax_t size =
-        url != nullptr ? std::filesystem::file_size(url->path(), unknown) : 0;
-    load.bytes += unknown ? 0 : size;
-}
-
-Load loadOf(const ExtensionContext& context) {
-    Load load;
-    for (const ExtensionItem& item : context.inputItems) {
-        for (const auto& attachment : item.attachments) {
-            attachment->loadItem(platform::kUTTypeURL,
-                                 [&load](const Result<Item>& loaded) { addTo(load, loaded); });
-        }
-    }
-    return load;
-}
-
-ShareStaging beginStaging(const ShareCommandLine& line, const Load& load) {
+ShareStaging beginStaging(const ShareCommandLine& line, const Input& input) {
     if (line.service) {
         return ShareStaging::inFolderOf(*line.service);
     }
-    return load.files > 0 ? ShareStaging::inOwnFolder(std::chrono::system_clock::now())
-                          : ShareStaging();
+    return input.files > 0 ? ShareStaging::inOwnFolder(std::chrono::system_clock::now())
+                           : ShareStaging();
 }
 
-// The draft of what is shared. A signal that asks the program to end meanwhile ends it.
+// The draft of what is shared. A signal that asks the program to end ends it meanwhile.
 std::shared_ptr<ExtensionMessage> gather(const ExtensionContext& context,
                                          const ShareStaging& staging,
                                          std::uintmax_t bytes) {
@@ -242,8 +215,8 @@ std::vector<std::string> attachmentPaths(const ExtensionMessage& draft) {
     return paths;
 }
 
-// Opens or prints the draft. The number of attachments that went with it, which a path that is not
-// UTF-8 keeps back; none where the draft did not go.
+// Opens or prints the draft. Returns the number of attachments in it, which leaves out those whose
+// path is not UTF-8, or none if the draft was not handed over.
 std::optional<std::size_t> handOver(const ExtensionMessage& draft, const ShareCommandLine& line) {
     const auto url = queryUrl(draft, line.command);
     if (!url) {
@@ -265,7 +238,7 @@ int runShare(const ShareCommandLine& line) {
     platform::tellOfLongLockWaits("quillet-share");
     Input input = readInput(line);
     if (input.context.inputItems.empty()) {
-        return kFailure;
+        return platform::kFailure;
     }
     if (!line.print && !platform::Workspace::sharedWorkspace().knowsApplication(host())) {
         return noHost();
@@ -274,16 +247,15 @@ int runShare(const ShareCommandLine& line) {
         item.attributedTitle =
             line.title ? std::optional(StyledText{*line.title, {}}) : std::nullopt;
     }
-    const Load load = loadOf(input.context);
-    const ShareStaging staging = beginStaging(line, load);
-    const auto draft = gather(input.context, staging, load.bytes);
+    const ShareStaging staging = beginStaging(line, input);
+    const auto draft = gather(input.context, staging, input.bytes);
     address(*draft, line);
     const auto attachments = handOver(*draft, line);
-    const bool isComplete = input.isComplete && attachments == load.files;
+    const bool isComplete = input.isComplete && attachments == input.files;
     if (!isComplete && attachments.value_or(0) == 0) {
         staging.discard(attachmentPaths(*draft));
     }
-    return isComplete ? 0 : kFailure;
+    return isComplete ? platform::kSuccess : platform::kFailure;
 }
 
 }  // namespace quillet

@@ -26,16 +26,16 @@ using Seconds = std::chrono::seconds;
 
 constexpr std::string_view kPrefix = "Share-";
 constexpr Seconds kAge = std::chrono::hours(24);
-// An attribute of the folders that are made here, since anybody may choose a word of their form.
-// Where the file system has no attributes, folders stay.
+// Marks the folders that are made here, since a user may choose a word of the same form. If the
+// file system has no attributes, folders are never removed.
 constexpr const char* kMark = "user.quillet.share";
 
-// "Share-SECONDS-PROCESS", the seconds since 1970 at which the share began.
+// "Share-SECONDS-PROCESS", where SECONDS since 1970 is when the share began.
 std::string ownWord(std::uint64_t seconds, std::uint64_t process) {
     return std::string(kPrefix) + std::to_string(seconds) + "-" + std::to_string(process);
 }
 
-// When the share of an own word began; none for other words.
+// When the share of such a word began; none for other words.
 std::optional<Seconds> beginOf(const std::string& word) {
     const std::size_t start = kPrefix.size();
     const std::size_t hyphen = word.find('-', start);
@@ -61,7 +61,7 @@ void removeIfMarked(const std::string& folder) {
     }
 }
 
-// What cannot be removed now is tried again at the next share.
+// The next share tries again what cannot be removed now.
 void removeOldFolders(const std::string& dataFolder, Seconds now) {
     const auto names = FileManager::contentsOfFolder(dataFolder);
     if (!names) {
@@ -69,7 +69,7 @@ void removeOldFolders(const std::string& dataFolder, Seconds now) {
     }
     for (const std::string& name : names.value()) {
         const std::string folder = platform::Path::appendingPathComponent(dataFolder, name);
-        // Asked before, too: a lock leaves a file.
+        // Checked before the lock, too, since locking leaves a file.
         if (const auto begin = beginOf(name); begin && *begin < now - kAge && isMarked(folder)) {
             (void)FileCoordinator(dataFolder).coordinateWritingIfFree(folder, removeIfMarked);
         }
@@ -81,7 +81,7 @@ void removeOldFolders(const std::string& dataFolder, Seconds now) {
 ShareStaging::ShareStaging(std::string service) : service_(std::move(service)) {
     if (const auto folder = stagingFolder(service_)) {
         folder_ = folder.value();
-        // Made now, so that emptying it finds it; where that fails, emptying it says so.
+        // ShareInit expects the folder. If it cannot be made, ShareInit logs that.
         (void)FileManager::createFolder(folder_);
     }
     ExtensionUtilities::ShareInit(service_);

@@ -6,28 +6,28 @@
 
 namespace quillet {
 
-// Where one share stages its files. One thread at a time.
+// The folder in which one share stages its files. One thread at a time.
 class ShareStaging {
 public:
-    // Nothing is staged.
+    // Stages nothing.
     ShareStaging() = default;
-    // Empties the folder of a service word of the user's choice.
+    // Uses the folder of a service word that the user has chosen, and empties it.
     static ShareStaging inFolderOf(std::string service);
-    // Makes a folder that no other share has, so that one share never takes the files of another
-    // away before the mail application has read them. Folders that were made here more than a day
-    // ago are removed, except those that somebody reads just now.
+    // Makes a folder that no other share uses, so that no share removes the files of another before
+    // the mail application has read them. Removes folders that were made here more than a day
+    // before `now`, except those that somebody is reading.
     static ShareStaging inOwnFolder(std::chrono::system_clock::time_point now);
 
-    // "" where nothing is staged.
+    // "" if nothing is staged.
     const std::string& service() const noexcept { return service_; }
-    // The folder's path; "" where nothing is staged, or the word names no staging folder.
+    // The folder's path; "" if nothing is staged, or the word does not name a staging folder.
     const std::string& folder() const noexcept { return folder_; }
 
-    // Removes the copies that a share made in vain, and the folder where nothing else is in it.
+    // Removes the copies of a share that failed, and the folder if nothing else is in it.
     void discard(const std::vector<std::string>& copies) const;
-    // Removes a folder of this share's own, also while a copy goes on under the folder's lock,
-    // which is not waited for and may add a file meanwhile. Others may use a folder of the user's
-    // choice.
+    // Removes the folder that inOwnFolder() made, without waiting for a copy that still runs under
+    // the folder's lock and may add a file meanwhile. Folders that the user has chosen are kept,
+    // since others may use them.
     void abandon() const;
 
 private:

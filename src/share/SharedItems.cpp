@@ -44,14 +44,14 @@ Result<ExtensionItem> itemOfFile(const std::string& path) {
     if (!FileManager::fileExists(path)) {
         return unusable(ENOENT, "there is no file " + path);
     }
-    // The draft's URL holds text alone, and the copy has the file's name.
+    // The draft's URL can only hold text, and the copy keeps the file's name.
     if (platform::firstInvalidUtf8(platform::Path::lastPathComponent(path))) {
         return unusable(EILSEQ, "the name of " + path + " is not UTF-8; rename the file");
     }
     return attachment(URL::fileURLWithPath(path));
 }
 
-// The link that a word is, however it is spelled; none for other words.
+// The link that a word spells, with or without its scheme; none for other words.
 std::optional<URL> linkOf(const std::string& word) {
     constexpr std::array<std::string_view, 4> kSchemes = {"http", "https", "ftp", "mailto"};
     auto url = URL::URLWithString(word);
@@ -82,7 +82,7 @@ bool isText(const std::string& text) {
     return text.find('\0') == std::string::npos && !platform::firstInvalidUtf8(text);
 }
 
-// A tag further on may be one that a plain text talks about.
+// A plain text may mention tags, so only one at the beginning counts.
 bool beginsWithTag(std::string_view text) {
     return platform::trimmingWhitespaceAndNewlines(text).starts_with('<') &&
            Qt::mightBeRichText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
@@ -129,7 +129,7 @@ Result<ExtensionItem> itemOfBytes(const std::string& bytes,
     if (platform::trimmingWhitespaceAndNewlines(text).empty()) {
         return unusable(ENODATA, source + " is empty");
     }
-    // Programs end their last line, which is no empty line.
+    // The line break that ends the last line does not begin another line.
     if (text.ends_with('\n')) {
         text.pop_back();
     }

@@ -16,7 +16,7 @@ constexpr std::chrono::milliseconds kInterval{1000};
 
 std::uintmax_t bytesIn(const fs::path& folder) {
     std::uintmax_t bytes = 0;
-    std::error_code gone;  // a file may be renamed while it is looked at
+    std::error_code gone;  // files may be renamed meanwhile
     for (fs::directory_iterator entry(folder, gone), end; !gone && entry != end;
          entry.increment(gone)) {
         std::error_code unknown;

@@ -6,8 +6,8 @@
 
 namespace quillet {
 
-// Tells on a terminal how far the staging of large files has come, from a second after it began on.
-// Says nothing where standard error is no terminal. Main thread, while its event loop runs.
+// Shows on a terminal how far the staging of large files has come, beginning after one second.
+// Shows nothing if standard error is not a terminal. Main thread only, while its event loop runs.
 class StagingProgress {
 public:
     // Watches how the staging folder at `folder` grows to `total` bytes.

@@ -10,12 +10,12 @@
 
 namespace {
 
-// The clipboard alone needs a display.
+// Only the clipboard needs a display.
 std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool withClipboard) {
     if (!withClipboard) {
         return std::make_unique<QCoreApplication>(argc, argv);
     }
-    // A Wayland desktop shows its clipboard only to windows, but to every program of X11.
+    // A Wayland desktop gives its clipboard only to windows, but to every X11 program.
     if (std::getenv("DISPLAY") != nullptr) {
         setenv("QT_QPA_PLATFORM", "xcb;wayland", 0);
     }

@@ -122,9 +122,8 @@ TEST_F(PanelControllerTest, HidingBeforeThePanelIsUpKeepsItDownAndItNeedsNoConta
     ASSERT_TRUE(waitUntil([&] { return turned; }));
     EXPECT_FALSE(panel.isShown());
     panel.toggle();
-    EXPECT_TRUE(waitUntil([&] {
-        return panel.isShown() && panel.widget().viewHeightContraint()->constant() == 0;
-    }));
+    EXPECT_TRUE(waitUntil(
+        [&] { return panel.isShown() && panel.widget().viewHeightContraint()->constant() == 0; }));
 }
 
 TEST_F(PanelControllerTest, PanelThatEndsWhileItAppearsIsNotTouchedAgain) {

@@ -10,7 +10,7 @@ namespace quillet::test {
 
 namespace {
 
-// Contents of a given height, as a widget with its rows has it.
+// Contents of a given height, like a widget with its rows.
 class Contents : public QWidget {
 public:
     explicit Contents(int height) : height_(height) {}

@@ -86,7 +86,7 @@ TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
         EXPECT_EQ(outcome.output.empty(), !row.isShared);
         EXPECT_EQ(folders().size(), before + (row.isShared ? 1 : 0));
     }
-    // Before anything is staged.
+    // This check comes before anything is staged.
     EXPECT_EQ(share({"--service=Today", file}).errors,
               "quillet-share: there is no mail application it.tarno.quillet\n");
 }

@@ -18,7 +18,7 @@ constexpr std::chrono::system_clock::time_point kNow{std::chrono::seconds(1'000'
 
 class ShareStagingTest : public ContainerFixture {
 protected:
-    // A folder of the program's own making, by a name of the test's choice.
+    // A folder that the program has made itself, renamed.
     void makeOwn(const std::string& name) const {
         std::filesystem::rename(ShareStaging::inOwnFolder({}).folder(), data + "/" + name);
     }

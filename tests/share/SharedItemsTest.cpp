@@ -17,7 +17,7 @@ using platform::Item;
 using platform::Result;
 using platform::URL;
 
-// What an item is, in words.
+// Describes an item.
 std::string textOf(const Result<ExtensionItem>& item) {
     if (!item) {
         return "error " + item.error().text;
@@ -98,7 +98,7 @@ TEST(SharedItems, ClipboardGivesItsRichestItemOrTheTextAskedFor) {
         }
         return result;
     };
-    auto* data = new QMimeData;  // the clipboard's from then on
+    auto* data = new QMimeData;  // the clipboard takes it over
     QGuiApplication::clipboard()->setMimeData(data);
     EXPECT_EQ(shared(TextKind::ByContent), "");
     data->setText(QStringLiteral("plain"));

@@ -1,5 +1,5 @@
-// Clicks in the panel's window, and a host that follows them: each is the real program in a process
-// of its own, and the bus between them starts the host where it may.
+// Clicks in the panel's window and a host that follows them. Both are the real programs, each in a
+// process of its own, and the bus between them starts the host.
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -28,8 +28,9 @@ using Json = nlohmann::json;
 using Texts = std::vector<std::string>;
 using ::testing::ElementsAre;
 
-constexpr int kLimit = 30'000;                                 // milliseconds
-constexpr const char* kRead = "updateData error deserialize";  // once a read, of a broken file
+constexpr int kLimit = 30'000;  // milliseconds
+constexpr const char* kRead =
+    "updateData error deserialize";  // logged once a read, for a broken file
 const std::string kHost = "it.tarno.quillet";
 
 template <typename Condition>
@@ -44,7 +45,7 @@ protected:
         writeFile("a@x", "broken", "no property list");
     }
 
-    // The messages, the first one newest.
+    // Writes messages, the newest first.
     void writeStore(const Texts& identifiers) {
         std::string messages;
         auto date = static_cast<std::int64_t>(identifiers.size());
@@ -54,7 +55,7 @@ protected:
         writeFile("a@x", "INBOX.plist", fileXml(messages));
     }
 
-    // A bus that starts the sample host for whoever calls one of these names.
+    // Starts a bus that starts the sample host when one of these names is called.
     void startBus(const Texts& hosts = {kHost}) {
         for (const std::string& name : hosts) {
             daemon_.addService(name,
@@ -97,7 +98,7 @@ protected:
         EXPECT_EQ(panel_->height(), 60 * panel_->rows().size());
     }
 
-    // The commands that the host has followed so far: word, message, what became of it.
+    // The commands that the host has followed so far: word, message, outcome.
     Texts followed(const std::string& name = kHost) const {
         std::ifstream file(container.path(name));
         Texts commands;
@@ -179,7 +180,7 @@ TEST_F(CommandTest, AHostThatHangsGetsEverythingLaterAndOnlyWhatIsAUrl) {
 TEST_F(CommandTest, AButtonWhoseMessageLeavesUnderThePointerSendsNothing) {
     startBus();
     showPanel();
-    for (const int row : {2, 3}) {  // another message comes to its place; none does
+    for (const int row : {2, 3}) {  // another message takes its place; none does
         panel_->ask("press " + std::to_string(row) + " Delete");
         Texts rest = panel_->rows();
         rest.erase(rest.begin() + row);
@@ -198,7 +199,7 @@ TEST_F(CommandTest, AThousandNotificationsMakeFewReadsAndTheRightEnd) {
     startBus({});
     showPanel();
     const std::size_t before = panel_->logged(kRead);
-    // The panel's first read of these waits until the host lets go of its store.
+    // The panel's first read of these waits until the host releases its store.
     const auto write = [this] {
         writeStore({"6", "5"});
         notify(1000);
@@ -229,7 +230,7 @@ TEST_F(CommandTest, ARestartedBusBringsHostAndPanelTogetherAgain) {
     daemon_.stop();
     panel_->ask("click 0 Reply");
     ASSERT_TRUE(daemon_.start());
-    EXPECT_TRUE(eventually([&] {  // nothing but a notification makes the panel read again
+    EXPECT_TRUE(eventually([&] {  // only a notification makes the panel read again
         notify();
         return panel_->logged(kRead) > 2;
     }));

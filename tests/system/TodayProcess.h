@@ -20,7 +20,7 @@ public:
         process_.setProcessEnvironment(environment);
         process_.start(QStringLiteral(QUILLET_BIN "/quillet-today"), QStringList());
     }
-    // Asks the program to end, and expects it to end well.
+    // Asks the program to end, and expects status 0.
     ~TodayProcess() {
         process_.terminate();
         EXPECT_TRUE(ends());
@@ -33,7 +33,7 @@ public:
 
     // Ends the program as the tray's "Quit" does.
     void quit() { process_.closeWriteChannel(); }
-    // Whether the program has ended, or does without further ado.
+    // Waits for the program to end; returns whether it did.
     bool ends() {
         return process_.state() == QProcess::NotRunning || process_.waitForFinished(kLimit);
     }
@@ -48,7 +48,7 @@ public:
         EXPECT_TRUE(answer.is_object() && !answer.contains("error")) << command << answer;
         return answer;
     }
-    // What is shown, from the top: the first text of each row. Empty before the panel is up.
+    // The first text of each row that is shown, from the top. Empty before the panel is up.
     std::vector<std::string> rows() {
         std::vector<std::string> texts;
         for (const std::string name : ask("state").value("rows", nlohmann::json::array())) {
@@ -57,7 +57,7 @@ public:
         return texts;
     }
     int height() { return ask("state").value("height", 0); }  // of the table, points
-    // How often the program has logged this text so far.
+    // How often the program has logged the text so far.
     std::size_t logged(const char* text) {
         errors_ += process_.readAllStandardError();
         return static_cast<std::size_t>(errors_.count(text));

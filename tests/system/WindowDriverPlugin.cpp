@@ -1,12 +1,11 @@
-// An eye and a mouse for an unchanged program that runs without a display; the toolkit loads it as
-// an input device. Each line of standard input is one command, answered by one line of JSON:
-//   state                 tells the rows that the window shows and the height of their table
-//   click ROW [BUTTON]    clicks on the button of that name in the row, or on the row, as soon as
-//   the
-//                         row stands still, then tells
+// Looks at the window of an unchanged program that runs without a display, and clicks in it. The
+// toolkit loads it as an input device. Each line of standard input is one command. The answer is
+// one line of JSON with the rows that the window shows and the height of their table.
+//   state                 does nothing else
+//   click ROW [BUTTON]    clicks on the button in the row, or on the row, once the row stands still
 //   press ROW [BUTTON]    the same without the release
 //   release               releases where the last press was
-// The program ends with its standard input.
+// The program ends when its standard input ends.
 
 #include <QAccessible>
 #include <QGenericPlugin>
@@ -23,7 +22,7 @@
 
 namespace quillet::test {
 
-// The first of a view and those in it, as screen readers know them, that is meant; null for none.
+// The first match among a view and its descendants, as screen readers know them; null if none.
 template <typename Condition>
 QAccessibleInterface* firstIn(QAccessibleInterface* view, Condition isMeant) {
     if (view == nullptr || isMeant(*view)) {
@@ -74,7 +73,7 @@ private:
         return still;
     }
 
-    // Finds the place and clicks in one go, since rows move.
+    // Finds the place and clicks in one step, since rows move.
     QJsonObject answerIn(QWindow& window, QAccessibleInterface& list, const QStringList& words) {
         if (words.size() > 1) {
             const int row = words[1].toInt();

@@ -11,7 +11,8 @@
 
 namespace quillet::platform {
 
-// Times are of the X server, in milliseconds, of which a token holds 32 bits.
+// Remembers the time of the user's last input, in milliseconds of the X server's clock. A token
+// holds 32 bits of it.
 class ActivationTokens::InputClock final : public QObject {
 public:
     InputClock() {
@@ -22,8 +23,8 @@ public:
         }
     }
 
-    // Of the input that is being dealt with. What a screen reader asks for comes without any, and
-    // is dated now: servers count as the system does.
+    // The time of the input that is being handled. A screen reader acts without input; the current
+    // time serves then, since X servers use the system's monotonic clock.
     std::uint32_t inputTime() const {
         return input_ != 0 ? input_
                            : static_cast<std::uint32_t>(
@@ -37,7 +38,7 @@ protected:
         if (event->isInputEvent()) {
             const auto time =
                 static_cast<std::uint32_t>(static_cast<QInputEvent*>(event)->timestamp());
-            if (time != 0) {  // events that the toolkit makes up have none
+            if (time != 0) {  // events that the toolkit synthesizes have no time
                 input_ = time;
                 nextTurn_.start();
             }
@@ -46,8 +47,8 @@ protected:
     }
 
 private:
-    QTimer nextTurn_;          // at once
-    std::uint32_t input_ = 0;  // in this turn of the event loop; 0: none
+    QTimer nextTurn_;          // fires in the next turn of the event loop
+    std::uint32_t input_ = 0;  // the time of this turn's input; 0: none
 };
 
 ActivationTokens::ActivationTokens() : clock_(std::make_unique<InputClock>()) {}

@@ -6,8 +6,8 @@
 
 namespace quillet::platform {
 
-// Makes the tokens with which a program lets another one come to the front. From its making on it
-// watches for the user's input, whose time a token tells. Main thread only.
+// Makes the tokens with which a program lets another one come to the front. A token holds the time
+// of the user's input, which is watched from construction on. Main thread only.
 class ActivationTokens {
 public:
     ActivationTokens();
@@ -15,8 +15,8 @@ public:
     ActivationTokens(const ActivationTokens&) = delete;
     ActivationTokens& operator=(const ActivationTokens&) = delete;
 
-    // A startup identifier of X11, NAME_TIMEmilliseconds; each is another one. None on Wayland,
-    // whose compositor makes the tokens: the toolkit offers no way to ask for one.
+    // A unique startup identifier of X11, NAME_TIMEmilliseconds. None on Wayland, where the
+    // compositor makes the tokens and the toolkit offers no way to ask for one.
     std::optional<std::string> next();
 
 private:

@@ -77,14 +77,14 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::ApplicationPaletteChange) {
-            // The palette is only being changed now; and the owner is told from the event loop.
+            // The new palette is not in place yet, and the owner is called from the event loop.
             QMetaObject::invokeMethod(this, "tell", Qt::QueuedConnection);
         }
         return QObject::eventFilter(watched, event);
     }
 
 private:
-    // Asks the portal for everything, without waiting, and for being told of changes.
+    // Asks the portal for both settings, without waiting, and subscribes to changes.
     void ask() {
         QDBusConnection bus = SessionBus::shared().connection();
         if (!bus.isConnected()) {
@@ -122,7 +122,7 @@ private:
         }
     }
 
-    // Takes over a setting; one of another type than expected, or of no concern, changes nothing.
+    // Takes over a setting. Settings of an unexpected type or name change nothing.
     void take(const QString& space, const QString& key, const QVariant& value) {
         if (space == kLookSpace && key == kLookKey && value.userType() == QMetaType::UInt) {
             const uint preference = value.toUInt();
@@ -144,7 +144,7 @@ private:
     }
 
     std::function<void()> changed_;
-    std::optional<Look> look_;  // none: the palette tells
+    std::optional<Look> look_;  // none: as the palette
     bool reducedMotion_ = false;
     Values told_;
 };

@@ -7,10 +7,10 @@ namespace quillet::platform {
 
 enum class Look { Light, Dark };
 
-// What the user asks of the desktop's look: light or dark, and less motion. Main thread only.
+// The desktop's settings for the look: light or dark, and reduced motion. Main thread only.
 //
-// The desktop's settings portal is asked without waiting; until it answers, and where there is
-// none, the look is told by the lightness of the toolkit's palette.
+// The desktop's settings portal is asked without waiting. Until it answers, and without a portal,
+// the lightness of the toolkit's palette decides the look.
 class Appearance {
 public:
     // `changed` is called, from the event loop, whenever look() or reducedMotion() changes.

@@ -6,8 +6,8 @@
 
 namespace quillet::platform {
 
-// Where an application of this identifier has its object on the session bus, by the rules for
-// desktop entries: "/it/tarno/quillet" for "it.tarno.quillet".
+// The path of an application's object on the session bus, by the rules for desktop entries:
+// "/it/tarno/quillet" for "it.tarno.quillet".
 inline std::string applicationObjectPath(std::string_view identifier) {
     std::string path = "/" + std::string(identifier);
     std::replace(path.begin(), path.end(), '.', '/');

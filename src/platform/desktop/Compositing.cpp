@@ -10,7 +10,7 @@ namespace quillet::platform {
 
 namespace {
 
-// The selection that a compositing manager of the first screen owns.
+// The compositing manager of the first screen owns this selection.
 constexpr std::string_view kCompositorSelection = "_NET_WM_CM_S0";
 
 template <typename Reply>
@@ -35,7 +35,7 @@ bool hasSelectionOwner(xcb_connection_t* connection, std::string_view name) {
 
 bool isCompositing() {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    // Everything but X11 always blends. Offscreen, the interface is there without a connection.
+    // Platforms other than X11 always blend. Offscreen, the interface exists without a connection.
     return x11 == nullptr || x11->connection() == nullptr ||
            hasSelectionOwner(x11->connection(), kCompositorSelection);
 }

@@ -2,9 +2,9 @@
 
 namespace quillet::platform {
 
-// Whether the desktop blends windows with what lies behind them, so that a window may have
-// translucent parts. Without a compositor they would show as black. Main thread only, after the
-// application object exists; may change while the program runs.
+// Whether the desktop blends windows with what is below them, so that a window may have translucent
+// parts. Without a compositor these would be black. The answer may change while the program runs.
+// Main thread only; needs the application object.
 bool isCompositing();
 
 }  // namespace quillet::platform

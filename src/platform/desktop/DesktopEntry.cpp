@@ -17,10 +17,11 @@ struct Unref {
 template <typename Object>
 using Reference = std::unique_ptr<Object, Unref>;
 
-// The installed entry without its offer to be started by the bus, which GIO would take without
-// looking whether the bus can. Null where there is none, its program is missing, or takes no URLs.
+// The installed entry without its DBusActivatable key, which GIO would follow without checking
+// whether the bus can start the program. Null if it is not installed, its program is missing, or it
+// does not take URLs.
 Reference<GDesktopAppInfo> entryOf(const std::string& identifier) {
-    // An entry's name is one file's name; GIO would follow a path.
+    // The name of an entry is a file name; GIO would also follow a path.
     if (identifier.empty() ||
         identifier.find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
         return nullptr;
@@ -60,7 +61,7 @@ Reference<GAppLaunchContext> contextOf(const std::optional<std::string>& token) 
     return context;
 }
 
-// GIO announces launches on a connection of its own. As it comes, its loss would end this program.
+// GIO announces launches on a connection of its own. By default its loss would end this program.
 Reference<GDBusConnection> harmlessBus() {
     Reference<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     if (bus) {

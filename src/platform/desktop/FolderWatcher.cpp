@@ -62,13 +62,13 @@ public:
 private:
     struct Watch {
         bool isInside = false;  // in the tree, not on the way to it
-        std::string awaited{};  // outside the tree: the entry that leads on to it
+        std::string awaited{};  // on the way: the missing entry that leads to the tree
         unsigned round = 0;     // of the last watchAll that found the folder
     };
 
-    // Sets the watches anew: those of the way to the folder and of the tree, as far as they exist,
-    // and drops those of folders that are no longer there. What comes or goes between two looks at
-    // the disk shows in a second attempt. A failure costs changes, so the first one is logged.
+    // Sets all watches again, on the way to the folder and in the tree, as far as they exist, and
+    // drops those of folders that are gone. Changes between two looks at the disk are caught by
+    // another attempt. A failure means missed changes, so the first one is logged.
     void watchAll() {
         ++round_;
         failure_.reset();
@@ -91,8 +91,8 @@ private:
         });
     }
 
-    // Watches the folders above: whether they go, and where the folder is missing, the lowest one
-    // also for the entry that leads on to it, which is returned.
+    // Watches whether the folders above disappear. If the folder is missing, the lowest existing
+    // one is also watched for the entry that leads to it, which is returned.
     std::optional<fs::path> watchWay() {
         std::optional<fs::path> awaited;
         bool isMissing = !FileManager::folderExists(folder_.string());
@@ -108,7 +108,7 @@ private:
         return awaited;
     }
 
-    // A folder is watched before its entries are listed, so no entry is missed. False where the
+    // Watches a folder before it lists its entries, so that none is missed. Returns false if the
     // folder cannot be watched.
     bool addInside(const fs::path& folder, int level) {
         Watch* const watch = add(folder, kInside);
@@ -130,8 +130,8 @@ private:
         return true;
     }
 
-    // Null where the folder does not exist or cannot be watched. Of a folder that is reached twice
-    // the last mask counts, so those inside the tree, which hold all others, come last.
+    // Returns null if the folder does not exist or cannot be watched. If a folder is added twice,
+    // the last mask counts; folders inside the tree have the widest mask and are added last.
     Watch* add(const fs::path& folder, std::uint32_t mask) {
         const int id =
             ::inotify_add_watch(inotify_.get(), folder.c_str(), mask | IN_ONLYDIR | IN_EXCL_UNLINK);

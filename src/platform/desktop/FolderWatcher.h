@@ -6,13 +6,13 @@
 
 namespace quillet::platform {
 
-// Tells of changes in a folder and in the folders up to `levels` levels below it (0: the folder
-// alone): files written, made, renamed, removed. The folder need not exist yet, and may go and
-// come back. Folders that cannot be watched are passed over, with one line in the log each time
-// that the watches are set. Main thread only.
+// Reports changes in a folder and in the folders up to `levels` levels below it (0: only the
+// folder): files written, made, renamed, removed. The folder need not exist yet, and may go and
+// come back. Folders that cannot be watched are skipped, with one line in the log each time that
+// the watches are set. Main thread only.
 class FolderWatcher {
 public:
-    // `changed` is called from the event loop, once for all changes within `kSettleTime` of the
+    // `changed` is called from the event loop, once for all changes within kSettleTime of the
     // first.
     static constexpr int kSettleTime = 150;  // milliseconds
 

@@ -17,7 +17,7 @@ void runLoop(const LockWait& wait) {
     QEventLoop loop;
     const QSocketNotifier over(wait.descriptor(), QSocketNotifier::Read);
     QObject::connect(&over, &QSocketNotifier::activated, &loop, &QEventLoop::quit);
-    loop.exec();  // at once where the application has been told to exit
+    loop.exec();  // returns at once if the application has been told to exit
 }
 
 }  // namespace

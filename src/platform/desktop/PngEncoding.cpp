@@ -20,7 +20,7 @@ Result<std::string> pngOf(const QImage& image) {
     return buffer.data().toStdString();
 }
 
-// Whether the pixels are those of the size, and the toolkit can take that size.
+// Whether there are as many pixels as the size says, and the toolkit supports the size.
 bool isWhole(const Bitmap& bitmap) {
     constexpr std::size_t kLongest = std::numeric_limits<int>::max() / Bitmap::kBytesPerPixel;
     return bitmap.width > 0 && bitmap.height > 0 && bitmap.width <= kLongest &&
@@ -29,7 +29,7 @@ bool isWhole(const Bitmap& bitmap) {
            bitmap.pixels.size() == bitmap.width * bitmap.height * Bitmap::kBytesPerPixel;
 }
 
-// Cameras make pictures that are larger than what the toolkit takes by itself (128 MiB).
+// Cameras make pictures that are larger than the toolkit's default limit (128 MiB).
 void allowLargePictures() {
     constexpr int kLimit = 1024;  // MiB
     static std::once_flag once;
@@ -39,7 +39,7 @@ void allowLargePictures() {
 }  // namespace
 
 Result<std::string> pngOfImageData(std::string_view bytes) {
-    // Not copied: the buffer is read while the bytes are there.
+    // Not copied: the bytes outlive the reader.
     QByteArray data = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
     QBuffer buffer(&data);
     QImageReader reader(&buffer);

@@ -9,14 +9,14 @@
 // Pictures as PNG files. Any thread.
 namespace quillet::platform {
 
-// The bytes of a PNG file of the picture in an image file, turned upright as the file says, in any
-// format that the toolkit reads (PNG, JPEG, GIF, BMP …). An error (domain "Image") where there is
-// no picture in it, or one that takes more than 1 GiB of memory. Of a damaged file of some formats,
-// JPEG for one, what can be read of it.
+// The picture of an image file as the bytes of a PNG file, rotated as the image file says. Reads
+// any format that the toolkit knows (PNG, JPEG, GIF, BMP …). An error (domain "Image") if the file
+// holds no picture, or one that takes more than 1 GiB of memory. A damaged file of some formats,
+// such as JPEG, gives the part that can be read.
 Result<std::string> pngOfImageData(std::string_view bytes);
 
-// The bytes of a PNG file of an image object. An error (domain "Image") where it has no pixels, or
-// not as many as its size asks for.
+// An image object as the bytes of a PNG file. An error (domain "Image") if it has no pixels, or not
+// as many as its size says.
 Result<std::string> pngOfBitmap(const Bitmap& bitmap);
 
 }  // namespace quillet::platform

@@ -27,8 +27,8 @@ public:
         }
     }
 
-    // Binds the queue to the main thread once there is an application; the blocks given before
-    // run in its event loop.
+    // Binds the queue to the main thread once there is an application object. Blocks that were
+    // added before run in its event loop.
     void attach() {
         const std::lock_guard lock(mutex_);
         if (runner_ == nullptr) {
@@ -39,7 +39,7 @@ public:
     }
 
 private:
-    // One event stands for one block, so that blocks take turns with the other events.
+    // Each event runs one block, so that blocks take turns with other events.
     class Runner final : public QObject {
     public:
         explicit Runner(MainQueue& queue) : queue_(queue) {}
@@ -53,7 +53,7 @@ private:
 
     void wakeUp() { QCoreApplication::postEvent(runner_, new QEvent(QEvent::User)); }
 
-    // A block may run an event loop of its own, for what cannot wait as long as the block does.
+    // A block may run an event loop of its own; other blocks are postponed until it has ended.
     void runNext() {
         if (isRunning_) {
             ++postponed_;
@@ -84,7 +84,7 @@ private:
     std::size_t postponed_ = 0;
 };
 
-// The queues are never destroyed: threads may schedule until the very end.
+// The queues are never destroyed: threads may add blocks until the process ends.
 MainQueue& theMainQueue() {
     static auto* const queue = new MainQueue;
     return *queue;
@@ -115,7 +115,7 @@ private:
     static constexpr std::size_t kMaximumWorkers = 4;
     static constexpr int kNiceness = 19;
 
-    // Where the system has no more threads to give, those that there are do the work.
+    // If the system has no more threads, the existing ones do the work.
     void addWorker() {
         try {
             std::thread([this] { work(); }).detach();
@@ -125,22 +125,22 @@ private:
         }
     }
 
-    // Runs the block that has waited longest; the lock is let go meanwhile.
+    // Runs the block that has waited longest. The lock is released meanwhile.
     void runNext(std::unique_lock<std::mutex>& lock) {
         Block block = std::move(blocks_.front());
         blocks_.pop_front();
         ++running_;
         lock.unlock();
         block();
-        block = nullptr;  // what it holds ends before it counts as done
+        block = nullptr;  // destroys what it holds before it counts as done
         lock.lock();
         --running_;
         done_.notify_all();
     }
 
     [[noreturn]] void work() {
-        // On Linux this is the niceness of the calling thread alone. Not the idle class: on a busy
-        // machine its threads may never run.
+        // On Linux this sets the niceness of the calling thread only. The idle scheduling class is
+        // not used, since its threads may never run on a busy machine.
         ::setpriority(PRIO_PROCESS, 0, kNiceness);
         std::unique_lock lock(mutex_);
         for (;;) {
@@ -169,7 +169,7 @@ BackgroundQueue& theBackgroundQueue() {
 
 Queue& mainQueue() {
     static std::once_flag hooked;
-    // Runs at once where there is an application already.
+    // Runs at once if there is an application object already.
     std::call_once(hooked, [] { qAddPreRoutine([] { theMainQueue().attach(); }); });
     return theMainQueue();
 }

@@ -19,14 +19,14 @@ namespace {
 
 constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
 
-std::atomic<int> counter = -1;  // the event counter that a signal raises
+std::atomic<int> counter = -1;  // the eventfd that a signal raises
 std::atomic<int> last = 0;
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
               "used by a signal handler");
 
 // Ends a program that does not end in time.
 struct Limit {
-    std::atomic<bool> isSet = false;  // and not running yet
+    std::atomic<bool> isSet = false;  // but not running yet
     timer_t timer{};
     itimerspec time{};
 };
@@ -53,13 +53,13 @@ void setLimit(std::chrono::milliseconds limit) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit);
     limitOfEnd.time.it_value.tv_sec = seconds.count();
     limitOfEnd.time.it_value.tv_nsec = std::chrono::nanoseconds(limit - seconds).count();
-    // Without an event of its own the timer raises SIGALRM.
+    // By default the timer raises SIGALRM.
     limitOfEnd.isSet = ::timer_create(CLOCK_MONOTONIC, nullptr, &limitOfEnd.timer) == 0;
 }
 
 }  // namespace
 
-// Handlers end with the program's image, where a mask that holds signals back would be inherited.
+// Handlers are used because programs started from here do not inherit them, unlike a signal mask.
 struct StopSignals::State {
     FileDescriptor events{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
     std::array<struct sigaction, kSignals.size()> before{};

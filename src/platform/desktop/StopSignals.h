@@ -8,23 +8,24 @@
 namespace quillet::platform {
 
 // Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into a call from the event
-// loop. Those that the program was started to ignore stay ignored, and programs started from here
-// inherit nothing. One at a time; main thread only.
+// loop. Signals that were ignored when the program started stay ignored, and programs started from
+// here inherit nothing. At most one object at a time; main thread only.
 class StopSignals {
 public:
-    // From now on the signals no longer end the program, except that it is gone with status 0 once
-    // `limit` has passed since the first one, whatever it does then.
+    // From now on the signals no longer end the program. With a `limit`, the program ends with
+    // status 0 in any case once that time has passed since the first signal.
     explicit StopSignals(std::optional<std::chrono::milliseconds> limit = std::nullopt);
-    // From now on they do again. A limit that runs goes on.
+    // From now on the signals end the program again. A limit that has begun still counts.
     ~StopSignals();
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
 
-    // Calls `stop` when signals come, those that came before included. With an application object.
+    // Calls `stop` when signals come, including those that came before. Needs the application
+    // object.
     void connect(std::function<void()> stop);
-    // Does what one of the signals does, for somebody else who asks the program to end.
+    // Acts as if one of the signals had come.
     static void request() noexcept;
-    // The signal that came last since the last one was made; 0 for none.
+    // The last signal since the last object was made; 0: none.
     static int received() noexcept;
 
 private:

@@ -15,7 +15,7 @@ QString keyOf(std::string_view key) {
     return QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
 }
 
-// Whether the toolkit may open what stands there: a FIFO would be waited for.
+// Whether the toolkit may open the path. It would wait for a FIFO.
 bool isFileOrNothing(const QString& path) {
     const QFileInfo found(path);
     return found.isFile() || !found.exists();
@@ -44,7 +44,7 @@ public:
 
 private:
     static bool write(std::int64_t value, std::string_view key) {
-        // The toolkit locks the file by another one beside it.
+        // The toolkit locks the file with a second file beside it.
         if (!isFileOrNothing(path()) || !isFileOrNothing(path() + QStringLiteral(".lock"))) {
             return false;
         }

@@ -7,17 +7,17 @@
 
 namespace quillet::platform {
 
-// The user's preferences by key. Main thread.
+// The user's preferences by key. Main thread only.
 class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
-    // The stored integer; 0 when the key is absent or holds none.
+    // The stored integer; 0 if the key is absent or does not hold an integer.
     virtual std::int64_t integerForKey(std::string_view key) const = 0;
     virtual void setInteger(std::int64_t value, std::string_view key) = 0;
 
-    // $XDG_CONFIG_HOME/quillet/today.ini; read and written at each call, so that a change made by
-    // another program is seen. What is no regular file holds nothing and is never waited for. A
-    // file that cannot be written leaves the value for this process alone.
+    // The file $XDG_CONFIG_HOME/quillet/today.ini, which each call reads or writes, so that changes
+    // by other programs are seen. Anything but a regular file counts as empty. If the file cannot
+    // be written, the value is kept for this process only.
     static UserDefaults& standard();
 
 protected:
@@ -26,7 +26,7 @@ protected:
     UserDefaults& operator=(const UserDefaults&) = default;
 };
 
-// Preferences that live and die with the object, for a run that stores nothing.
+// Preferences that end with the object, for a run that stores nothing.
 class VolatileUserDefaults final : public UserDefaults {
 public:
     std::int64_t integerForKey(std::string_view key) const override;

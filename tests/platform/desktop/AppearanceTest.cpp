@@ -95,7 +95,7 @@ TEST_F(AppearanceTest, ThePaletteTellsTheLookWhereThereIsNoPortal) {
     start();
     EXPECT_FALSE(appearance_->reducedMotion());
     usePalette(Qt::black);
-    EXPECT_EQ(changes_, 0);  // not inside the call that changes it
+    EXPECT_EQ(changes_, 0);  // not during the call that changes it
     EXPECT_TRUE(shows(Look::Dark, false, 1));
 }
 
@@ -118,7 +118,7 @@ TEST_F(AppearanceTest, SettingsOfAnotherTypeOrNameChangeNothing) {
     EXPECT_TRUE(waitUntil([&] { return portal.reads() == 2; }));
     portal.change(kLook, true);
     portal.change(QStringLiteral("org.example color-scheme"), 1U);
-    portal.change(kMotion, false);  // the last one counts
+    portal.change(kMotion, false);  // the only valid change
     EXPECT_TRUE(shows(Look::Light, true, 1));
 }
 

@@ -25,7 +25,7 @@ protected:
         };
     }
 
-    // Expects these calls in the end, and none besides.
+    // Waits for as many calls and expects exactly these.
     void expectCalled(const std::vector<std::string>& calls) {
         waitUntil([&] { return called_.size() >= calls.size(); });
         EXPECT_EQ(called_, calls);

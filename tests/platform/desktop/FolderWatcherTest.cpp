@@ -21,8 +21,8 @@ protected:
     void move(const char* from, const char* to) const {
         fs::rename(folder_.path(from), folder_.path(to));
     }
-    // Waits until everything is reported that has happened so far: two later changes of a folder of
-    // its own are reported after it.
+    // Waits until all changes so far are reported. The two later changes in another folder are
+    // reported after them.
     void settle() {
         int count = 0;
         folder_.makeFolder("settle");

@@ -1,5 +1,5 @@
-// Has the application IDENTIFIER open URL in the foreground. Then ends at once, without an event
-// loop, or with a third argument when a signal tells it to.
+// open_url IDENTIFIER URL [STAY]: asks the application to open the URL in the foreground. Ends at
+// once, without an event loop, or with a third argument when a signal tells it to.
 
 #include <QCoreApplication>
 #include <cstdlib>

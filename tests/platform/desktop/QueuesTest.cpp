@@ -16,7 +16,7 @@ using platform::backgroundQueue;
 using platform::drainBackgroundQueue;
 using platform::mainQueue;
 
-// Given before the main function, and so before there is an application, by another thread.
+// Another thread adds a block before the main function, when there is no application object yet.
 std::thread::id earlyBlockThread;
 [[maybe_unused]] const bool isEarlyBlockGiven = [] {
     std::thread([] {

@@ -52,7 +52,7 @@ TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenLeavesTheValueToThisProcess) {
         EXPECT_EQ(defaults_.integerForKey("unsaved"), 3);
     }
     EXPECT_EQ(defaults_.integerForKey("unsaved"), 3);
-    defaults_.setInteger(4, "unsaved");  // the file can be written now, and counts again
+    defaults_.setInteger(4, "unsaved");  // the file can be written again and counts
     folder_.writeFile("config/quillet/today.ini", "[General]\nunsaved=15\n");
     EXPECT_EQ(defaults_.integerForKey("unsaved"), 15);
 }

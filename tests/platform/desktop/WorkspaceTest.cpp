@@ -28,7 +28,7 @@ constexpr auto kForeground = LaunchOptions::AllowingClassicStartup;
 constexpr auto kBackground = LaunchOptions::WithoutActivation;
 const std::string kName = "it.tarno.quillet";
 const std::string kText = "quillet://open?mail=a%40b&messageid=1[2]";
-// What a desktop entry's program writes down: tokens, whether there is a bus, URLs.
+// The records of a desktop entry's program: tokens, whether there is a bus, URLs.
 const std::string kTokens = "(quillet[^ ]+_TIME[1-9][0-9]* ){2}";
 const std::string kBackgroundRecord = "none none bus " + kText + "\n";
 
@@ -45,7 +45,7 @@ protected:
         return waitUntil([&] { return host.requests().size() == requests; });
     }
 
-    // What the programs of desktop entries have written down; "" for nothing.
+    // Waits for the record of a desktop entry's program; "" if none comes.
     static std::string takeRecord() {
         const std::string path = entryFolder().path("record");
         std::string record;
@@ -71,7 +71,7 @@ protected:
     platform::Workspace workspace_{bus_};
 
 private:
-    // One for all tests: GIO looks only once where desktop entries are.
+    // One folder for all tests, since GIO looks up the folders of desktop entries only once.
     static const TemporaryFolder& entryFolder() {
         static const TemporaryFolder folder;
         static const EnvironmentVariable home("XDG_DATA_HOME", folder.path());
@@ -114,7 +114,7 @@ TEST_F(WorkspaceTest, ARequestCarriesATokenOfItsInputOrSaysThatItStaysInTheBackg
     EXPECT_THAT(token.toString().toStdString(), MatchesRegex("[^ ]+" + time));
     EXPECT_EQ(data, (QVariantMap{{QStringLiteral("desktop-startup-id"), token}}));
     const QVariant later = host.requests()[1].platformData[QStringLiteral("activation-token")];
-    EXPECT_FALSE(later.toString().endsWith(QString::fromStdString(time)));  // of no input
+    EXPECT_FALSE(later.toString().endsWith(QString::fromStdString(time)));  // made without input
     EXPECT_EQ(host.requests()[2].platformData,
               (QVariantMap{{QStringLiteral("x-quillet-background"), true}}));
 }
@@ -162,7 +162,7 @@ TEST_F(WorkspaceTest, NoBusIsStartedWhereTheSessionHasNone) {
     EXPECT_FALSE(std::filesystem::exists(starter + ".started"));
 }
 
-// A bus that starts programs which never come up.
+// A bus that starts programs which never take their name.
 class WorkspaceStartTest : public WorkspaceTest {
 protected:
     void startBus(const std::vector<std::string>& slowHosts) {
@@ -225,7 +225,8 @@ TEST_F(WorkspaceStartTest, OnlyARequestThatNobodyTakesGoesToTheDesktopEntry) {
     EXPECT_TRUE(open("it.tarno.Plain", kForeground));
     EXPECT_TRUE(gets(host, 1));
     host.failWith("org.freedesktop.DBus.Error.UnknownMethod");
-    for (const std::size_t asked : {2, 3}) {  // a record of the first would come before the last
+    for (const std::size_t asked :
+         {2, 3}) {  // a wrong record of the failed request would come first
         expectEntryOpened("it.tarno.Plain");
         EXPECT_EQ(host.requests().size(), asked);
     }
