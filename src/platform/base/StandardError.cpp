@@ -11,22 +11,23 @@ namespace quillet::platform {
 
 namespace {
 
-// First and last of each run: controls, line and paragraph separators, and what turns the direction
-// of a text.
-constexpr std::pair<std::string_view, std::string_view> kDisturbing[] = {
-    {{}, "\x1F"},
-    {"\x7F", "\u009F"},
-    {"\u061C", "\u061C"},
-    {"\u200E", "\u200F"},
-    {"\u2028", "\u202E"},
-    {"\u2066", "\u2069"},
+// Controls, line and paragraph separators, and characters that turn the direction of a text: those
+// between these neighbours.
+constexpr std::pair<std::string_view, std::string_view> kAroundDisturbing[] = {
+    {"", " "},
+    {"~", "\u00A0"},
+    {"\u061B", "\u061D"},
+    {"\u200D", "\u2010"},
+    {"\u2027", "\u202F"},
+    {"\u2065", "\u206A"},
 };
 
 // UTF-8 sorts like the numbers of its characters.
 bool disturbs(std::string_view character) {
-    return std::any_of(std::begin(kDisturbing), std::end(kDisturbing), [=](const auto& run) {
-        return run.first <= character && character <= run.second;
-    });
+    const auto isBetween = [=](const auto& neighbours) {
+        return neighbours.first < character && character < neighbours.second;
+    };
+    return std::any_of(std::begin(kAroundDisturbing), std::end(kAroundDisturbing), isBetween);
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ icu::Locale userLocale() {
     const std::string_view locale = environmentLocale();
     std::string name(locale.substr(0, locale.find_first_of(".@")));
     if (name.empty() || name == "C" || name == "POSIX") {
-        return icu::Locale("en_US_POSIX");
+        return {"en_US_POSIX"};
     }
     const std::string_view modifier = locale.substr(std::min(locale.find('@'), locale.size()));
     for (const auto& [glibc, script] : kScripts) {
