@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
+#include <tuple>
 
 #include "platform/plist/Number.h"
 
@@ -48,21 +49,20 @@ TEST(Number, ConvertsAsItsKindSays) {
 }
 
 TEST(Number, EqualityIsNumericAndExact) {
-    const std::pair<Number, Number> equal[] = {{Number(true), Number(1.0)},
-                                               {Number(std::uint64_t{1}), Number(std::int64_t{1})},
-                                               {Number(0x1p53), Number(std::int64_t{1} << 53)},
-                                               {Number(-0x1p63), Number(kMinimum)}};
-    for (const auto& [left, right] : equal) {
-        EXPECT_TRUE(left == right && right == left) << left.text();
-    }
-    const std::pair<Number, Number> different[] = {
-        {Number(true), Number(1.5)},
-        {Number(std::int64_t{-1}), Number(UINT64_MAX)},
-        {Number(0x1p53), Number((std::int64_t{1} << 53) + 1)},
-        {Number(0x1p63), Number(kMaximum)},
-        {Number(0x1p64), Number(UINT64_MAX)}};
-    for (const auto& [left, right] : different) {
-        EXPECT_FALSE(left == right || right == left) << left.text();
+    const std::tuple<Number, Number, bool> cases[] = {
+        {Number(true), Number(1.0), true},
+        {Number(std::uint64_t{1}), Number(std::int64_t{1}), true},
+        {Number(0x1p53), Number(std::int64_t{1} << 53), true},
+        {Number(-0x1p63), Number(kMinimum), true},
+        {Number(true), Number(1.5), false},
+        {Number(std::int64_t{-1}), Number(UINT64_MAX), false},
+        {Number(0x1p53), Number((std::int64_t{1} << 53) + 1), false},
+        {Number(0x1p63), Number(kMaximum), false},
+        {Number(0x1p64), Number(UINT64_MAX), false},
+    };
+    for (const auto& [left, right, equal] : cases) {
+        EXPECT_EQ(left == right, equal) << left.text() << " " << right.text();
+        EXPECT_EQ(right == left, equal) << left.text() << " " << right.text();
     }
 }
 
