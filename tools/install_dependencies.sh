@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages_for() {
     case "$1" in
-        build) echo g++ cmake ninja-build pkg-config qt6-base-dev libicu-dev libglib2.0-dev libxcb1-dev libxcb-shape0-dev nlohmann-json3-dev ;;
+        build) echo g++ cmake ninja-build pkg-config qt6-base-dev libicu-dev libglib2.0-dev libpng-dev libxcb1-dev libxcb-shape0-dev nlohmann-json3-dev ;;
         panel) echo dbus-daemon ;;
         run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
         wayland) echo qt6-wayland ;;

@@ -33,7 +33,7 @@ constexpr int kTrayAttempts = 30;
 // The program ends within a second, whatever it is busy with.
 constexpr milliseconds kLongestEnd{900};
 // The part of that time for hosts that still start and for running blocks.
-constexpr milliseconds kPatience{500};
+constexpr milliseconds kEndPatience{500};
 
 // Ends the program when the toolkit is told to quit. The toolkit itself would ask the windows
 // first, and a panel that hides instead of closing would keep it from quitting.
@@ -93,8 +93,8 @@ private:
 // Returns false if blocks still run: they hold the widget, whose views must end before the
 // application. Requests whose host has not started by then are logged.
 bool finishWork() {
-    const auto end = Clock::now() + kPatience;
-    platform::Workspace::sharedWorkspace().flush(kPatience);
+    const auto end = Clock::now() + kEndPatience;
+    platform::Workspace::sharedWorkspace().flush(kEndPatience);
     const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
     return platform::drainBackgroundQueue(std::max(left, milliseconds{0}));
 }

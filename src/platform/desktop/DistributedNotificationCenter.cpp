@@ -19,9 +19,9 @@ namespace quillet::platform {
 
 namespace {
 
-constexpr QLatin1String kPath("/it/tarno/quillet/DistributedNotifications");
-constexpr QLatin1String kInterface("it.tarno.quillet.DistributedNotifications");
-constexpr QLatin1String kMember("Posted");
+constexpr QLatin1String kSignalPath("/it/tarno/quillet/DistributedNotifications");
+constexpr QLatin1String kSignalInterface("it.tarno.quillet.DistributedNotifications");
+constexpr QLatin1String kSignalMember("Posted");
 constexpr QLatin1String kSignature("ss");  // name, object
 
 // A notification's name and its object.
@@ -74,9 +74,9 @@ public:
     void subscribe(const Topic& topic) {
         // Returns false without a bus, and if this very subscription exists already.
         bus.connection().connect(QString(),
-                                 kPath,
-                                 kInterface,
-                                 kMember,
+                                 kSignalPath,
+                                 kSignalInterface,
+                                 kSignalMember,
                                  matchOf(topic),
                                  kSignature,
                                  this,
@@ -150,7 +150,7 @@ void DistributedNotificationCenter::removeObserver(const void* observer) {
 
 bool DistributedNotificationCenter::postNotification(std::string_view name,
                                                      std::string_view object) {
-    QDBusMessage signal = QDBusMessage::createSignal(kPath, kInterface, kMember);
+    QDBusMessage signal = QDBusMessage::createSignal(kSignalPath, kSignalInterface, kSignalMember);
     signal << textOf(name) << textOf(object);
     return state_->bus.connection().send(signal) && state_->bus.flush();
 }

@@ -29,7 +29,7 @@ namespace quillet::platform {
 
 namespace {
 
-constexpr QLatin1String kInterface("org.freedesktop.Application");
+constexpr QLatin1String kApplicationInterface("org.freedesktop.Application");
 constexpr QLatin1String kMember("Open");
 constexpr QLatin1String kToken("activation-token");        // for Wayland
 constexpr QLatin1String kStartupId("desktop-startup-id");  // for X11
@@ -97,7 +97,7 @@ QDBusMessage openCall(const Request& request) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         request.identifier,
         QString::fromStdString(applicationObjectPath(request.identifier.toStdString())),
-        kInterface,
+        kApplicationInterface,
         kMember);
     return call << urls << platformData;
 }

@@ -12,8 +12,8 @@ namespace quillet::platform {
 
 namespace {
 
-constexpr double kPlateRadius = 5;     // points
-constexpr double kFocusRingWidth = 2;  // points
+constexpr double kBackRadius = 5;  // points
+constexpr double kRingWidth = 2;   // points
 constexpr double kPressedOpacityGain = 0.5;
 // Middle grey is visible on light and on dark ground.
 constexpr QColor kPressedPlate(128, 128, 128, 87);
@@ -61,15 +61,15 @@ void ImageButton::drawPlate(QPainter& painter) const {
     if (isPressed()) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(kPressedPlate);
-        painter.drawRoundedRect(plate, kPlateRadius, kPlateRadius);
+        painter.drawRoundedRect(plate, kBackRadius, kBackRadius);
     }
     if (hasFocus()) {
-        const double width = wholePixels(painter, kFocusRingWidth);
+        const double width = wholePixels(painter, kRingWidth);
         const double half = width / 2;
         painter.setPen(QPen(palette().color(QPalette::Highlight), width));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(
-            plate.adjusted(half, half, -half, -half), kPlateRadius - half, kPlateRadius - half);
+            plate.adjusted(half, half, -half, -half), kBackRadius - half, kBackRadius - half);
     }
 }
 
