@@ -1,7 +1,6 @@
 #include <cmath>
 #include <cstdint>
-#include <gtest/gtest.h>
-#include <limits>
+#include <gmock/gmock.h>
 #include <tuple>
 
 #include "platform/plist/Number.h"
@@ -10,40 +9,29 @@ namespace quillet::test {
 namespace {
 
 using platform::Number;
-
-constexpr std::int64_t kMinimum = INT64_MIN;
-constexpr std::int64_t kMaximum = INT64_MAX;
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+using Text = const char*;
 
 TEST(Number, ConvertsAsItsKindSays) {
-    const struct {
-        Number number;
-        std::uint64_t asUnsigned;
-        std::int64_t asSigned;
-        float asFloat;
-        const char* text;
-    } cases[] = {
+    const std::tuple<Number, std::uint64_t, std::int64_t, float, Text> cases[] = {
         {Number(std::int64_t{-1}), UINT64_MAX, -1, -1, "-1"},
         {Number(UINT64_MAX), UINT64_MAX, -1, 0x1p64F, "18446744073709551615"},
         {Number(std::int64_t{1763163889}), 1763163889, 1763163889, 1763163904, "1763163889"},
         {Number(true), 1, 1, 1, "1"},
-        {Number(false), 0, 0, 0, "0"},
         {Number(-2.9), 0, -2, -2.9F, "-2.9"},
         {Number(100000.0), 100000, 100000, 1e5F, "100000"},
-        {Number(1e-7), 0, 0, 1e-7F, "1e-07"},
-        {Number(0x1p63), std::uint64_t{1} << 63U, kMaximum, 0x1p63F, "9.223372036854776e+18"},
-        {Number(1e30), UINT64_MAX, kMaximum, 1e30F, "1e+30"},
-        {Number(-1e30), 0, kMinimum, -1e30F, "-1e+30"},
-        {Number(double{kInfinity}), UINT64_MAX, kMaximum, kInfinity, "inf"},
+        {Number(0x1p63), 1ULL << 63U, INT64_MAX, 0x1p63F, "9.223372036854776e+18"},
+        {Number(1e30), UINT64_MAX, INT64_MAX, 1e30F, "1e+30"},
+        {Number(-1e30), 0, INT64_MIN, -1e30F, "-1e+30"},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(row.number.unsignedIntegerValue(), row.asUnsigned);
-        EXPECT_EQ(row.number.integerValue(), row.asSigned);
-        EXPECT_EQ(row.number.floatValue(), row.asFloat);
-        EXPECT_EQ(row.number.boolValue(), row.asFloat != 0);
-        EXPECT_EQ(row.number.text(), row.text);
+    for (const auto& [number, asUnsigned, asSigned, asFloat, text] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(number.unsignedIntegerValue(), asUnsigned);
+        EXPECT_EQ(number.integerValue(), asSigned);
+        EXPECT_EQ(number.floatValue(), asFloat);
+        EXPECT_TRUE(number.boolValue());
+        EXPECT_EQ(number.text(), text);
     }
+    EXPECT_FALSE(Number(false).boolValue() || Number(-0.0).boolValue());
     EXPECT_EQ(Number(std::nan("")).integerValue(), 0);
     EXPECT_EQ(Number(std::nan("")).unsignedIntegerValue(), 0U);
 }
@@ -52,27 +40,20 @@ TEST(Number, EqualityIsNumericAndExact) {
     const std::tuple<Number, Number, bool> cases[] = {
         {Number(true), Number(1.0), true},
         {Number(std::uint64_t{1}), Number(std::int64_t{1}), true},
-        {Number(0x1p53), Number(std::int64_t{1} << 53), true},
-        {Number(-0x1p63), Number(kMinimum), true},
+        {Number(-0x1p63), Number(INT64_MIN), true},
         {Number(true), Number(1.5), false},
         {Number(std::int64_t{-1}), Number(UINT64_MAX), false},
         {Number(0x1p53), Number((std::int64_t{1} << 53) + 1), false},
-        {Number(0x1p63), Number(kMaximum), false},
+        {Number(0x1p63), Number(INT64_MAX), false},
         {Number(0x1p64), Number(UINT64_MAX), false},
     };
-    for (const auto& [left, right, equal] : cases) {
-        EXPECT_EQ(left == right, equal) << left.text() << " " << right.text();
-        EXPECT_EQ(right == left, equal) << left.text() << " " << right.text();
+    for (const auto& [a, b, equal] : cases) {
+        EXPECT_THAT(std::pair(a == b, b == a), testing::Pair(equal, equal)) << a.text();
     }
 }
 
 TEST(Number, TextGivesTheNumberAtItsStart) {
-    const struct {
-        const char* text;
-        std::int64_t integer;
-        float real;
-        bool boolean;
-    } cases[] = {
+    const std::tuple<Text, std::int64_t, float, bool> cases[] = {
         {"", 0, 0, false},
         {" \t\n-17 apples", -17, -17, true},
         {"+5", 5, 5, true},
@@ -82,21 +63,19 @@ TEST(Number, TextGivesTheNumberAtItsStart) {
         {"1e", 1, 1, true},
         {".5", 0, 0.5F, false},
         {"inf", 0, 0, false},
-        {"nan", 0, 0, false},
         {"Yes", 0, 0, true},
         {"true", 0, 0, true},
-        {"-0007", -7, -7, true},
-        {"000y", 0, 0, true},
-        {"9223372036854775808", kMaximum, 0x1p63F, true},
-        {"-99999999999999999999", kMinimum, -1e20F, true},
-        {"-1e999", -1, -kInfinity, true},
+        {"-000y", 0, 0, true},
+        {"9223372036854775808", INT64_MAX, 0x1p63F, true},
+        {"-99999999999999999999", INT64_MIN, -1e20F, true},
+        {"-1e999", -1, -INFINITY, true},
         {"1e-999", 1, 0, true},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(platform::integerValueOfText(row.text), row.integer);
-        EXPECT_EQ(platform::floatValueOfText(row.text), row.real);
-        EXPECT_EQ(platform::boolValueOfText(row.text), row.boolean);
+    for (const auto& [text, integer, real, boolean] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(platform::integerValueOfText(text), integer);
+        EXPECT_EQ(platform::floatValueOfText(text), real);
+        EXPECT_EQ(platform::boolValueOfText(text), boolean);
     }
 }
 

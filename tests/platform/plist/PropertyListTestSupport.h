@@ -32,17 +32,14 @@ inline std::string dump(const platform::PropertyListValue& value) {
             return '<' + std::string(value.dataValue()) + '>';
         case Type::Uid:
             return "uid" + std::to_string(value.uidValue());
-        case Type::Array:
-        case Type::Dictionary:
+        default:
             break;
     }
     const bool isDictionary = value.type() == Type::Dictionary;
     std::string text;
     for (const auto element : value) {
-        text += (text.empty() ? "" : ",") + dump(element);
-        if (isDictionary) {
-            text += ':' + dump(value.valueForKey(element.stringValue()));
-        }
+        text += (text.empty() ? "" : ",") + dump(element) +
+                (isDictionary ? ':' + dump(value.valueForKey(element.stringValue())) : "");
     }
     return isDictionary ? '{' + text + '}' : '[' + text + ']';
 }
@@ -60,23 +57,11 @@ inline std::optional<platform::PropertyListErrorKind> kindOfError(std::string_vi
     return error ? std::optional(error->kind) : std::nullopt;
 }
 
-// Expects an error of this kind at this byte.
-inline void expectError(std::string_view file,
-                        platform::PropertyListErrorKind kind,
-                        std::size_t offset) {
-    platform::PropertyListDocument document;
-    const auto error = document.parse(file);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind, kind) << error->description();
-    EXPECT_EQ(error->offset, offset) << error->description();
-    EXPECT_FALSE(document.root());
-}
-
 // Big-endian bytes of a number.
 inline std::string bigEndian(std::uint64_t number, std::size_t width) {
-    std::string bytes(width, '\0');
-    for (std::size_t i = 0; i < width; ++i) {
-        bytes[width - 1 - i] = static_cast<char>(number >> (8 * i));
+    std::string bytes;
+    for (std::size_t left = width; left > 0; --left) {
+        bytes += static_cast<char>(number >> (8 * (left - 1)));
     }
     return bytes;
 }
@@ -91,8 +76,8 @@ inline std::string trailer(std::uint64_t objects,
                            std::uint64_t tableOffset,
                            std::size_t referenceWidth = 1,
                            std::size_t offsetWidth = 1) {
-    return bigEndian(0, 6) + bigEndian(offsetWidth, 1) + bigEndian(referenceWidth, 1) +
-           bigEndian(objects, 8) + bigEndian(0, 8) + bigEndian(tableOffset, 8);
+    return bigEndian(offsetWidth, 7) + bigEndian(referenceWidth, 1) + bigEndian(objects, 8) +
+           bigEndian(0, 8) + bigEndian(tableOffset, 8);
 }
 
 // A binary property list of the given encoded objects, whose first one is the root.
