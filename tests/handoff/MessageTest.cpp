@@ -60,10 +60,9 @@ TEST(MessageUrl, ExampleOfTheDocumentIsReadAndWritten) {
     const Message message = read(example);
     EXPECT_EQ(message->plainBody(), "See attached: 50% + 1.");
     EXPECT_EQ(message->subject(), "Report \xE2\x82\xAC");
-    EXPECT_EQ(message->from(), "anna@example.com");
-    EXPECT_EQ(message->account(), "anna@example.com");
-    EXPECT_EQ(message->toString(), "ben@example.com;dora@example.com;");
-    EXPECT_EQ(message->ccString(), "carl@example.com;");
+    EXPECT_EQ(*message->from() + *message->account(), "anna@example.comanna@example.com");
+    EXPECT_EQ(*message->toString() + *message->ccString(),
+              "ben@example.com;dora@example.com;carl@example.com;");
     EXPECT_THAT(paths(message), ElementsAre("/tmp/Q3 report.pdf"));
     message->setTo(recipients({"ben@example.com", "dora@example.com"}));
     message->setCc(recipients({"carl@example.com"}));
@@ -114,8 +113,8 @@ TEST(MessageUrl, QueriesOfOtherWritersAreRead) {
         EXPECT_EQ(paths(message), attached);
         EXPECT_EQ(message->plainBody(), "");
     }
-    const Message message = read("?htmlBody=a&bcc=b");
-    EXPECT_EQ(*message->htmlBody() + *message->bccString(), "ab");
+    EXPECT_EQ(read("?htmlBody=a")->htmlBody(), "a");
+    EXPECT_EQ(read("?bcc=a")->bccString(), "a");
     EXPECT_THROW(read("quillet://x?to=%FF"), platform::Exception);
 }
 
