@@ -42,6 +42,7 @@ TEST(Number, EqualityIsNumericAndExact) {
         {Number(std::uint64_t{1}), Number(std::int64_t{1}), true},
         {Number(-0x1p63), Number(INT64_MIN), true},
         {Number(true), Number(1.5), false},
+        {Number(std::int64_t{1}), Number(1.5), false},
         {Number(std::int64_t{-1}), Number(UINT64_MAX), false},
         {Number(0x1p53), Number((std::int64_t{1} << 53) + 1), false},
         {Number(0x1p63), Number(INT64_MAX), false},

@@ -207,7 +207,7 @@ TEST(PropertyListBinary, BrokenFilesAreErrorsWithTheirPlace) {
         {"size that is no integer", 8, binaryFile({"\x5F" + ascii("a") + "bc"}), Kind::Malformed},
         {"invalid text", 10, binaryFile({"\xA1\x01", ascii(" \xC3")}), Kind::InvalidText},
         {"UID of 9 bytes", 8, binaryFile({"\x88 12345678"}), Kind::Malformed},
-        {"cut array", 8, binaryFile({"\xA3\x00\x00"s}), Kind::Malformed},
+        {"cut dictionary", 8, binaryFile({"\xD2\x00\x00"s}), Kind::Malformed},
         {"key that is no text", 8, binaryFile({"\xD1\x01\x01", "\x09"}), Kind::Malformed},
         {"key that is no object", 8, binaryFile({"\xD1\x07\x00"s}), Kind::Malformed},
         {"cycle", 8, binaryFile({"\xA1\x00"s}), Kind::Cyclic},
