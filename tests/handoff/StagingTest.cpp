@@ -114,8 +114,8 @@ TEST_F(StagingTest, WhatPermissionsForbidIsLoggedAndTheRestIsStaged) {
                             StartsWith("shareInit delete "),
                             StartsWith("shareInit delete "),
                             StartsWith("shareInit create ")));
-    ASSERT_EQ(
-        ::chmod(container.path("SharedData").c_str(), 0700) + ::chmod(staged("").c_str(), 0700), 0);
+    ::chmod(container.path("SharedData").c_str(), 0700);
+    ::chmod(staged("").c_str(), 0700);
 }
 
 TEST_F(StagingTest, AWordThatNamesNoStagingFolderTouchesNothing) {
@@ -249,10 +249,7 @@ TEST_F(GatheringTest, TheWaitEndsWithTheLastItemOrAtItsLimit) {
     const auto later = scripted([this](const auto& done) { inThirdPause = done; });
     ItemProvider::Completion abandoned;
     const auto never = scripted([&](const auto& done) { abandoned = done; });
-    const auto twice = scripted([](const auto& done) {
-        done(kLink);
-        done(kLink);
-    });
+    const auto twice = scripted([](const auto& done) { done(kLink), done(kLink); });
     const std::tuple<const char*, std::vector<Provider>, std::size_t, std::size_t> cases[] = {
         {"nothing", {}, 1, 0},
         {"answers in the third pause", {later}, 3, 1},

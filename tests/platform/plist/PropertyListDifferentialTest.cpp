@@ -10,7 +10,6 @@
 #include "tests/platform/plist/PropertyListTestSupport.h"
 
 namespace quillet::test {
-
 namespace {
 
 // Random values in XML, of those that the other library keeps whole: its reals have few digits.
@@ -109,5 +108,4 @@ TEST(PropertyListDifferential, ReadsWhatTheOtherLibraryReadsAndWrites) {
 }
 
 }  // namespace
-
 }  // namespace quillet::test
