@@ -14,9 +14,9 @@
 namespace quillet::test {
 namespace {
 
-using platform::LinkDetector::linksIn;
 using platform::TextLink;
 using platform::URL;
+using platform::LinkDetector::linksIn;
 using testing::ElementsAre;
 using namespace std::string_literals;
 
