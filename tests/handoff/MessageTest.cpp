@@ -10,7 +10,7 @@
 #include "handoff/MessageUrl.h"
 #include "model/ExtensionAddress.h"
 #include "platform/base/Exception.h"
-#include "tests/support/DocumentTable.h"
+#include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryFolder.h"

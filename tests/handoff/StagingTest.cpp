@@ -13,7 +13,6 @@
 #include "handoff/Staging.h"
 #include "tests/handoff/ContainerFixture.h"
 #include "tests/support/CoordinatingProcess.h"
-#include "tests/support/FileSizeLimit.h"
 #include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/WaitUntil.h"
 

@@ -12,9 +12,9 @@
 #include "platform/files/FileManager.h"
 #include "platform/plist/PropertyList.h"
 #include "tests/host/Command.h"
+#include "tests/support/CoordinatingProcess.h"
 #include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/FileLocks.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::host {

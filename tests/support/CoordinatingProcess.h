@@ -1,19 +1,43 @@
 #pragma once
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <stdexcept>
 #include <string>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/files/FileCoordinator.h"
-#include "tests/support/FileLocks.h"
 
 namespace quillet::test {
 
-// Whether a process waits for a file lock.
+// Whether a process waits for a file lock. `mark` is a part of the lock's line in /proc/locks:
+// " PROCESS " or ":INODE ".
+inline bool somebodyWaitsForLock(const std::string& mark) {
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        if (line.find("->") != std::string::npos && line.find(mark) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Whether a process waits for the item "Today". The runtime folder must belong to the test alone.
+inline bool somebodyWaitsForToday(const std::string& runtimeFolder) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(runtimeFolder)) {
+        struct stat status {};
+        if (entry.path().filename() == "Today.lock" && ::stat(entry.path().c_str(), &status) == 0) {
+            return somebodyWaitsForLock(":" + std::to_string(status.st_ino) + " ");
+        }
+    }
+    return false;
+}
+
 inline bool waitsForLock(pid_t process) {
     return somebodyWaitsForLock(" " + std::to_string(process) + " ");
 }

@@ -18,8 +18,6 @@ public:
               lines_.push_back(line);
           })) {}
     ~LogCapture() { platform::Log::setSink(std::move(previous_)); }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
 
     std::vector<std::string> lines() const {
         const std::lock_guard lock(mutex_);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <csignal>
 #include <linux/capability.h>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -18,10 +20,7 @@ public:
         without[0].effective &= ~(CAP_TO_MASK(CAP_DAC_OVERRIDE) | CAP_TO_MASK(CAP_DAC_READ_SEARCH));
         call(SYS_capset, without);
     }
-    ~OrdinaryPermissions() {
-        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-        ::syscall(SYS_capset, &header, before_.data());
-    }
+    ~OrdinaryPermissions() { call(SYS_capset, before_); }
     OrdinaryPermissions(const OrdinaryPermissions&) = delete;
     OrdinaryPermissions& operator=(const OrdinaryPermissions&) = delete;
 
@@ -36,6 +35,27 @@ private:
     }
 
     Capabilities before_{};
+};
+
+// Limits the files of this process to `bytes` during the scope, as if the disk were full: writing
+// more fails with EFBIG.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &old_);
+        const rlimit limit{bytes, old_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &old_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    void (*handler_)(int);
+    rlimit old_{};
 };
 
 }  // namespace quillet::test

@@ -12,10 +12,7 @@ namespace quillet::test {
 // A private session bus that can be stopped and started, with its own services to start.
 class PrivateBus {
 public:
-    PrivateBus() = default;
     ~PrivateBus() { stop(); }
-    PrivateBus(const PrivateBus&) = delete;
-    PrivateBus& operator=(const PrivateBus&) = delete;
 
     const std::string& folder() const { return folder_.path(); }
     std::string address() const { return "unix:path=" + folder_.path("bus"); }

@@ -33,8 +33,6 @@ public:
             bus_.registerService(identifier);
     }
     ~RecordingApplication() override { QDBusConnection::disconnectFromBus(bus_.name()); }
-    RecordingApplication(const RecordingApplication&) = delete;
-    RecordingApplication& operator=(const RecordingApplication&) = delete;
 
     bool isReachable() const { return isReachable_; }
     const std::vector<Request>& requests() const { return requests_; }

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/CalledActions.h"
-#include "tests/support/DocumentTable.h"
+#include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingApplication.h"

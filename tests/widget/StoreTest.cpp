@@ -14,7 +14,7 @@
 #include "model/RecordFields.h"
 #include "platform/files/FileCoordinator.h"
 #include "tests/platform/plist/PropertyListTestSupport.h"
-#include "tests/support/FileLocks.h"
+#include "tests/support/CoordinatingProcess.h"
 #include "tests/support/PropertyLists.h"
 #include "tests/support/WaitFor.h"
 #include "tests/widget/StoreFixture.h"

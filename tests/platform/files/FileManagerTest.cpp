@@ -8,7 +8,7 @@
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileManager.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/FileSizeLimit.h"
+#include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {

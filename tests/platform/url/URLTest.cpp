@@ -9,7 +9,7 @@
 #include "platform/base/Utf8.h"
 #include "platform/url/LinkDetector.h"
 #include "platform/url/URL.h"
-#include "tests/support/DocumentTable.h"
+#include "tests/support/DocumentExample.h"
 
 namespace quillet::test {
 namespace {
