@@ -2,9 +2,7 @@
 #include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <limits>
 #include <thread>
-#include <vector>
 
 #include "platform/dates/DateFormatter.h"
 #include "platform/dates/LocalTime.h"
@@ -38,34 +36,15 @@ TEST(DateFormatter, ShortStylesAreThoseOfTheLocaleAndTheZone) {
         {"de_DE@calendar=buddhist", "UTC", "14.11.69 BE", "23:44"},
         {"fa_IR", "UTC", "۱۴۰۵/۸/۲۳", "۲۳:۴۴"},
         {"de_DE", "<+0545>-5:45", "15.11.26", "05:29"},
-        {"", "UTC", "14.11.26", "23:44"},  // an empty variable leaves it to LANG
+        {"", "UTC", "14.11.26", "23:44"},  // an empty variable leaves it to the next one
     };
-    const EnvironmentVariable lcTime("LC_TIME", "");
-    const EnvironmentVariable lang("LANG", "de_DE.UTF-8");
+    const EnvironmentVariable lcTime("LC_TIME", "de_DE.UTF-8");
+    const EnvironmentVariable lang("LANG", "en_GB.UTF-8");
     for (const auto& [locale, zone, date, time] : cases) {
-        SCOPED_TRACE(std::string(locale) + " " + zone);
         const Region region(locale, zone);
         EXPECT_EQ(DateFormatter(DateStyle::Short, DateStyle::None).stringFromDate(kInstant), date);
         EXPECT_EQ(DateFormatter(DateStyle::None, DateStyle::Short).stringFromDate(kInstant), time);
-        EXPECT_EQ(DateFormatter(DateStyle::None, DateStyle::None).stringFromDate(kInstant), "");
     }
-}
-
-TEST(DateFormatter, TheLocaleStaysAndTheZoneFollowsTheSystem) {
-    const Region region("de_DE", "UTC");
-    const DateFormatter day = DateFormatter::localPattern("yyyyMMdd HH");
-    EXPECT_EQ(day.stringFromDate(kInstant), "20261114 23");
-    const Region later("fa_IR", "Asia/Tokyo");
-    EXPECT_EQ(day.stringFromDate(kInstant), "20261115 08");
-    EXPECT_EQ(DateFormatter::localPattern("yyyyMMdd").stringFromDate(kInstant), "14050824");
-}
-
-std::string systemTime(double instant) {
-    const auto time = static_cast<std::time_t>(instant);
-    std::tm local{};
-    ::localtime_r(&time, &local);
-    char text[32];
-    return {text, std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &local)};
 }
 
 TEST(DateFormatter, LocalTimeIsTheSystemsInEveryZone) {
@@ -79,10 +58,14 @@ TEST(DateFormatter, LocalTimeIsTheSystemsInEveryZone) {
     const EnvironmentVariable locale("LC_ALL", "C");
     const DateFormatter clock = DateFormatter::localPattern("yyyyMMddHHmmss");
     for (const std::string& zone : zones) {
-        const Region region("C", zone);
-        for (int half = -80; half < 160; ++half) {
-            const double instant = half * 15'778'476.;  // half a year
-            ASSERT_EQ(clock.stringFromDate(instant), systemTime(instant)) << zone;
+        const Region region("fa_IR", zone);  // the locale of a formatter stays, its zone does not
+        for (std::time_t half = -80; half < 160; ++half) {
+            const std::time_t instant = half * 15'778'476;  // half a year
+            std::tm local{};
+            ::localtime_r(&instant, &local);
+            char text[32];
+            std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &local);
+            ASSERT_EQ(clock.stringFromDate(static_cast<double>(instant)), text) << zone;
         }
     }
 }
@@ -101,26 +84,26 @@ TEST(DateFormatter, TheExchangeFormatIsTheSameForEveryUserAndStrict) {
     EXPECT_EQ(exchange.stringFromDate(kInstant), "2026-11-14T23:44:49Z");
     EXPECT_EQ(exchange.dateFromString("2026-11-14T23:44:49Z"), kInstant);
     EXPECT_EQ(exchange.dateFromString("1969-12-31T23:59:59Z"), -1);
-    for (const char* wrong : {"2026-11-14T23:44:49Z ",
-                              "2025-02-29T00:00:00Z",
-                              "2026-1-4T3:4:9Z",
-                              "99999999999-11-14T23:44:49Z",
-                              "\u0662026-11-14T23:44:49Z",
-                              "\xFF"}) {
-        EXPECT_EQ(exchange.dateFromString(wrong), std::nullopt) << wrong;
+    EXPECT_EQ(DateFormatter::localPattern("yyyyMMdd HH").stringFromDate(kInstant), "14050824 08");
+    const std::string wrongs[] = {"2026-11-14T23:44:49Z ",
+                                  "2025-02-29T00:00:00Z",
+                                  "2026-1-4T3:4:9Z",
+                                  "\xFF",
+                                  "99999999999-11-14T23:44:49Z",
+                                  "\u0662026-11-14T23:44:49Z",
+                                  std::string(100'000, '2')};
+    for (const std::string& wrong : wrongs) {
+        EXPECT_EQ(exchange.dateFromString(wrong), std::nullopt) << wrong.substr(0, 99);
     }
-    EXPECT_EQ(exchange.dateFromString(std::string(100'000, '2')), std::nullopt);
 }
 
 TEST(DateFormatter, InstantsBeyondEveryCalendarAreHeldAtTheLimit) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     for (const std::string calendar : {"gregorian", "chinese", "hebrew", "persian"}) {
-        SCOPED_TRACE(calendar);
         const Region region("en_GB@calendar=" + calendar, "Europe/Berlin");
         const DateFormatter day(DateStyle::Short, DateStyle::Short);
         for (const double limit : {-8.64e12, 8.64e12}) {
-            for (const double far : {limit * 1.001, limit * 1e280, limit * kInfinity}) {
-                EXPECT_EQ(day.stringFromDate(far), day.stringFromDate(limit));
+            for (const double far : {limit * 1.001, limit * 1e280, limit * HUGE_VAL}) {
+                EXPECT_EQ(day.stringFromDate(far), day.stringFromDate(limit)) << calendar;
                 EXPECT_LE(localDayOf(far).start, limit);
                 EXPECT_GT(localDayOf(far).end, limit);
             }
@@ -167,7 +150,6 @@ TEST(LocalDay, ADayIsWhatTheDayNumberSaysInEveryZone) {
         {"Africa/Monrovia", 63593070},      // by 44 minutes and 30 seconds
     };
     for (const auto& [zone, change] : changesOfTheClock) {
-        SCOPED_TRACE(zone);
         const Region region("en_GB.UTF-8", zone);
         const DateFormatter number = DateFormatter::localPattern("yyyyMMdd");
         for (double hour = -72; hour <= 72; hour += 0.5) {

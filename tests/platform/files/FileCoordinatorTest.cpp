@@ -1,10 +1,7 @@
-#include <chrono>
 #include <filesystem>
-#include <functional>
 #include <gmock/gmock.h>
 #include <stdexcept>
 #include <sys/stat.h>
-#include <thread>
 
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/LockWait.h"
@@ -12,21 +9,12 @@
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitFor.h"
 
 namespace quillet::test {
 namespace {
 
 using platform::FileCoordinator;
-
-bool waitFor(const std::function<bool()>& condition) {
-    for (int left = 10'000; !condition(); --left) {
-        if (left == 0) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 class FileCoordinatorTest : public testing::Test {
 protected:

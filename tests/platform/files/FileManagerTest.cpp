@@ -7,6 +7,7 @@
 
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/TemporaryFolder.h"
@@ -15,6 +16,7 @@ namespace quillet::test {
 namespace {
 
 namespace FileManager = platform::FileManager;
+namespace Path = platform::Path;
 
 using platform::ByteBuffer;
 using testing::HasSubstr;
@@ -27,6 +29,10 @@ std::int64_t codeOf(const std::optional<platform::Error>& error) {
 
 class FileManagerTest : public testing::Test {
 protected:
+    FileManagerTest() {
+        folder_.makeFolder("folder");
+        EXPECT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    }
     void link(const std::string& target, const std::string& name) const {
         ASSERT_EQ(::symlink(target.c_str(), path(name).c_str()), 0);
     }
@@ -57,7 +63,7 @@ protected:
     std::int64_t copy(const std::string& from, const std::string& to) const {
         return codeOf(FileManager::copyFile(path(from), path(to)));
     }
-    std::vector<std::string> entries(const std::string& name = {}) const {
+    std::vector<std::string> entries(const std::string& name) const {
         return FileManager::contentsOfFolder(path(name)).value();
     }
 
@@ -67,13 +73,8 @@ protected:
 
 TEST_F(FileManagerTest, OnlyRegularFilesAreReadToTheirEndOrTheLimitAndNothingIsWaitedFor) {
     folder_.writeFile("name \xFF", "12345");
-    folder_.makeFolder("folder");
-    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
     link("name \xFF", "link");
-    link("fifo", "link to fifo");
     EXPECT_EQ(read("fifo"), std::to_string(EINVAL));
-    EXPECT_EQ(read("link to fifo"), std::to_string(EINVAL));
-    EXPECT_EQ(read("/dev/zero"), std::to_string(EINVAL));
     EXPECT_EQ(read("folder"), std::to_string(EISDIR));
     EXPECT_EQ(read("missing"), std::to_string(ENOENT));
     EXPECT_EQ(read("name \xFF"), "12345");
@@ -84,35 +85,34 @@ TEST_F(FileManagerTest, OnlyRegularFilesAreReadToTheirEndOrTheLimitAndNothingIsW
 }
 
 TEST_F(FileManagerTest, AFileIsReplacedWholeAndKeepsItsModeAndAFailedWriteLeavesNothing) {
-    ASSERT_EQ(::chmod(folder_.writeFile("file", "old").c_str(), 0604), 0);
-    link("file", "link");
-    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
-    folder_.writeFile("taken/\xFE\xFF", "");
+    ASSERT_EQ(::chmod(folder_.writeFile("folder/file", "old").c_str(), 0604), 0);
+    link("folder/file", "link");
+    folder_.writeFile("folder/taken/\xFE\xFF", "");
     const std::string text(300'000, 'y');
     const mode_t mask = ::umask(027);
     EXPECT_EQ(write("link", text), 0);
-    EXPECT_EQ(write("made", text), 0);
+    EXPECT_EQ(write("folder/made", text), 0);
     ::umask(mask);
-    EXPECT_EQ(read("file"), text);
-    EXPECT_EQ(modeOf("file"), 0604U);
-    EXPECT_EQ(modeOf("made"), 0640U);
-    EXPECT_EQ(write("taken", text), EISDIR);
+    EXPECT_EQ(read("folder/file"), text);
+    EXPECT_EQ(modeOf("folder/file"), 0604U);
+    EXPECT_EQ(modeOf("folder/made"), 0640U);
+    EXPECT_EQ(write("folder/taken", text), EISDIR);
     EXPECT_EQ(write("missing/file", text), ENOENT);
     EXPECT_EQ(write("fifo", text), EINVAL);
-    EXPECT_THAT(entries(), UnorderedElementsAre("fifo", "file", "link", "made", "taken"));
-    EXPECT_THAT(entries("taken"), UnorderedElementsAre("\xFE\xFF"));
-    EXPECT_EQ(FileManager::contentsOfFolder(path("file")).error().code, ENOTDIR);
+    EXPECT_THAT(entries(""), UnorderedElementsAre("fifo", "folder", "link"));
+    EXPECT_THAT(entries("folder"), UnorderedElementsAre("file", "made", "taken"));
+    EXPECT_THAT(entries("folder/taken"), UnorderedElementsAre("\xFE\xFF"));
+    EXPECT_EQ(FileManager::contentsOfFolder(path("link")).error().code, ENOTDIR);
 }
 
 TEST_F(FileManagerTest, WhatIsNoRegularFileIsWrittenIntoWhereTheUserSaysSo) {
-    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
     link("fifo", "link");
     const platform::FileDescriptor reader(::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
     EXPECT_FALSE(FileManager::writeFile(path("link"), "text"));
     char bytes[8];
     EXPECT_EQ(::read(reader.get(), bytes, sizeof bytes), 4);
     EXPECT_EQ(codeOf(FileManager::writeFile("/dev/full", "text")), ENOSPC);
-    EXPECT_EQ(codeOf(FileManager::writeFile(path(""), "text")), EISDIR);
+    EXPECT_EQ(codeOf(FileManager::writeFile(path("folder"), "text")), EISDIR);
     EXPECT_FALSE(FileManager::writeFile(path("made"), "text"));
     EXPECT_EQ(read("made"), "text");
 }
@@ -122,8 +122,8 @@ TEST_F(FileManagerTest, ACopyIsWholeOrNotThereAtAll) {
     folder_.writeFile("large", text);
     link("large", "link");
     folder_.writeFile("empty \xFF", "");
-    folder_.writeFile("target/taken", "old");
-    link("nowhere", "target/broken");
+    folder_.writeFile("folder/taken", "old");
+    link("nowhere", "folder/broken");
     EXPECT_EQ(copy("link", "copy"), 0);
     EXPECT_EQ(read("copy"), text);
     EXPECT_FALSE(std::filesystem::is_symlink(path("copy")));
@@ -131,39 +131,36 @@ TEST_F(FileManagerTest, ACopyIsWholeOrNotThereAtAll) {
     EXPECT_EQ(read("copy \xFF"), "");
     EXPECT_EQ(copy("/proc/meminfo", "made up"), 0);
     EXPECT_THAT(read("made up"), HasSubstr("MemTotal"));  // the system says 0 bytes
-    EXPECT_EQ(copy("missing", "target/new"), ENOENT);
-    EXPECT_EQ(copy("target", "target/new"), EISDIR);
-    EXPECT_EQ(copy(std::string("large\0", 6), "target/new"), EINVAL);
-    EXPECT_EQ(copy("empty \xFF", "target/taken"), EEXIST);
-    EXPECT_EQ(copy("empty \xFF", "target/broken"), EEXIST);
+    EXPECT_EQ(copy("missing", "folder/new"), ENOENT);
+    EXPECT_EQ(copy("folder", "folder/new"), EISDIR);
+    EXPECT_EQ(copy(std::string("large\0", 6), "folder/new"), EINVAL);
+    EXPECT_EQ(copy("large", "folder/taken"), EEXIST);
+    EXPECT_EQ(copy("large", "folder/broken"), EEXIST);
     const FileSizeLimit diskFull(2'000'000);
-    EXPECT_EQ(copy("large", "target/new"), EFBIG);
+    EXPECT_EQ(copy("large", "folder/new"), EFBIG);
     // Has less than the page that the system says, like a file that shrinks.
-    EXPECT_EQ(copy("/sys/devices/system/cpu/online", "target/new"), ESTALE);
-    EXPECT_THAT(entries("target"), UnorderedElementsAre("taken", "broken"));
+    EXPECT_EQ(copy("/sys/devices/system/cpu/online", "folder/new"), ESTALE);
+    EXPECT_THAT(entries("folder"), UnorderedElementsAre("taken", "broken"));
 }
 
-TEST_F(FileManagerTest, RemovingAFolderLeavesWhatItsLinksPointTo) {
-    folder_.writeFile("kept/file", "text");
-    folder_.writeFile("folder/sub/\xFF", "");
-    link("../kept", "folder/link");
-    link("kept", "link");
-    EXPECT_FALSE(FileManager::removeItem(path("folder")));
-    EXPECT_FALSE(FileManager::removeItem(path("link")));
-    EXPECT_EQ(codeOf(FileManager::removeItem(path("folder"))), ENOENT);
-    EXPECT_THAT(entries(), UnorderedElementsAre("kept"));
-    EXPECT_EQ(read("kept/file"), "text");
-}
-
-TEST_F(FileManagerTest, NewFoldersAreForTheUserAlone) {
+TEST_F(FileManagerTest, NewFoldersAreForTheUserAloneAndRemovingOneLeavesWhatItsLinksPointTo) {
     makeFolder("old", 0755);
     EXPECT_FALSE(FileManager::createFolder(path("old/new//below/")));
     EXPECT_EQ(modeOf("old"), 0755U);
     EXPECT_EQ(modeOf("old/new"), 0700U);
     EXPECT_EQ(modeOf("old/new/below"), 0700U);
-    const std::string file = folder_.writeFile("file", "");
+    const std::string file = folder_.writeFile("folder/\xFF", "");
     EXPECT_EQ(codeOf(FileManager::createFolder(file)), ENOTDIR);
     EXPECT_EQ(codeOf(FileManager::createFolder(file + "/below")), ENOTDIR);
+
+    link("../../folder", "old/new/link");
+    link("folder", "link");
+    EXPECT_FALSE(FileManager::removeItem(path("old")));
+    EXPECT_FALSE(FileManager::removeItem(path("link")));
+    EXPECT_EQ(codeOf(FileManager::removeItem(path("old"))), ENOENT);
+    EXPECT_THAT(entries(""), UnorderedElementsAre("fifo", "folder"));
+    EXPECT_THAT(entries("folder"), UnorderedElementsAre("\xFF"));
+    EXPECT_FALSE(FileManager::removeItem(path("folder")));
 }
 
 TEST(FileManager, TheContainerLiesWhereTheEnvironmentTells) {
@@ -202,11 +199,8 @@ TEST_F(FileManagerTest, TheRuntimeFolderIsPrivateToTheUserOrRefused) {
         {std::nullopt, own},
     };
     for (const auto& [session, expected] : cases) {
-        SCOPED_TRACE(session.value_or("unset"));
         const EnvironmentVariable runtime("XDG_RUNTIME_DIR", session);
-        const auto chosen = FileManager::runtimeFolder();
-        ASSERT_TRUE(chosen);
-        EXPECT_EQ(chosen.value(), path(expected));
+        EXPECT_EQ(FileManager::runtimeFolder().value(), path(expected));
         EXPECT_EQ(modeOf(expected), 0700U);
     }
     const EnvironmentVariable unset("XDG_RUNTIME_DIR", std::nullopt);
@@ -215,6 +209,31 @@ TEST_F(FileManagerTest, TheRuntimeFolderIsPrivateToTheUserOrRefused) {
     std::filesystem::remove(path(own));
     link("private", own);
     EXPECT_FALSE(FileManager::runtimeFolder());
+}
+
+TEST(Path, LastComponentExtensionAndRestAreTakenApart) {
+    const char* const cases[][4] = {
+        {"report.tar.gz", "report.tar.gz", "gz", "report.tar"},
+        {"/a.b/notes", "notes", "", "/a.b/notes"},
+        {"/a/.profile", ".profile", "", "/a/.profile"},
+        {"/a/name.", "name.", "", "/a/name."},
+        {"/a/folder.d//", "folder.d", "d", "/a/folder"},
+        {"/", "/", "", "/"},
+        {"", "", "", ""},
+    };
+    for (const auto& [path, last, extension, rest] : cases) {
+        EXPECT_EQ(Path::lastPathComponent(path), last);
+        EXPECT_EQ(Path::pathExtension(path), extension) << path;
+        EXPECT_EQ(Path::deletingPathExtension(path), rest);
+    }
+}
+
+TEST(Path, ExactlyOneSlashIsBetweenThePartsOfAJoinedPath) {
+    EXPECT_EQ(Path::appendingPathComponent("/a//", "//b/c/"), "/a/b/c");
+    EXPECT_EQ(Path::appendingPathComponent("/", "b"), "/b");
+    EXPECT_EQ(Path::appendingPathComponent("", "/b"), "/b");
+    EXPECT_EQ(Path::appendingPathComponent("/a/", ""), "/a");
+    EXPECT_EQ(Path::appendingPathExtension("/a/Accounts/", "plist"), "/a/Accounts.plist");
 }
 
 }  // namespace
