@@ -1,7 +1,6 @@
 // The lists that the host writes beside the messages.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "model/ExtensionUtilities.h"
 #include "model/RecordFields.h"
@@ -11,12 +10,11 @@
 #include "tests/support/PropertyLists.h"
 
 namespace quillet::test {
+namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
-
-namespace {
 
 std::string entry(const std::string& key, const std::string& text) {
     return "<key>" + key + "</key><string>" + text + "</string>";
@@ -35,10 +33,19 @@ std::string textOf(const ExtensionAccount& account) {
     return text;
 }
 
-}  // namespace
+template <typename Record>
+std::string prettyprint(const std::string& entries) {
+    const auto document = documentOf("<dict>" + entries + "</dict>");
+    return Record::initWithDictonary(document.root())->prettyprint();
+}
 
 class AccountsAndAddresses : public ::testing::Test, protected OwnContainer {
 protected:
+    // The list of the data folder with this root element.
+    void write(const std::string& list, const std::string& root) const {
+        container.writeFile("SharedData/" + list + ".plist", xmlPropertyList(root));
+    }
+
     EnvironmentVariable language{"LC_ALL", "C"};
     LogCapture log;
 };
@@ -53,7 +60,7 @@ TEST_F(AccountsAndAddresses, WithoutAListThereAreNoAccountsAndNoLogLine) {
          {"<dict>" + entry("mail", "a@x") + "</dict>",
           "<array><dict><key>aliases</key><array>" + aliases + "</array></dict></array>",
           std::string("no property list")}) {
-        container.writeFile("SharedData/Accounts.plist", xmlPropertyList(root));
+        write("Accounts", root);
         EXPECT_THAT(ExtensionUtilities::Accounts(), IsEmpty());
     }
     const EnvironmentVariable none("QUILLET_CONTAINER", "");
@@ -62,15 +69,14 @@ TEST_F(AccountsAndAddresses, WithoutAListThereAreNoAccountsAndNoLogLine) {
 }
 
 TEST_F(AccountsAndAddresses, AccountsHaveTheirDefaultsAndAWrongTypeStopsItsRecordAlone) {
-    container.writeFile(
-        "SharedData/Accounts.plist",
-        xmlPropertyList(
-            "<array><dict>" + entry("enabled", "YES") + "<key>aliases</key><array><dict>" +
-            entry("mail", "a@x") + entry("name", "A") + "</dict><dict>" + entry("account", "b@x") +
-            "</dict></array></dict><dict>" + entry("mail", "b@x") +
-            "<key>type</key><array/><key>enabled</key><true/></dict><dict>" + entry("mail", "c@x") +
-            "</dict><string>no dictionary</string><dict><key>aliases</key><dict>"
-            "<key>one</key><true/><key>one</key><true/></dict></dict></array>"));
+    write("Accounts",
+          "<array><dict>" + entry("enabled", "YES") + "<key>aliases</key><array><dict>" +
+              entry("mail", "a@x") + entry("name", "A") + "</dict><dict>" +
+              entry("account", "b@x") + "</dict></array></dict><dict>" + entry("mail", "b@x") +
+              "<key>type</key><array/><key>enabled</key><true/></dict><dict>" +
+              entry("mail", "c@x") +
+              "</dict><string>no dictionary</string><dict><key>aliases</key>" +
+              "<dict><key>one</key><true/><key>one</key><true/></dict></dict></array>");
     std::vector<std::string> texts;
     const auto accounts = ExtensionUtilities::Accounts();
     for (const auto& account : accounts) {
@@ -91,31 +97,23 @@ TEST_F(AccountsAndAddresses, AccountsHaveTheirDefaultsAndAWrongTypeStopsItsRecor
 }
 
 TEST_F(AccountsAndAddresses, TextOfAnAddressOrAGroupIsMadeOfWhatItHas) {
+    const std::string mail = entry("mail", "a@x");
     const std::string berg = entry("lastName", "Berg");
-    const std::string noMail = entry("mail", "");
     const std::string family = entry("name", "Family");
-    const std::pair<std::string, const char*> addresses[] = {
-        {entry("firstName", "Anna") + berg + entry("mail", "a@x"), "Anna Berg <a@x>"},
-        {entry("company", "Acme") + entry("mail", "a@x"), "Acme <a@x>"},
-        {entry("mail", "a@x"), "<a@x>"},
-        {berg, "Berg <No Mail>"},
-        {noMail, ""},
-        {entry("firstName", "\u3000\n") + entry("company", " Acme\u00A0") + noMail, "Acme"},
-        {"<key>firstName</key><true/>" + berg, "(null) (null) <No Mail>"},
-    };
-    for (const auto& [entries, text] : addresses) {
-        const auto document = documentOf("<dict>" + entries + "</dict>");
-        EXPECT_EQ(ExtensionAddress::initWithDictonary(document.root())->prettyprint(), text);
-    }
-    const std::pair<std::string, const char*> groups[] = {
-        {"<key>addresses</key><array><dict/><true/></array>", "No Name (2)"},
-        {family, "Family"},
-        {family + "<key>addresses</key><true/>", "Family"},
-    };
-    for (const auto& [entries, text] : groups) {
-        const auto document = documentOf("<dict>" + entries + "</dict>");
-        EXPECT_EQ(ExtensionGroup::initWithDictonary(document.root())->prettyprint(), text);
-    }
+    const auto address = prettyprint<ExtensionAddress>;
+    const auto group = prettyprint<ExtensionGroup>;
+    EXPECT_EQ(address(entry("firstName", "Anna") + berg + mail), "Anna Berg <a@x>");
+    EXPECT_EQ(address(entry("company", "Acme") + mail), "Acme <a@x>");
+    EXPECT_EQ(address(mail), "<a@x>");
+    EXPECT_EQ(address(berg), "Berg <No Mail>");
+    EXPECT_EQ(address(entry("mail", "")), "");
+    EXPECT_EQ(address(entry("firstName", "\u3000\n") + entry("company", " Acme\u00A0") +
+                      entry("mail", "")),
+              "Acme");
+    EXPECT_EQ(address("<key>firstName</key><true/>" + berg), "(null) (null) <No Mail>");
+    EXPECT_EQ(group("<key>addresses</key><array><dict/><true/></array>"), "No Name (2)");
+    EXPECT_EQ(group(family), "Family");
+    EXPECT_EQ(group(family + "<key>addresses</key><true/>"), "Family");
     EXPECT_THAT(log.lines(),
                 ElementsAre(StartsWith("ExtensionAddress initWithDictonary "),
                             StartsWith("ExtensionAddress initWithDictonary "),
@@ -123,11 +121,8 @@ TEST_F(AccountsAndAddresses, TextOfAnAddressOrAGroupIsMadeOfWhatItHas) {
 }
 
 TEST_F(AccountsAndAddresses, EveryAddressIsReadAndNoGroup) {
-    container.writeFile("SharedData/Contacts/Addresses.plist",
-                        xmlPropertyList("<array><dict>" + entry("mail", "a@x") +
-                                        entry("rank", "7") + "</dict><dict/></array>"));
-    container.writeFile("SharedData/Contacts/Groups.plist",
-                        xmlPropertyList("<array><dict>" + entry("name", "g") + "</dict></array>"));
+    write("Contacts/Addresses", "<array><dict>" + entry("rank", "7") + "</dict><dict/></array>");
+    write("Contacts/Groups", "<array><dict>" + entry("name", "g") + "</dict></array>");
     const auto book = ExtensionUtilities::AddressesAndGroups();
     ASSERT_EQ(book.addresses.size(), 2U);
     EXPECT_EQ(book.addresses[0]->rank(), 7);
@@ -139,16 +134,15 @@ TEST_F(AccountsAndAddresses, MissingAddressFolderIsMadeAndOnlyAFailureIsLogged) 
     EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
     EXPECT_TRUE(platform::FileManager::folderExists(container.path("SharedData/Contacts")));
     const std::string file = container.writeFile("no-folder", "");
-    {
-        const EnvironmentVariable below("QUILLET_CONTAINER", file + "/below");
+    const EnvironmentVariable noTemporary("TMPDIR", file);
+    for (const char* variable : {"QUILLET_CONTAINER", "XDG_RUNTIME_DIR"}) {
+        const EnvironmentVariable below(variable, file + "/below");
         EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
     }
-    const EnvironmentVariable noSession("XDG_RUNTIME_DIR", file);
-    const EnvironmentVariable noTemporary("TMPDIR", file);
-    EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
     EXPECT_THAT(log.lines(),
                 ElementsAre(StartsWith("AddressesAndGroups "),
                             StartsWith("NSFileCoordinator AddressesAndGroups ")));
 }
 
+}  // namespace
 }  // namespace quillet::test

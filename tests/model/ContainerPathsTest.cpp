@@ -1,13 +1,16 @@
-#include <filesystem>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include "model/ExtensionUtilities.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
+
+using ::testing::IsEmpty;
+using ::testing::Optional;
+using ::testing::UnorderedElementsAre;
 
 TEST(ContainerPaths, DataFolderFollowsTheBundleIdentifier) {
     const std::pair<std::optional<std::string>, const char*> cases[] = {
@@ -17,29 +20,23 @@ TEST(ContainerPaths, DataFolderFollowsTheBundleIdentifier) {
         {"it.tarno.quillet.beta8.today", "SharedDataBeta"},
         {"IT.TARNO.QUILLET.BETA", "SharedData"},
     };
-    const EnvironmentVariable container("QUILLET_CONTAINER", "/tmp/box");
+    const EnvironmentVariable container("QUILLET_CONTAINER", std::nullopt);
+    const EnvironmentVariable data("XDG_DATA_HOME", "/data");
     for (const auto& [own, folder] : cases) {
         const EnvironmentVariable identifier("QUILLET_BUNDLE_IDENTIFIER", own);
-        EXPECT_EQ(ExtensionUtilities::GroupDataPath(), std::string("/tmp/box/") + folder);
+        EXPECT_EQ(ExtensionUtilities::GroupDataPath(),
+                  std::string("/data/group-containers/Q7K2M9X4TB.quillet/") + folder);
     }
-}
-
-TEST(ContainerPaths, ContainerLiesInTheUsersDataFolderUnlessToldOtherwise) {
-    const EnvironmentVariable unset("QUILLET_CONTAINER", std::nullopt);
-    const EnvironmentVariable data("XDG_DATA_HOME", "/data");
-    EXPECT_EQ(ExtensionUtilities::GroupPath(), "/data/group-containers/Q7K2M9X4TB.quillet");
     const EnvironmentVariable empty("QUILLET_CONTAINER", "");
-    EXPECT_EQ(ExtensionUtilities::GroupPath(), std::nullopt);
     EXPECT_EQ(ExtensionUtilities::GroupDataPath(), std::nullopt);
 }
 
 TEST(GetGoodPath, FreeNameGetsTheFirstUnusedNumber) {
     const TemporaryFolder folder;
-    folder.writeFile("photo.png", "");
-    folder.writeFile("photo_1.png", "");
+    for (const char* name : {"photo.png", "photo_1.png", "report.tar.gz", ".profile"}) {
+        folder.writeFile(name, "");
+    }
     folder.makeFolder("notes");
-    folder.writeFile("report.tar.gz", "");
-    folder.writeFile(".profile", "");
     const std::pair<const char*, const char*> cases[] = {
         {"new.png", "new.png"},
         {"photo.png", "photo_2.png"},
@@ -57,22 +54,17 @@ TEST(GetGoodPath, FreeNameGetsTheFirstUnusedNumber) {
 
 TEST(DirectoryContent, TellsAMissingFolderFromAnUnreadableOne) {
     const TemporaryFolder folder;
-    for (const char* name : {".DS_Store", "a.plist", "b.plist"}) {
-        folder.writeFile(name, "");
-    }
-    const auto content = [&](const std::string& name) {
-        return ExtensionUtilities::directoryContent(folder.path() + name);
-    };
-    EXPECT_THAT(content(""),
-                ::testing::Optional(::testing::UnorderedElementsAre(folder.path("a.plist"),
-                                                                    folder.path("b.plist"))));
-    EXPECT_THAT(content("/missing"), ::testing::Optional(::testing::IsEmpty()));
-    EXPECT_THAT(content("/a.plist"), ::testing::Optional(::testing::IsEmpty()));
-    if (geteuid() != 0) {  // root reads everything
-        std::filesystem::permissions(folder.path(), std::filesystem::perms::owner_exec);
-        EXPECT_EQ(content(""), std::nullopt);
-        std::filesystem::permissions(folder.path(), std::filesystem::perms::owner_all);
-    }
+    const std::string file = folder.writeFile("a.plist", "");
+    const std::string other = folder.writeFile("b.plist", "");
+    folder.writeFile(".DS_Store", "");
+    EXPECT_THAT(ExtensionUtilities::directoryContent(folder.path()),
+                Optional(UnorderedElementsAre(file, other)));
+    EXPECT_THAT(ExtensionUtilities::directoryContent(folder.path("missing")), Optional(IsEmpty()));
+    EXPECT_THAT(ExtensionUtilities::directoryContent(file), Optional(IsEmpty()));
+    ::chmod(folder.path().c_str(), 0100);
+    const OrdinaryPermissions ordinary;
+    EXPECT_EQ(ExtensionUtilities::directoryContent(folder.path()), std::nullopt);
+    ::chmod(folder.path().c_str(), 0700);
 }
 
 }  // namespace quillet::test
