@@ -28,10 +28,9 @@ template <typename Read>
 void expectWrongUsage(Read read, const std::vector<std::pair<Words, const char*>>& cases) {
     for (const auto& [words, complaint] : cases) {
         SCOPED_TRACE(complaint);
-        const auto result = readWords(read, words);
-        ASSERT_TRUE(std::holds_alternative<platform::EarlyExit>(result));
-        EXPECT_EQ(std::get<platform::EarlyExit>(result).status, 2);
-        EXPECT_THAT(std::get<platform::EarlyExit>(result).text, testing::HasSubstr(complaint));
+        const auto exit = std::get<platform::EarlyExit>(readWords(read, words));
+        EXPECT_EQ(exit.status, 2);
+        EXPECT_THAT(exit.text, testing::HasSubstr(complaint));
     }
 }
 

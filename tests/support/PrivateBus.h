@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -34,9 +35,7 @@ public:
 
     bool start() {
         daemon_ = std::make_unique<QProcess>();
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), QString::fromStdString(folder_.path()));
-        daemon_->setProcessEnvironment(environment);
+        const EnvironmentVariable services("XDG_DATA_HOME", folder_.path());
         daemon_->start(QStringLiteral("dbus-daemon"),
                        {QString::fromStdString(mode_),
                         QStringLiteral("--nofork"),

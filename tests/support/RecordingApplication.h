@@ -7,7 +7,6 @@
 #include <QStringList>
 #include <QVariantMap>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/desktop/ApplicationObject.h"
@@ -47,12 +46,10 @@ public:
             return false;
         }
         const QVariantList arguments = message.arguments();
-        Request request;
+        requests_.push_back({{}, qdbus_cast<QVariantMap>(arguments[1].value<QDBusArgument>())});
         for (const QString& url : arguments[0].toStringList()) {
-            request.urls.push_back(url.toStdString());
+            requests_.back().urls.push_back(url.toStdString());
         }
-        request.platformData = qdbus_cast<QVariantMap>(arguments[1].value<QDBusArgument>());
-        requests_.push_back(std::move(request));
         return bus.send(error_.isEmpty() ? message.createReply()
                                          : message.createErrorReply(error_, QString()));
     }

@@ -16,12 +16,16 @@
 
 namespace quillet::test {
 
-// A table without views: it counts the rows that its delegate has and keeps a selection.
-class PlainTable final : public platform::Table {
+// A tree of one table, which nothing draws: it counts the rows that its delegate has and keeps a
+// selection.
+class PlainTable final : public platform::Table, public platform::ViewTree {
 public:
     explicit PlainTable(std::weak_ptr<TodayViewController> delegate)
         : delegate_(std::move(delegate)) {}
 
+    bool exists() const noexcept override { return true; }
+    QWidget* root() const noexcept override { return nullptr; }
+    void hide() override {}
     double rowHeight() const override { return 60; }
     std::size_t numberOfRows() const override { return rows_; }
     std::ptrdiff_t selectedRow() const override { return selected_; }
@@ -43,14 +47,13 @@ private:
     std::ptrdiff_t selected_ = kNoRow;
 };
 
-// Makes trees of one table, which nothing draws.
 class PlainViews final : public TodayViewFactory {
 public:
     using Controller = std::shared_ptr<TodayViewController>;
 
     Tree makeTree(const Controller& controller) override {
-        auto tree = std::make_unique<PlainTree>(controller);
-        platform::Table* table = &tree->table;
+        auto tree = std::make_unique<PlainTable>(controller);
+        platform::Table* const table = tree.get();
         return {std::move(tree), table, nullptr, std::make_shared<platform::LayoutConstraint>(50)};
     }
     platform::TableRowView* makeRowView(platform::Table&, const Controller&) override {
@@ -61,16 +64,6 @@ public:
                                       const std::shared_ptr<ExtensionMessage>&) override {
         return nullptr;
     }
-
-private:
-    struct PlainTree final : platform::ViewTree {
-        explicit PlainTree(const Controller& controller) : table(controller) {}
-        bool exists() const noexcept override { return true; }
-        QWidget* root() const noexcept override { return nullptr; }
-        void hide() override {}
-
-        PlainTable table;
-    };
 };
 
 // A message dictionary in XML; the sender is named like the message.

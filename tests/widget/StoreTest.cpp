@@ -1,4 +1,5 @@
 // The read of the message store, on real folders: what is taken, what is skipped, what is logged.
+// And the choice of the messages that are shown.
 
 #include <fcntl.h>
 #include <filesystem>
@@ -14,30 +15,20 @@
 #include "tests/support/PropertyLists.h"
 #include "tests/support/WaitFor.h"
 #include "tests/widget/StoreFixture.h"
+#include "widget/MessageList.h"
 
 namespace quillet::test {
+namespace {
 
+using MessageList::Messages;
+using platform::Number;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 namespace fs = std::filesystem;
-
-namespace {
-
-MATCHER(StartsWithExpected, "") {
-    return std::get<0>(arg).starts_with(std::get<1>(arg));
-}
-
-// Numbers of two bytes in a binary property list.
-std::string numbers(const std::vector<std::size_t>& values) {
-    std::string bytes;
-    for (const std::size_t value : values) {
-        bytes += bigEndian(value, 2);
-    }
-    return bytes;
-}
+using namespace std::string_literals;
 
 class StoreTest : public StoreFixture {};
 
@@ -56,10 +47,10 @@ TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
     for (std::size_t record = 0; record <= kMaximumRecords; ++record) {
         tooMany += "<true/>";
     }
-    const std::pair<std::string, std::vector<std::string>> cases[] = {
-        {"", {"updateData error deserialize an empty file"}},
-        {"x", {"updateData error deserialize "}},
-        {fileXml("").substr(0, 80), {"updateData error deserialize "}},
+    const std::pair<std::string, std::vector<::testing::Matcher<std::string>>> cases[] = {
+        {"", {StartsWith("updateData error deserialize an empty file")}},
+        {"x", {StartsWith("updateData error deserialize ")}},
+        {fileXml("").substr(0, 80), {StartsWith("updateData error deserialize ")}},
         {fileXml(tooMany), {"updateData error deserialize more messages than the limit"}},
         {xmlPropertyList("<array/>"), {"updateData error deserialize no dictionary in return"}},
         {xmlPropertyList("<dict><key>account</key><true/>" + data + "</dict>"), {}},
@@ -72,7 +63,7 @@ TEST_F(StoreTest, WhatCannotBeReadIsSkippedAndTheRestIsKept) {
         writeFile("a@x", "bad.plist", bytes);
         const LogCapture lines;
         EXPECT_THAT(read(), ElementsAre("kept"));
-        EXPECT_THAT(lines.lines(), ::testing::Pointwise(StartsWithExpected(), logged));
+        EXPECT_THAT(lines.lines(), ::testing::ElementsAreArray(logged));
     }
 }
 
@@ -148,19 +139,19 @@ TEST_F(StoreTest, MessagesOfABinaryFileMayShareALongText) {
     constexpr std::size_t kMessages = 5000;
     const std::string text = "12 " + std::string(3000, 's');
     // Objects 0 to 9 are the file, its keys and values, the keys of a message and the long text.
-    std::vector<std::string> objects{"\xD3" + numbers({1, 2, 3, 4, 4, 5}),
+    std::vector<std::string> objects{"\xD3\0\1\0\2\0\3\0\4\0\4\0\5"s,
                                      ascii("folder"),
                                      ascii("account"),
                                      ascii("data"),
                                      "\x09",
-                                     "\xAF\x11" + numbers({kMessages}),
+                                     "\xAF\x11" + bigEndian(kMessages, 2),
                                      ascii("subject"),
                                      ascii("flip"),
                                      ascii("date"),
-                                     "\x5F\x11" + numbers({text.size()}) + text};
+                                     "\x5F\x11" + bigEndian(text.size(), 2) + text};
     for (std::size_t message = 0; message < kMessages; ++message) {
-        objects[5] += numbers({objects.size()});
-        objects.push_back("\xD3" + numbers({6, 7, 8, 9, 9, 9}));
+        objects[5] += bigEndian(objects.size(), 2);
+        objects.push_back("\xD3\0\6\0\7\0\10\0\11\0\11\0\11"s);
     }
     writeFile("a@x", "1.plist", binaryFile(objects, 2, 4));
     const auto messages = TodayViewController::updateData();
@@ -173,21 +164,17 @@ TEST_F(StoreTest, MessagesOfABinaryFileMayShareALongText) {
 
 TEST_F(StoreTest, FilesThatComeAndGoDuringTheReadDoNoHarm) {
     writeFile("a@x", "steady.plist", fileXml(messageXml("steady", 1)));
-    std::atomic<bool> done = false;
-    std::thread host([&] {
+    std::jthread host([&](const std::stop_token& done) {
         const std::string path = container.path("SharedData/Today/a@x/flicker.plist");
-        while (!done) {
+        while (!done.stop_requested()) {
             std::ofstream(path) << fileXml(messageXml("flicker", 2));
             fs::rename(path, path + "-renamed");
             fs::remove(path + "-renamed");
         }
     });
     for (int round = 0; round < 200; ++round) {
-        const auto found = read();
-        EXPECT_NE(std::find(found.begin(), found.end(), "steady"), found.end());
+        EXPECT_THAT(read(), ::testing::Contains("steady"));
     }
-    done = true;
-    host.join();
 }
 
 TEST_F(StoreTest, FailedCoordinationIsLoggedAndReadsNothing) {
@@ -215,6 +202,76 @@ TEST_F(StoreTest, ReadWaitsForTheHostThatWritesInTheStore) {
     reader.join();
     EXPECT_THAT(found, ElementsAre("whole"));
     EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+std::shared_ptr<ExtensionMessage> message(const std::string& messageId,
+                                          std::optional<Number> folder = Number(std::int64_t{1})) {
+    auto made = ExtensionMessage::init();
+    made->setMessageId(messageId);
+    made->setAccount("a@x");
+    made->setFolderStandardId(folder);
+    return made;
+}
+
+std::string identifiers(const Messages& messages) {
+    std::string text;
+    for (const auto& one : messages) {
+        text += one->messageId().value_or("-");
+    }
+    return text;
+}
+
+ExtensionMessageList listOf(Messages messages) {
+    return std::make_shared<const Messages>(std::move(messages));
+}
+
+TEST(MessageList, SortIsDescendingStableAndPutsUndatedLast) {
+    const auto block = RecordBlock::make();
+    EXPECT_TRUE(MessageList::sortedNewestFirst(block).empty());
+    std::string name = "a";
+    for (const std::optional<double> date : std::initializer_list<std::optional<double>>{
+             1, std::nullopt, 2, 1, -5, std::nullopt, 1e300, 1.0000000000000002}) {
+        block->reserve(1);
+        ExtensionMessage& record = block->append();
+        record.setMessageId(name);
+        record.setDate(date);
+        ++name.front();
+    }
+    EXPECT_EQ(identifiers(MessageList::sortedNewestFirst(block)), "gchadebf");
+}
+
+TEST(MessageList, StoredSegmentChoosesTheFolder) {
+    const auto all = listOf({message("i"),
+                             message("t", Number(11.0)),
+                             message("b", Number(true)),
+                             message("m", Number(std::uint64_t{12})),
+                             message("o", Number(std::int64_t{13})),
+                             message("n", std::nullopt),
+                             message("z", Number(std::int64_t{0}))});
+    const auto before = listOf({message("x"), message("x"), message("y")});
+    const std::pair<std::int64_t, const char*> cases[] = {
+        {0, "itbmonz"},
+        {1, "ib"},
+        {2, "t"},
+        {3, "m"},
+        {4, "o"},
+        {5, "xy"},
+        {INT64_MIN, "xy"},
+    };
+    for (const auto& [segmented, shown] : cases) {
+        EXPECT_EQ(identifiers(*MessageList::toShow(all, before, segmented)), shown) << segmented;
+    }
+    EXPECT_TRUE(MessageList::toShow(all, nullptr, 7)->empty());
+}
+
+TEST(MessageList, TheNewestTenOfTheSegmentAreShownAndOfThemNoDuplicates) {
+    Messages all;
+    for (const char identifier : std::string("tuv1234267890ab")) {
+        const std::int64_t folder = identifier >= 't' ? 11 : 1;
+        all.push_back(message({identifier}, Number(folder)));
+    }
+    EXPECT_EQ(identifiers(*MessageList::toShow(listOf(all), nullptr, 1)), "123467890");
+    EXPECT_EQ(identifiers(*MessageList::toShow(listOf(all), nullptr, 0)), "tuv123467");
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
-// The lists that the host writes beside the messages.
+// Where the container lies, and the lists that the host writes beside the messages.
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "model/ExtensionUtilities.h"
 #include "model/RecordFields.h"
 #include "platform/files/FileManager.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/OrdinaryPermissions.h"
 #include "tests/support/OwnContainer.h"
 #include "tests/support/PropertyLists.h"
 
@@ -14,23 +16,80 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Optional;
 using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
+
+TEST(ContainerPaths, DataFolderFollowsTheBundleIdentifier) {
+    const std::pair<std::optional<std::string>, const char*> cases[] = {
+        {std::nullopt, "SharedData"},
+        {"it.tarno.quillet2", "SharedData"},
+        {"it.tarno.quillet.beta11", "SharedDataBeta"},
+        {"it.tarno.quillet.beta8.today", "SharedDataBeta"},
+        {"IT.TARNO.QUILLET.BETA", "SharedData"},
+    };
+    const EnvironmentVariable container("QUILLET_CONTAINER", std::nullopt);
+    const EnvironmentVariable data("XDG_DATA_HOME", "/data");
+    for (const auto& [own, folder] : cases) {
+        const EnvironmentVariable identifier("QUILLET_BUNDLE_IDENTIFIER", own);
+        EXPECT_EQ(ExtensionUtilities::GroupDataPath(),
+                  std::string("/data/group-containers/Q7K2M9X4TB.quillet/") + folder);
+    }
+    const EnvironmentVariable empty("QUILLET_CONTAINER", "");
+    EXPECT_EQ(ExtensionUtilities::GroupDataPath(), std::nullopt);
+}
+
+TEST(GetGoodPath, FreeNameGetsTheFirstUnusedNumber) {
+    const TemporaryFolder folder;
+    for (const char* name : {"photo.png", "photo_1.png", "report.tar.gz", ".profile"}) {
+        folder.writeFile(name, "");
+    }
+    folder.makeFolder("notes");
+    const std::pair<const char*, const char*> cases[] = {
+        {"new.png", "new.png"},
+        {"photo.png", "photo_2.png"},
+        {"photo_1.png", "photo_1_1.png"},
+        {"notes", "notes_1"},
+        {"report.tar.gz", "report.tar_1.gz"},
+        {".profile", ".profile_1"},
+    };
+    for (const auto& [name, free] : cases) {
+        EXPECT_EQ(RequestUtils::GetGoodPath(name, folder.path()), folder.path(free));
+    }
+    EXPECT_EQ(RequestUtils::GetGoodPath(std::nullopt, folder.path()), std::nullopt);
+    EXPECT_EQ(RequestUtils::GetGoodPath("a", std::nullopt), std::nullopt);
+}
+
+TEST(DirectoryContent, TellsAMissingFolderFromAnUnreadableOne) {
+    const TemporaryFolder folder;
+    const std::string file = folder.writeFile("a.plist", "");
+    const std::string other = folder.writeFile("b.plist", "");
+    folder.writeFile(".DS_Store", "");
+    EXPECT_THAT(ExtensionUtilities::directoryContent(folder.path()),
+                Optional(UnorderedElementsAre(file, other)));
+    EXPECT_THAT(ExtensionUtilities::directoryContent(folder.path("missing")), Optional(IsEmpty()));
+    EXPECT_THAT(ExtensionUtilities::directoryContent(file), Optional(IsEmpty()));
+    ::chmod(folder.path().c_str(), 0100);
+    const OrdinaryPermissions ordinary;
+    EXPECT_EQ(ExtensionUtilities::directoryContent(folder.path()), std::nullopt);
+    ::chmod(folder.path().c_str(), 0700);
+}
 
 std::string entry(const std::string& key, const std::string& text) {
     return "<key>" + key + "</key><string>" + text + "</string>";
 }
 
 std::string textOf(const ExtensionAccount& account) {
-    std::string text = account.mail().value_or("none") + "|" + account.name().value_or("none") +
-                       "|" + std::to_string(account.type()) + (account.enabled() ? "|on" : "|off");
+    const auto text = [](const auto& field) { return field.value_or("none"); };
+    std::string all = text(account.mail()) + "|" + text(account.name()) + "|" +
+                      std::to_string(account.type()) + (account.enabled() ? "|on" : "|off");
     if (!account.aliases()) {
-        return text + "|unread";
+        return all + "|unread";
     }
     for (const auto& alias : *account.aliases()) {
-        text += "|" + alias->mail().value_or("none") + "," + alias->name().value_or("none") + "," +
-                alias->account().value_or("none");
+        all += "|" + text(alias->mail()) + "," + text(alias->name()) + "," + text(alias->account());
     }
-    return text;
+    return all;
 }
 
 template <typename Record>
@@ -46,7 +105,6 @@ protected:
         container.writeFile("SharedData/" + list + ".plist", xmlPropertyList(root));
     }
 
-    EnvironmentVariable language{"LC_ALL", "C"};
     LogCapture log;
 };
 
@@ -120,24 +178,22 @@ TEST_F(AccountsAndAddresses, TextOfAnAddressOrAGroupIsMadeOfWhatItHas) {
                             StartsWith("ExtensionGroup initWithDictonary ")));
 }
 
-TEST_F(AccountsAndAddresses, EveryAddressIsReadAndNoGroup) {
+TEST_F(AccountsAndAddresses, EveryAddressIsReadAndNoGroupAndAMissingFolderIsMade) {
+    const auto addresses = [] { return ExtensionUtilities::AddressesAndGroups().addresses; };
+    EXPECT_THAT(addresses(), IsEmpty());
+    EXPECT_TRUE(platform::FileManager::folderExists(container.path("SharedData/Contacts")));
     write("Contacts/Addresses", "<array><dict>" + entry("rank", "7") + "</dict><dict/></array>");
     write("Contacts/Groups", "<array><dict>" + entry("name", "g") + "</dict></array>");
-    const auto book = ExtensionUtilities::AddressesAndGroups();
-    ASSERT_EQ(book.addresses.size(), 2U);
-    EXPECT_EQ(book.addresses[0]->rank(), 7);
-    EXPECT_EQ(book.addresses[1]->description(), "ExtensionAddress No Mail");
-    EXPECT_THAT(book.groups, IsEmpty());
-}
-
-TEST_F(AccountsAndAddresses, MissingAddressFolderIsMadeAndOnlyAFailureIsLogged) {
-    EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
-    EXPECT_TRUE(platform::FileManager::folderExists(container.path("SharedData/Contacts")));
+    ASSERT_EQ(addresses().size(), 2U);
+    EXPECT_EQ(addresses()[0]->rank(), 7);
+    EXPECT_EQ(addresses()[1]->description(), "ExtensionAddress No Mail");
+    EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().groups, IsEmpty());
+    EXPECT_THAT(log.lines(), IsEmpty());
     const std::string file = container.writeFile("no-folder", "");
     const EnvironmentVariable noTemporary("TMPDIR", file);
     for (const char* variable : {"QUILLET_CONTAINER", "XDG_RUNTIME_DIR"}) {
         const EnvironmentVariable below(variable, file + "/below");
-        EXPECT_THAT(ExtensionUtilities::AddressesAndGroups().addresses, IsEmpty());
+        EXPECT_THAT(addresses(), IsEmpty());
     }
     EXPECT_THAT(log.lines(),
                 ElementsAre(StartsWith("AddressesAndGroups "),
