@@ -1,14 +1,11 @@
 #pragma once
 
-#include <QPalette>
 #include <QTest>
-#include <QWidget>
-#include <QWindow>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "platform/ui/SegmentedControl.h"
 #include "views/TodayHeaderView.h"
 #include "views/TodayTableView.h"
 #include "views/TodayTableViewCell.h"
@@ -74,6 +71,7 @@ struct WidgetWindow {
     }
 
     TodayHeaderView& header() { return *controller->myHeaderView(); }
+    platform::SegmentedControl& control() { return *header().control(); }
     TodayTableView& table() { return static_cast<TodayTableView&>(*controller->myTableView()); }
     TodayTableViewCell& cell(std::size_t row) {
         return static_cast<TodayTableViewCell&>(*table().cellAtRow(row));

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <optional>
 
 #include "platform/presentation/AnimationContext.h"
 #include "platform/presentation/LayoutConstraint.h"
@@ -12,8 +11,8 @@ namespace {
 using platform::AnimationContext;
 using platform::LayoutConstraint;
 
-// Sets the constant in a group and holds the animation still.
-void slide(LayoutConstraint& constraint, double constant) {
+// Sets the constant in a group and holds the animation still; returns what moves.
+QVariantAnimation* slide(LayoutConstraint& constraint, double constant) {
     AnimationContext::runGroup([&] {
         AnimationContext::runGroup([] {});  // ends within the outer one
         constraint.setConstant(constant);
@@ -21,44 +20,36 @@ void slide(LayoutConstraint& constraint, double constant) {
     if (QVariantAnimation* animation = runningAnimation()) {
         animation->pause();
     }
+    return runningAnimation();
 }
 
 TEST(LayoutConstraint, SlidesInsideAGroupSlowAtBothEndsAndStartsFromWhereItIs) {
     LayoutConstraint constraint(50);
-    slide(constraint, 150);
+    QVariantAnimation* movement = slide(constraint, 150);
     EXPECT_EQ(constraint.constant(), 150);
-    runningAnimation()->setCurrentTime(25);
+    movement->setCurrentTime(25);
     EXPECT_LT(constraint.presentedConstant(), 55);
-    runningAnimation()->setCurrentTime(225);
+    movement->setCurrentTime(225);
     EXPECT_GT(constraint.presentedConstant(), 145);
-    slide(constraint, 150);
-    EXPECT_EQ(runningAnimation()->currentTime(), 225) << "on the way there already";
-    runningAnimation()->setCurrentTime(125);
+    EXPECT_EQ(slide(constraint, 150)->currentTime(), 225) << "on the way there already";
+    movement->setCurrentTime(125);
     EXPECT_NEAR(constraint.presentedConstant(), 100, 0.5);
-    slide(constraint, 20.3);
+    slide(constraint, 20.3)->resume();
     EXPECT_NEAR(constraint.presentedConstant(), 100, 0.5);
-    runningAnimation()->resume();
     EXPECT_TRUE(waitUntil([] { return runningAnimation() == nullptr; }));
     EXPECT_EQ(constraint.presentedConstant(), 20.3);
 }
 
-TEST(LayoutConstraint, JumpsOutsideAGroupAndWhereAnimationsAreOff) {
-    LayoutConstraint constraint(50);
-    slide(constraint, 150);
-    constraint.setConstant(120);
-    EXPECT_EQ(constraint.presentedConstant(), 120);
-    EXPECT_EQ(runningAnimation(), nullptr);
-    AnimationContext::setEnabled(false);
-    slide(constraint, 150);
-    AnimationContext::setEnabled(true);
-    EXPECT_EQ(constraint.presentedConstant(), 150);
-}
-
-TEST(LayoutConstraint, MayDieWhileItSlides) {
-    std::optional<LayoutConstraint> constraint(std::in_place, 50);
+TEST(LayoutConstraint, JumpsOutsideAGroupAndWhereAnimationsAreOffAndMayDieWhileItSlides) {
+    auto constraint = std::make_unique<LayoutConstraint>(50);
     slide(*constraint, 150);
-    runningAnimation()->setCurrentTime(100);
-    runningAnimation()->resume();
+    constraint->setConstant(120);
+    EXPECT_EQ(constraint->presentedConstant(), 120);
+    AnimationContext::setEnabled(false);
+    EXPECT_EQ(slide(*constraint, 150), nullptr);
+    AnimationContext::setEnabled(true);
+    EXPECT_EQ(constraint->presentedConstant(), 150);
+    slide(*constraint, 60)->resume();
     constraint.reset();
     EXPECT_EQ(runningAnimation(), nullptr);
 }

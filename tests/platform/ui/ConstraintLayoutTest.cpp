@@ -11,131 +11,97 @@ namespace {
 
 using platform::ConstraintLayout;
 
-class Box : public QWidget {
-public:
-    explicit Box(int width = 30) : hint(width, 16) {}
+struct Box : QWidget {
     QSize sizeHint() const override { return hint; }
-
-    QSize hint;
+    QSize hint{30, 16};
 };
 
-// A container with the views "a" and "b".
-class ConstraintLayoutTest : public testing::Test {
-protected:
-    // Adds the string; returns the description of the exception that it raises.
-    std::string add(const std::string& text) {
-        try {
-            layout_->addConstraints(
-                text, {{"a", a_}, {"b", b_}, {"stranger", &stranger_}, {"none", nullptr}});
-        } catch (const platform::Exception& exception) {
-            return exception.description();
-        }
-        return "";
-    }
-    void place(int width) {
-        layout_->activate();
-        layout_->setGeometry({0, 0, width, 60});
+// A container that places the views "a" and "b".
+struct Container : QWidget {
+    void add(const std::string& text) {
+        layout->addConstraints(text, {{"a", a}, {"b", b}, {"stranger", &stranger}, {"none", {}}});
     }
 
-    QWidget container_;
-    ConstraintLayout* layout_ = new ConstraintLayout(&container_);
-    Box* a_ = new Box;
-    Box* b_ = new Box;
-    Box stranger_;
+    ConstraintLayout* layout = new ConstraintLayout(this);
+    Box* a = new Box;
+    Box* b = new Box;
+    QWidget stranger;
 };
 
-TEST_F(ConstraintLayoutTest, LengthsAreWhatTheStringSays) {
-    const struct {
-        const char* text;
-        int minimum, aWidth, bLeft;  // a and b are 30 points wide if nothing else is said
-    } cases[] = {
-        {"H:|[a][b]|", 0, 30, 30},
-        {"H:|-[a(==35)]-[b]-|", 83, 35, 63},
-        {"H:|-(10)-[a(>=11,<=21)]-12-[b]-|", 53, 21, 43},
-        {"|-(-5)-[a(40.0)]-(>=7)-[b(20)]-5-|", 67, 40, 275},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.text);
-        delete layout_;
-        layout_ = new ConstraintLayout(&container_);
-        add(row.text);
-        EXPECT_EQ(layout_->minimumSize().width(), row.minimum);
-        place(300);
-        EXPECT_EQ(a_->width(), row.aWidth);
-        EXPECT_EQ(b_->x(), row.bLeft);
-    }
-}
-
-TEST_F(ConstraintLayoutTest, OfTwoViewsInALineTheRightOneGivesWay) {
+TEST(ConstraintLayout, LengthsAreWhatTheStringSaysAndOfTwoOpenViewsTheRightOneGivesWay) {
     constexpr int kSame = ConstraintLayout::kDefaultCompressionResistance;
+    constexpr const char* kLine = "H:|-(35)-[a]-(>=10)-[b]-(20)-|";
     const struct {
         const char* name;
-        int aHint, bHint, bResistance, aWidth, bWidth;
+        const char* text;
+        int aHint, bHint, bResistance;
+        int minimum, aWidth, bLeft, bWidth;  // the widths in a container of 320 points
     } cases[] = {
-        {"a long one to a short one", 400, 90, kSame, 165, 90},
-        {"one point too long", 166, 90, kSame, 165, 90},
-        {"also the right one", 90, 400, kSame, 90, 165},
-        {"to one that resists more", 90, 200, kSame + 1, 55, 200},
-        {"one that fills the line leaves nothing", 90, 400, kSame + 1, 0, 255},
+        {"no gaps", "H:|[a][b]|", 30, 30, kSame, 0, 30, 30, 290},
+        {"standard gaps", "H:|-[a(==35)]-[b]-|", 30, 30, kSame, 83, 35, 63, 237},
+        {"bounds", "H:|-(10)-[a(>=11,<=21)]-12-[b]-|", 30, 30, kSame, 53, 21, 43, 257},
+        {"any gap", "|-(-5)-[a(40.0)]-(>=7)-[b(20)]-5-|", 30, 30, kSame, 67, 40, 295, 20},
+        {"a long one gives way to a short one", kLine, 400, 90, kSame, 65, 165, 210, 90},
+        {"one point too long", kLine, 166, 90, kSame, 65, 165, 210, 90},
+        {"also the right one", kLine, 90, 400, kSame, 65, 90, 135, 165},
+        {"to one that resists more", kLine, 90, 200, kSame + 1, 65, 55, 100, 200},
+        {"one that fills the line leaves nothing", kLine, 90, 400, kSame + 1, 65, 0, 45, 255},
     };
-    add("H:|-(35)-[a]-(>=10)-[b]-(20)-|");
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
-        a_->hint.setWidth(row.aHint);
-        b_->hint.setWidth(row.bHint);
-        layout_->setCompressionResistance(b_, row.bResistance);
-        place(320);
-        EXPECT_EQ(a_->geometry(), QRect(35, 0, row.aWidth, 16));
-        EXPECT_EQ(b_->width(), row.bWidth);
+        Container views;
+        views.a->hint.setWidth(row.aHint);
+        views.b->hint.setWidth(row.bHint);
+        views.add(row.text);
+        views.layout->setCompressionResistance(views.b, row.bResistance);
+        EXPECT_EQ(views.layout->minimumSize().width(), row.minimum);
+        views.layout->setGeometry({0, 0, 320, 60});
+        EXPECT_EQ(views.a->geometry().size(), QSize(row.aWidth, 16));
+        EXPECT_EQ(views.b->geometry(), QRect(row.bLeft, 0, row.bWidth, 16));
     }
 }
 
-TEST_F(ConstraintLayoutTest, AStringThatCannotHoldIsNamedAndChangesNothing) {
-    add("H:|-(35)-[a]-(>=10)-[b]-(20)-|");
-    const std::pair<const char*, const char*> cases[] = {
-        {"H:[a]-(0)-[b]", "contradicts"},
-        {"V:[stranger]-(0)-[nobody]", "unknown view"},
-        {"H:[none]", "unknown view"},
-        {"", "offset 0: expected "},
-        {"H:|", "offset 3: expected "},
-        {"D:[a]", "offset 0: expected "},
-        {"[1a]", "offset 1: expected "},
-        {"[a(", "offset 3: expected "},
-        {"[a(10]", "offset 5: expected "},
-        {"[a]-(5)-", "offset 8: expected "},
-        {"[a]|x", "offset 4: expected "},
-        {"[a(nan)]", "offset 3: expected "},
-        {"[a(2000000)]", "offset 3: expected "},
-    };
-    for (const auto& [text, problem] : cases) {
-        SCOPED_TRACE(text);
-        EXPECT_THAT(add(text),
-                    testing::AllOf(testing::HasSubstr("\"" + std::string(text) + "\""),
-                                   testing::HasSubstr(problem)));
+TEST(ConstraintLayout, AStringThatCannotHoldIsNamedAndChangesNothing) {
+    Container views;
+    views.add("H:|-(35)-[a]-(>=10)-[b]-(20)-|");
+    for (const auto& [text, problem] : {
+             std::pair("H:[a]-(0)-[b]", "\"H:[a]-(0)-[b]\" contradicts"),
+             {"V:[stranger]-(0)-[nobody]", "unknown view"},
+             {"H:[none]", "unknown view"},
+             {"", "\"\", offset 0: expected "},
+             {"H:|", "offset 3: expected "},
+             {"[1a]", "offset 1: expected "},
+             {"[a(10]", "offset 5: expected "},
+             {"[a]-(5)-", "offset 8: expected "},
+             {"[a]|x", "offset 4: expected "},
+             {"[a(nan)]", "offset 3: expected "},
+             {"[a(2000000)]", "offset 3: expected "},
+         }) {
+        EXPECT_THAT(([&, text = text] { views.add(text); }),
+                    testing::Throws<platform::Exception>(testing::Property(
+                        &platform::Exception::description, testing::HasSubstr(problem))));
     }
-    EXPECT_EQ(stranger_.parentWidget(), nullptr);
-    place(320);
-    EXPECT_EQ(b_->geometry(), QRect(270, 0, 30, 16));
+    EXPECT_EQ(views.stranger.parentWidget(), nullptr);
+    views.layout->setGeometry({0, 0, 320, 60});
+    EXPECT_EQ(views.b->geometry(), QRect(270, 0, 30, 16));
 }
 
-TEST_F(ConstraintLayoutTest, AHeightFollowsItsConstraintAndAViewThatIsGoneTakesNoRoom) {
-    for (const char* text : {"H:|-(0)-[b(320)]-(0)-|", "V:|-(0)-[a(30)]-(5)-[b]-(0)-|"}) {
-        add(text);
-    }
+TEST(ConstraintLayout, AHeightFollowsItsConstraintAndAViewThatIsGoneTakesNoRoom) {
+    Container views;
+    views.add("H:|-(0)-[b(320)]-(0)-|");
+    views.add("V:|-(0)-[a(30)]-(5)-[b]-(0)-|");
     const auto height = std::make_shared<platform::LayoutConstraint>(50);
-    layout_->addHeightConstraint(b_, height);
-    EXPECT_EQ(layout_->sizeHint(), QSize(320, 85));
-    container_.resize(320, 400);
-    container_.show();
-    EXPECT_EQ(b_->geometry(), QRect(0, 35, 320, 50));
+    views.layout->addHeightConstraint(views.b, height);
+    EXPECT_EQ(views.layout->sizeHint(), QSize(320, 85));
+    views.show();
     height->setConstant(120);
     QCoreApplication::processEvents();
-    EXPECT_EQ(b_->geometry(), QRect(0, 35, 320, 120));
-    delete b_;
+    EXPECT_EQ(views.b->geometry(), QRect(0, 35, 320, 120));
+    delete views.b;
     height->setConstant(1);  // nobody follows it any more
     QCoreApplication::processEvents();
-    EXPECT_EQ(a_->height(), 30);
-    EXPECT_EQ(layout_->count(), 1);
+    EXPECT_EQ(views.a->height(), 30);
+    EXPECT_EQ(views.layout->count(), 1);
 }
 
 }  // namespace

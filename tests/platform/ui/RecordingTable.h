@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QTest>
-#include <QWidget>
+#include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/ui/ImageButton.h"
@@ -23,34 +24,28 @@ public:
         first->setAccessibleName(QStringLiteral("First"));
         first->setGeometry(252, 30, 20, 20);
     }
-    QString accessibleRowName() const override {
-        return QString::fromStdString(text->stringValue());
-    }
+    QString accessibleRowName() const override { return text->displayedText(); }
 
     platform::TextField* text = new platform::TextField(this);
     platform::ImageButton* second = new platform::ImageButton(this);
     platform::ImageButton* first = new platform::ImageButton(this);
 };
 
-// An active window with a field before and after a table that shows `rows`. Records what happens.
-// The second button of a row removes it.
+// An active window with a field before and after a table that shows `rows`. Records what happens
+// as "selected 1;first of a;". The second button of a row removes it.
 class RecordingTable : public platform::TableDelegate {
 public:
     explicit RecordingTable(std::vector<std::string> names) : rows(std::move(names)) {
-        before->setFocusPolicy(Qt::TabFocus);
-        before->setGeometry(0, 0, 320, 20);
+        window.resize(320, 640);
         table->setGeometry(0, 20, 320, 600);
+        before->setFocusPolicy(Qt::TabFocus);
         after->setFocusPolicy(Qt::TabFocus);
-        after->setGeometry(0, 620, 320, 20);
         table->setRowHeight(60);
         table->setDelegate(self_);
         table->setClock([this] { return now; });
-        window.resize(320, 640);
         window.show();
         window.activateWindow();
-        if (!QTest::qWaitForWindowActive(&window)) {
-            events.emplace_back("the window is not active");
-        }
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         table->reloadData();
         pass(200);
     }
@@ -63,21 +58,18 @@ public:
     platform::TableCellView* tableView_viewForTableColumn_row(platform::Table& /*table*/,
                                                               std::size_t row) override {
         auto* cell = static_cast<NamedCell*>(table->reusableCell("cell"));
-        if (cell == nullptr) {
-            cell = new NamedCell;
-            ++cellsMade;
-        }
+        cell = cell != nullptr ? cell : new NamedCell;
         cell->text->setStringValue(rows[row]);
-        cell->first->setAction(
-            [=, this] { events.push_back("first of " + cell->text->stringValue()); });
+        const std::string name = rows[row];
+        cell->first->setAction([=, this] { events += "first of " + name + ";"; });
         cell->second->setAction([=, this] {
-            events.push_back("second of " + cell->text->stringValue());
+            events += "second of " + name + ";";
             removeRow(static_cast<std::size_t>(table->rowOfView(cell)));
         });
         return cell;
     }
     void tableViewSelectionDidChange() override {
-        events.push_back("selected " + std::to_string(table->selectedRow()));
+        events += "selected " + std::to_string(table->selectedRow()) + ";";
     }
 
     // Removes a row and holds its animation still.
@@ -102,33 +94,33 @@ public:
         }
     }
 
-    // The texts and the tops of the rows on the screen.
-    std::vector<std::pair<std::string, int>> shown() const {
-        std::vector<std::pair<std::string, int>> found;
+    // The texts and the tops of the rows on the screen: "a 0;b 60;".
+    std::string shown() const {
+        std::string found;
         for (std::size_t row = 0; row < table->numberOfRows(); ++row) {
-            found.emplace_back(table->cellAtRow(row)->accessibleRowName().toStdString(),
-                               table->rowViewAtRow(row)->y());
+            found += table->cellAtRow(row)->accessibleRowName().toStdString() + " " +
+                     std::to_string(table->rowViewAtRow(row)->y()) + ";";
         }
         return found;
     }
 
-    // Real mouse events at a place of the table (points), with real hit-testing.
+    // Real mouse events at a place of the table (points), and what happened until their end.
     void press(QPoint place) {
         QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, place + table->pos());
     }
     void release(QPoint place) {
         QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, place + table->pos());
     }
-    void click(QPoint place) {
+    std::string click(QPoint place) {
         press(place);
         release(place);
+        return takeEvents();
     }
-    std::vector<std::string> takeEvents() { return std::exchange(events, {}); }
+    std::string takeEvents() { return std::exchange(events, {}); }
 
     std::chrono::steady_clock::time_point now;  // the table's clock
     std::vector<std::string> rows;
-    std::vector<std::string> events;
-    int cellsMade = 0;
+    std::string events;
     QWidget window;
     QWidget* before = new QWidget(&window);
     platform::TableView* table = new platform::TableView(&window);
