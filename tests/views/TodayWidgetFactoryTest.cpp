@@ -4,7 +4,7 @@
 
 #include "platform/ui/SegmentedControl.h"
 #include "platform/ui/SlidingRow.h"
-#include "tests/platform/presentation/RunningAnimation.h"
+#include "tests/platform/ui/Rendering.h"
 #include "tests/views/WidgetWindow.h"
 
 namespace quillet::test {

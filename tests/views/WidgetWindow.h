@@ -62,9 +62,7 @@ struct WidgetWindow {
     }
     void click(const QWidget& view) { click(view, view.rect().center()); }
 
-    QRect frame(const QWidget& view) const {
-        return {view.mapTo(&window, QPoint(0, 0)), view.size()};
-    }
+    QRect frame(const QWidget& view) const { return {view.mapTo(&window, QPoint()), view.size()}; }
     // What the window shows at the view's place.
     QImage picture(const QWidget& view) {
         return window.grab(frame(view)).toImage().convertToFormat(QImage::Format_RGB32);

@@ -9,7 +9,7 @@
 #include "platform/ui/ImageButton.h"
 #include "platform/ui/TableView.h"
 #include "platform/ui/TextField.h"
-#include "tests/platform/presentation/RunningAnimation.h"
+#include "tests/platform/ui/Rendering.h"
 
 namespace quillet::test {
 

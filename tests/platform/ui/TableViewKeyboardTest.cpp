@@ -2,7 +2,6 @@
 #include <QApplication>
 #include <QScrollArea>
 #include <gmock/gmock.h>
-#include <map>
 
 #include "platform/ui/Accessibility.h"
 #include "tests/platform/ui/RecordingTable.h"
@@ -12,6 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 using enum Qt::Key;
 
 class TableViewKeyboard : public testing::Test {
@@ -101,14 +101,10 @@ TEST_F(TableViewKeyboard, TheFocusFollowsItsRowAndNoOtherRowsButtonGetsIt) {
 }
 
 TEST_F(TableViewKeyboard, AScreenReaderIsToldOfRowsThatComeAndGoAndLastOfTheRowWithTheFocus) {
-    std::vector<std::string> told;
+    std::vector<std::pair<QAccessible::Event, std::string>> told;
     platform::setScreenReaderObserver([&](QWidget* view, QAccessible::Event what) {
-        const std::map<QAccessible::Event, std::string> words{
-            {QAccessible::Focus, "focus "},
-            {QAccessible::ObjectCreated, "come "},
-            {QAccessible::ObjectDestroyed, "gone "}};
-        const QAccessibleInterface* row = QAccessible::queryAccessibleInterface(view);
-        told.push_back(words.at(what) + row->text(QAccessible::Name).toStdString());
+        const auto* row = QAccessible::queryAccessibleInterface(view);
+        told.emplace_back(what, row->text(QAccessible::Name).toStdString());
     });
     const auto takeTold = [&] {
         QCoreApplication::processEvents();
@@ -117,17 +113,26 @@ TEST_F(TableViewKeyboard, AScreenReaderIsToldOfRowsThatComeAndGoAndLastOfTheRowW
     data_.before->setFocus();
     press({Key_Tab});
     EXPECT_THAT(told, IsEmpty()) << "the toolkit has yet to announce the table";
-    EXPECT_THAT(takeTold(), ElementsAre("focus a"));
+    EXPECT_THAT(takeTold(), ElementsAre(Pair(QAccessible::Focus, "a")));
     press({Key_Tab, Key_Tab});
     EXPECT_THAT(takeTold(), IsEmpty()) << "the toolkit announces the buttons";
     press({Key_Return});
-    EXPECT_THAT(takeTold(), ElementsAre("gone a", "focus b"));
+    EXPECT_THAT(
+        takeTold(),
+        ElementsAre(Pair(QAccessible::ObjectDestroyed, "a"), Pair(QAccessible::Focus, "b")));
     data_.removeRow(0);
-    EXPECT_THAT(takeTold(), ElementsAre("gone b", "focus c"));
+    EXPECT_THAT(
+        takeTold(),
+        ElementsAre(Pair(QAccessible::ObjectDestroyed, "b"), Pair(QAccessible::Focus, "c")));
     data_.reload({"new", "c"}, 1);
-    EXPECT_THAT(takeTold(), ElementsAre("gone c", "come ", "come ", "focus c"));
+    EXPECT_THAT(takeTold(),
+                ElementsAre(Pair(QAccessible::ObjectDestroyed, "c"),
+                            Pair(QAccessible::ObjectCreated, ""),
+                            Pair(QAccessible::ObjectCreated, ""),
+                            Pair(QAccessible::Focus, "c")));
     data_.removeRow(0);
-    EXPECT_THAT(takeTold(), ElementsAre("gone new")) << "the focus has not moved";
+    EXPECT_THAT(takeTold(), ElementsAre(Pair(QAccessible::ObjectDestroyed, "new")))
+        << "the focus has not moved";
     platform::setScreenReaderObserver(nullptr);
 }
 
@@ -139,9 +144,8 @@ TEST_F(TableViewKeyboard, AScrollAreaFollowsTheKeyboard) {
     area.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&area));
     const auto showsCurrentRow = [this] {
-        const QWidget* row =
-            data_.table->rowViewAtRow(static_cast<std::size_t>(data_.table->currentRow()));
-        return row->visibleRegion().boundingRect().size() == row->size();
+        const auto current = static_cast<std::size_t>(data_.table->currentRow());
+        return data_.table->rowViewAtRow(current)->visibleRegion().boundingRect().height() == 60;
     };
     data_.before->setFocus();
     for (const Qt::Key key : {Key_Tab, Key_End, Key_Tab, Key_Up, Key_Up}) {

@@ -4,7 +4,6 @@
 #include "platform/presentation/AnimationContext.h"
 #include "platform/ui/SlidingRow.h"
 #include "tests/platform/ui/RecordingTable.h"
-#include "tests/platform/ui/Rendering.h"
 
 namespace quillet::test {
 namespace {
