@@ -32,6 +32,12 @@ private:
     QAbstractButton* button_;
 };
 
+// Whether a focus came because the user moved it by keyboard.
+inline bool isByKeyboard(Qt::FocusReason reason) {
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+           reason == Qt::ShortcutFocusReason;
+}
+
 // Tells screen readers what happened to a view. Main thread only.
 void tellScreenReaders(QWidget* view, QAccessible::Event what);
 // The observer is called before screen readers are told, even if none listens; pass none to end it.

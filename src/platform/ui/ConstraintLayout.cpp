@@ -23,116 +23,76 @@ constexpr ConstraintSolver::Position kFarEdge = 1;
 // The priority of a view's wish not to be larger than its size hint.
 constexpr int kHugging = 250;
 
-ConstraintSolver::Position nearEdge(std::size_t view) {
-    return 2 * view + 2;
-}
-
-ConstraintSolver::Position farEdge(std::size_t view) {
-    return 2 * view + 3;
-}
-
-void demandBounds(ConstraintSolver& solver,
+bool demandBounds(ConstraintSolver& solver,
                   ConstraintSolver::Position from,
                   ConstraintSolver::Position to,
-                  const LengthBounds& bounds,
-                  std::string_view visualFormat) {
-    for (const LengthBound& bound : bounds) {
-        const bool holds =
-            (bound.relation == Relation::AtMost || solver.demandAtLeast(from, to, bound.points)) &&
-            (bound.relation == Relation::AtLeast || solver.demandAtMost(from, to, bound.points));
-        if (!holds) {
-            throw Exception("layout string \"" + std::string(visualFormat) +
-                            "\" contradicts the strings before it");
-        }
-    }
+                  const LengthBounds& bounds) {
+    return std::all_of(bounds.begin(), bounds.end(), [&](const LengthBound& bound) {
+        return (bound.relation == Relation::AtMost ||
+                solver.demandAtLeast(from, to, bound.points)) &&
+               (bound.relation == Relation::AtLeast || solver.demandAtMost(from, to, bound.points));
+    });
 }
 
-void demandChain(ConstraintSolver& solver,
+// `views` are the near edges of the format's views. Returns false for a contradiction.
+bool demandChain(ConstraintSolver& solver,
                  const VisualFormat& format,
-                 const std::vector<std::size_t>& views,
-                 std::string_view visualFormat) {
-    if (format.leadingGap) {
-        demandBounds(solver, kNearEdge, nearEdge(views.front()), *format.leadingGap, visualFormat);
+                 const std::vector<ConstraintSolver::Position>& views) {
+    bool holds =
+        !format.leadingGap || demandBounds(solver, kNearEdge, views.front(), *format.leadingGap);
+    for (std::size_t i = 0; holds && i < views.size(); ++i) {
+        const ConstraintSolver::Position far = views[i] + 1;
+        holds =
+            demandBounds(solver, views[i], far, format.views[i].size) &&
+            (i == format.gaps.size() || demandBounds(solver, far, views[i + 1], format.gaps[i]));
     }
-    for (std::size_t i = 0; i < views.size(); ++i) {
-        demandBounds(
-            solver, nearEdge(views[i]), farEdge(views[i]), format.views[i].size, visualFormat);
-        if (i < format.gaps.size()) {
-            demandBounds(
-                solver, farEdge(views[i]), nearEdge(views[i + 1]), format.gaps[i], visualFormat);
-        }
-    }
-    if (format.trailingGap) {
-        demandBounds(solver, farEdge(views.back()), kFarEdge, *format.trailingGap, visualFormat);
-    }
+    return holds && (!format.trailingGap ||
+                     demandBounds(solver, views.back() + 1, kFarEdge, *format.trailingGap));
 }
 
-ConstraintSolver solverOfContainer() {
-    ConstraintSolver solver;
-    solver.addPosition();
-    solver.addPosition();
-    static_cast<void>(solver.demandAtLeast(kNearEdge, kFarEdge, 0));
-    return solver;
-}
-
-void addViewEdges(ConstraintSolver& solver) {
+// Adds the two edges of a view or of the container; returns the near one. The far one follows it.
+ConstraintSolver::Position addEdges(ConstraintSolver& solver) {
     const ConstraintSolver::Position near = solver.addPosition();
-    const ConstraintSolver::Position far = solver.addPosition();
-    static_cast<void>(solver.demandAtLeast(near, far, 0));
+    static_cast<void>(solver.demandAtLeast(near, solver.addPosition(), 0));
+    return near;
 }
 
 }  // namespace
 
 struct ConstraintLayout::State {
     struct View {
-        QWidget* widget = nullptr;  // null after it was taken out
         std::unique_ptr<QLayoutItem> item;
+        ConstraintSolver::Position near;  // its near edge, on both axes
         int compressionResistance = kDefaultCompressionResistance;
-        std::shared_ptr<LayoutConstraint> height;
+        std::shared_ptr<LayoutConstraint> height = nullptr;
+
+        ConstraintSolver::Position far() const { return near + 1; }
     };
 
-    std::vector<View> views;
-    std::array<ConstraintSolver, 2> solvers{solverOfContainer(), solverOfContainer()};
+    State() { std::for_each(solvers.begin(), solvers.end(), addEdges); }
 
-    static std::size_t index(Axis axis) { return axis == Axis::Horizontal ? 0 : 1; }
-    const ConstraintSolver& solver(Axis axis) const { return solvers[index(axis)]; }
+    std::vector<View> views;
+    std::array<ConstraintSolver, 2> solvers;  // one for each axis
 
     View* viewOf(const QWidget* widget);
-    std::size_t presentIndex(int index) const;
-    void append(QWidget* widget, std::unique_ptr<QLayoutItem> item);
-
     ConstraintSolver fitted(Axis axis) const;
     void wishSizeHints(Axis axis, ConstraintSolver& solver) const;
     std::vector<double> places(Axis axis, int length) const;
 };
 
 ConstraintLayout::State::View* ConstraintLayout::State::viewOf(const QWidget* widget) {
-    const auto found = std::find_if(
-        views.begin(), views.end(), [widget](const View& view) { return view.widget == widget; });
+    const auto found = std::find_if(views.begin(), views.end(), [widget](const View& view) {
+        return view.item->widget() == widget;
+    });
     return found == views.end() ? nullptr : &*found;
-}
-
-// The place in `views` of the index-th view that is still in the layout, or views.size().
-std::size_t ConstraintLayout::State::presentIndex(int index) const {
-    std::size_t i = 0;
-    for (; i < views.size(); ++i) {
-        if (views[i].item && index-- == 0) {
-            break;
-        }
-    }
-    return i;
-}
-
-void ConstraintLayout::State::append(QWidget* widget, std::unique_ptr<QLayoutItem> item) {
-    views.push_back({.widget = widget, .item = std::move(item), .height = {}});
 }
 
 // The constraints of an axis, with the present heights of the views that follow a constraint.
 ConstraintSolver ConstraintLayout::State::fitted(Axis axis) const {
-    ConstraintSolver result = solver(axis);
-    for (std::size_t i = 0; axis == Axis::Vertical && i < views.size(); ++i) {
-        if (views[i].height && views[i].widget != nullptr) {
-            result.wish(nearEdge(i), farEdge(i), views[i].height->presentedConstant());
+    ConstraintSolver result = solvers.at(static_cast<std::size_t>(axis));
+    for (const View& view : views) {
+        if (axis == Axis::Vertical && view.height) {
+            result.wish(view.near, view.far(), view.height->presentedConstant());
         }
     }
     return result;
@@ -142,16 +102,16 @@ void ConstraintLayout::State::wishSizeHints(Axis axis, ConstraintSolver& solver)
     struct Wish {
         int priority;
         int hint;
-        std::size_t view;
+        const View* view;
         Relation relation;
     };
     std::vector<Wish> wishes;
-    for (std::size_t i = 0; i < views.size(); ++i) {
-        const QSize hint = views[i].widget != nullptr ? views[i].widget->sizeHint() : QSize();
+    for (const View& view : views) {
+        const QSize hint = view.item->widget()->sizeHint();
         const int length = axis == Axis::Horizontal ? hint.width() : hint.height();
         if (length >= 0) {
-            wishes.push_back({views[i].compressionResistance, length, i, Relation::AtLeast});
-            wishes.push_back({kHugging, length, i, Relation::AtMost});
+            wishes.push_back({view.compressionResistance, length, &view, Relation::AtLeast});
+            wishes.push_back({kHugging, length, &view, Relation::AtMost});
         }
     }
     std::stable_sort(wishes.begin(), wishes.end(), [](const Wish& a, const Wish& b) {
@@ -159,9 +119,9 @@ void ConstraintLayout::State::wishSizeHints(Axis axis, ConstraintSolver& solver)
     });
     for (const Wish& wish : wishes) {
         if (wish.relation == Relation::AtLeast) {
-            solver.wishAtLeast(nearEdge(wish.view), farEdge(wish.view), wish.hint);
+            solver.wishAtLeast(wish.view->near, wish.view->far(), wish.hint);
         } else {
-            solver.wishAtMost(nearEdge(wish.view), farEdge(wish.view), wish.hint);
+            solver.wishAtMost(wish.view->near, wish.view->far(), wish.hint);
         }
     }
 }
@@ -179,45 +139,45 @@ ConstraintLayout::ConstraintLayout(QWidget* parent)
 }
 
 ConstraintLayout::~ConstraintLayout() {
-    for (const State::View& view : state_->views) {
-        if (view.height) {
-            view.height->setObserver({});
-        }
+    while (count() > 0) {
+        delete takeAt(0);
     }
 }
 
 void ConstraintLayout::addConstraints(std::string_view visualFormat, ViewsByName views) {
     const VisualFormat format = parseVisualFormat(visualFormat);
+    const std::string quoted = "layout string \"" + std::string(visualFormat) + "\"";
     std::array<ConstraintSolver, 2> solvers = state_->solvers;
-    std::vector<QWidget*> added;
-    std::vector<std::size_t> chain;
+    std::vector<std::pair<QWidget*, ConstraintSolver::Position>> added;
+    std::vector<ConstraintSolver::Position> chain;
     for (const VisualFormat::View& view : format.views) {
         const auto* named = std::find_if(views.begin(), views.end(), [&view](const auto& pair) {
             return pair.first == view.name;
         });
         if (named == views.end() || named->second == nullptr || named->second == parentWidget()) {
-            throw Exception("layout string \"" + std::string(visualFormat) +
-                            "\" names the unknown view \"" + view.name + "\"");
+            throw Exception(quoted + " names the unknown view \"" + view.name + "\"");
         }
         QWidget* widget = named->second;
-        const State::View* known = state_->viewOf(widget);
-        const auto twice = std::find(added.begin(), added.end(), widget);
-        if (known != nullptr) {
-            chain.push_back(static_cast<std::size_t>(known - state_->views.data()));
+        if (const State::View* known = state_->viewOf(widget)) {
+            chain.push_back(known->near);
             continue;
         }
-        chain.push_back(state_->views.size() + static_cast<std::size_t>(twice - added.begin()));
+        auto twice = std::find_if(added.begin(), added.end(), [widget](const auto& pair) {
+            return pair.first == widget;
+        });
         if (twice == added.end()) {
-            added.push_back(widget);
-            std::for_each(solvers.begin(), solvers.end(), addViewEdges);
+            addEdges(solvers[0]);
+            twice = added.insert(twice, {widget, addEdges(solvers[1])});
         }
+        chain.push_back(twice->second);
     }
-    demandChain(solvers[State::index(format.axis)], format, chain, visualFormat);
-
+    if (!demandChain(solvers.at(static_cast<std::size_t>(format.axis)), format, chain)) {
+        throw Exception(quoted + " contradicts the strings before it");
+    }
     state_->solvers = std::move(solvers);
-    for (QWidget* widget : added) {
+    for (const auto& [widget, near] : added) {
         addChildWidget(widget);
-        state_->append(widget, std::make_unique<QWidgetItem>(widget));
+        state_->views.push_back({std::make_unique<QWidgetItem>(widget), near});
     }
     update();
 }
@@ -244,33 +204,30 @@ void ConstraintLayout::setCompressionResistance(QWidget* view, int priority) {
 }
 
 void ConstraintLayout::addItem(QLayoutItem* item) {
-    std::for_each(state_->solvers.begin(), state_->solvers.end(), addViewEdges);
-    state_->append(item->widget(), std::unique_ptr<QLayoutItem>(item));
+    addEdges(state_->solvers[0]);
+    state_->views.push_back({std::unique_ptr<QLayoutItem>(item), addEdges(state_->solvers[1])});
 }
 
 int ConstraintLayout::count() const {
-    return static_cast<int>(std::count_if(state_->views.begin(),
-                                          state_->views.end(),
-                                          [](const State::View& view) { return !!view.item; }));
+    return static_cast<int>(state_->views.size());
 }
 
 QLayoutItem* ConstraintLayout::itemAt(int index) const {
-    const std::size_t i = state_->presentIndex(index);
-    return i < state_->views.size() ? state_->views[i].item.get() : nullptr;
+    const bool inside = index >= 0 && index < count();
+    return inside ? state_->views[static_cast<std::size_t>(index)].item.get() : nullptr;
 }
 
 QLayoutItem* ConstraintLayout::takeAt(int index) {
-    const std::size_t i = state_->presentIndex(index);
-    if (i >= state_->views.size()) {
+    if (itemAt(index) == nullptr) {
         return nullptr;
     }
-    State::View& view = state_->views[i];
-    view.widget = nullptr;
-    if (view.height) {
-        view.height->setObserver({});
-        view.height.reset();
+    const auto taken = state_->views.begin() + index;
+    if (taken->height) {
+        taken->height->setObserver({});
     }
-    return view.item.release();
+    QLayoutItem* item = taken->item.release();
+    state_->views.erase(taken);
+    return item;
 }
 
 QSize ConstraintLayout::sizeHint() const {
@@ -278,10 +235,8 @@ QSize ConstraintLayout::sizeHint() const {
         ConstraintSolver solver = state_->fitted(axis);
         state_->wishSizeHints(axis, solver);
         // Views that no string ties to the far edge should lie inside the container too.
-        for (std::size_t i = 0; i < state_->views.size(); ++i) {
-            if (state_->views[i].widget != nullptr) {
-                solver.wishAtLeast(farEdge(i), kFarEdge, 0);
-            }
+        for (const State::View& view : state_->views) {
+            solver.wishAtLeast(view.far(), kFarEdge, 0);
         }
         return static_cast<int>(std::lround(solver.least(kNearEdge, kFarEdge)));
     };
@@ -301,18 +256,15 @@ void ConstraintLayout::setGeometry(const QRect& rect) {
     const std::vector<double> ys = state_->places(Axis::Vertical, rect.height());
     const bool mirrored =
         parentWidget() != nullptr && parentWidget()->layoutDirection() == Qt::RightToLeft;
-    for (std::size_t i = 0; i < state_->views.size(); ++i) {
-        QWidget* widget = state_->views[i].widget;
-        if (widget == nullptr) {
-            continue;
-        }
+    for (const State::View& view : state_->views) {
         // Rounding edges instead of sizes lets adjacent views touch on the screen.
-        const auto left = static_cast<int>(std::lround(xs[nearEdge(i)]));
-        const auto right = static_cast<int>(std::lround(xs[farEdge(i)]));
-        const auto top = static_cast<int>(std::lround(ys[nearEdge(i)]));
-        const auto bottom = static_cast<int>(std::lround(ys[farEdge(i)]));
+        const auto left = static_cast<int>(std::lround(xs[view.near]));
+        const auto right = static_cast<int>(std::lround(xs[view.far()]));
+        const auto top = static_cast<int>(std::lround(ys[view.near]));
+        const auto bottom = static_cast<int>(std::lround(ys[view.far()]));
         const int x = mirrored ? rect.width() - right : left;
-        widget->setGeometry(rect.x() + x, rect.y() + top, right - left, bottom - top);
+        view.item->widget()->setGeometry(
+            {rect.x() + x, rect.y() + top, right - left, bottom - top});
     }
 }
 

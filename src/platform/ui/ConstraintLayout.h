@@ -46,7 +46,7 @@ public:
     void setCompressionResistance(QWidget* view, int priority);
 
     // QLayout
-    void addItem(QLayoutItem* item) override;
+    void addItem(QLayoutItem* item) override;  // of a widget
     int count() const override;
     QLayoutItem* itemAt(int index) const override;
     QLayoutItem* takeAt(int index) override;

@@ -1,7 +1,6 @@
 #include "platform/ui/Image.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <png.h>
 #include <string>
@@ -35,18 +34,13 @@ QImage readPng(const std::string& path) {
 }  // namespace
 
 Image Image::named(std::string_view name) {
-    struct Variant {
-        const char* suffix;
-        double devicePixelRatio;
-    };
-    static constexpr std::array<Variant, 3> kVariants{
-        {{".png", 1}, {"@2x.png", 2}, {"@3x.png", 3}}};
     std::vector<QImage> representations;
-    for (const Variant& variant : kVariants) {
-        const std::string file = "images/" + std::string(name) + variant.suffix;
+    for (const int ratio : {1, 2, 3}) {
+        const std::string suffix = ratio == 1 ? "" : "@" + std::to_string(ratio) + "x";
+        const std::string file = "images/" + std::string(name) + suffix + ".png";
         const std::optional<std::string> path = Bundle::main().pathForResource(file);
         QImage image = path ? readPng(*path) : QImage();
-        image.setDevicePixelRatio(variant.devicePixelRatio);
+        image.setDevicePixelRatio(ratio);
         representations.push_back(std::move(image));
     }
     return Image(std::move(representations));

@@ -187,10 +187,7 @@ void SegmentedControl::paintEvent(QPaintEvent* /*event*/) {
 }
 
 std::size_t SegmentedControl::segmentAt(QPoint point) const {
-    const auto found =
-        std::find_if(segments_.begin(), segments_.end(), [point](const QAbstractButton* segment) {
-            return segment->geometry().contains(point);
-        });
+    const auto found = std::find(segments_.begin(), segments_.end(), childAt(point));
     return found == segments_.end() ? kNoSegment
                                     : static_cast<std::size_t>(found - segments_.begin());
 }
@@ -230,9 +227,7 @@ bool SegmentedControl::event(QEvent* event) {
 bool SegmentedControl::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        const bool byKeyboard = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-                                reason == Qt::ShortcutFocusReason;
-        setShowsFocus(byKeyboard || (focusVisible_ && reason != Qt::MouseFocusReason));
+        setShowsFocus(isByKeyboard(reason) || (focusVisible_ && reason != Qt::MouseFocusReason));
     }
     return QWidget::eventFilter(watched, event);
 }
@@ -253,15 +248,14 @@ void SegmentedControl::mouseReleaseEvent(QMouseEvent* event) {
 
 // The segment that a key leads to: at either end the selected one, kNoSegment for other keys.
 std::size_t SegmentedControl::segmentForKey(int key) const {
-    const bool mirrored = isRightToLeft();
     const std::size_t last = segmentCount() - 1;
     const std::size_t next = std::min(look_.selected + 1, last);
     const std::size_t previous = look_.selected == 0 ? 0 : look_.selected - 1;
     switch (key) {
         case Qt::Key_Left:
-            return mirrored ? next : previous;
+            return isRightToLeft() ? next : previous;
         case Qt::Key_Right:
-            return mirrored ? previous : next;
+            return isRightToLeft() ? previous : next;
         case Qt::Key_Up:
             return previous;
         case Qt::Key_Down:

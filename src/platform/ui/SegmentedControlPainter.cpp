@@ -23,45 +23,9 @@ constexpr double kDisabledOpacity = 0.4;
 
 }  // namespace
 
-struct SegmentedControlPainter::Colors {
-    QColor track;
-    QColor separator;
-    QColor hover;
-    QColor press;
-    QColor plate;
-    QColor pressedPlate;
-    QColor plateEdge;
-    QColor shadow;  // of each of its layers
-    QColor label;
-    QColor selectedLabel;
-};
-
-const SegmentedControlPainter::Colors& SegmentedControlPainter::colors() const {
-    static const Colors kLight{
-        .track = QColor(0, 0, 0, 20),
-        .separator = QColor(0, 0, 0, 33),
-        .hover = QColor(0, 0, 0, 13),
-        .press = QColor(0, 0, 0, 28),
-        .plate = QColor(255, 255, 255),
-        .pressedPlate = QColor(240, 240, 240),
-        .plateEdge = QColor(0, 0, 0, 15),
-        .shadow = QColor(0, 0, 0, 15),
-        .label = QColor(0, 0, 0, 166),
-        .selectedLabel = QColor(0, 0, 0, 217),
-    };
-    static const Colors kDark{
-        .track = QColor(255, 255, 255, 26),
-        .separator = QColor(255, 255, 255, 41),
-        .hover = QColor(255, 255, 255, 15),
-        .press = QColor(255, 255, 255, 28),
-        .plate = QColor(255, 255, 255, 66),
-        .pressedPlate = QColor(255, 255, 255, 51),
-        .plateEdge = QColor(255, 255, 255, 20),
-        .shadow = QColor(0, 0, 0, 0),
-        .label = QColor(255, 255, 255, 166),
-        .selectedLabel = QColor(255, 255, 255, 235),
-    };
-    return dark ? kDark : kLight;
+// Black at the first alpha in the light look, white at the second in the dark one.
+QColor SegmentedControlPainter::ink(int lightAlpha, int darkAlpha) const {
+    return dark ? QColor(255, 255, 255, darkAlpha) : QColor(0, 0, 0, lightAlpha);
 }
 
 QRectF segmentSpan(const QRect& control,
@@ -105,7 +69,7 @@ QRectF SegmentedControlPainter::plateRect(const QPainter& painter, double positi
 
 void SegmentedControlPainter::paintTrack(QPainter& painter) const {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(colors().track);
+    painter.setBrush(ink(20, 26));
     painter.drawRoundedRect(alignedToPixels(painter, rect), kTrackRadius, kTrackRadius);
 }
 
@@ -115,7 +79,7 @@ void SegmentedControlPainter::paintSeparators(QPainter& painter) const {
         const auto place = static_cast<double>(i);
         const double away = std::min(std::abs(plate - place), std::abs(plate + 1 - place));
         const bool covered = plate < place && place < plate + 1;
-        QColor color = colors().separator;
+        QColor color = ink(33, 41);
         color.setAlphaF(color.alphaF() * static_cast<float>(covered ? 0 : std::min(1.0, away)));
         const QRectF segment = segmentSpan(rect, labels.size(), place, direction);
         const double x = direction == Qt::RightToLeft ? segment.right() : segment.left();
@@ -134,7 +98,7 @@ void SegmentedControlPainter::paintHover(QPainter& painter) const {
         return;
     }
     painter.setPen(Qt::NoPen);
-    painter.setBrush(pressed == marked && hovered == marked ? colors().press : colors().hover);
+    painter.setBrush(pressed == marked && hovered == marked ? ink(28, 28) : ink(13, 15));
     painter.drawRoundedRect(
         plateRect(painter, static_cast<double>(marked)), kPlateRadius, kPlateRadius);
 }
@@ -150,20 +114,23 @@ void SegmentedControlPainter::paintPlate(QPainter& painter) const {
             place.adjusted(-half, -half, half, half), kPlateRadius + half, kPlateRadius + half);
     }
     painter.setPen(Qt::NoPen);
-    if (!focused && colors().shadow.alpha() > 0) {
-        painter.setBrush(colors().shadow);
+    if (!focused && !dark) {
+        painter.setBrush(QColor(0, 0, 0, 15));
         for (const double spread : {1.5, 1.0, 0.5}) {  // points; together a soft edge
             const QRectF layer =
                 place.translated(0, 0.75).adjusted(-spread, -spread, spread, spread);
             painter.drawRoundedRect(layer, kPlateRadius + spread, kPlateRadius + spread);
         }
     }
-    painter.setBrush(pressed == selected ? colors().pressedPlate : colors().plate);
+    const bool isPressed = pressed == selected;
+    painter.setBrush(dark        ? QColor(255, 255, 255, isPressed ? 51 : 66)
+                     : isPressed ? QColor(240, 240, 240)
+                                 : QColor(Qt::white));
     painter.drawRoundedRect(place, kPlateRadius, kPlateRadius);
     if (dark) {
         const double hairline = pixelSize(painter);
         const double half = hairline / 2;
-        painter.setPen(QPen(colors().plateEdge, hairline));
+        painter.setPen(QPen(QColor(255, 255, 255, 20), hairline));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(
             place.adjusted(half, half, -half, -half), kPlateRadius - half, kPlateRadius - half);
@@ -176,7 +143,7 @@ void SegmentedControlPainter::paintLabels(QPainter& painter) const {
         const QRectF segment = segmentSpan(rect, labels.size(), static_cast<double>(i), direction);
         const QRectF room = segment.adjusted(kLabelPadding, 0, -kLabelPadding, 0);
         const bool strong = i == selected || i == hovered;
-        painter.setPen(strong ? colors().selectedLabel : colors().label);
+        painter.setPen(strong ? ink(217, 235) : ink(166, 166));
         painter.setLayoutDirection(directionOf(labels[i]));
         painter.drawText(room,
                          Qt::AlignCenter | Qt::TextSingleLine,

@@ -39,8 +39,7 @@ struct SegmentedControlPainter {
     void paint(QPainter& painter) const;
 
 private:
-    struct Colors;
-    const Colors& colors() const;
+    QColor ink(int lightAlpha, int darkAlpha) const;
     QRectF plateRect(const QPainter& painter, double position) const;
     void paintTrack(QPainter& painter) const;
     void paintSeparators(QPainter& painter) const;

@@ -21,13 +21,8 @@ constexpr std::chrono::milliseconds kTimeToSee{200};
 
 // A reused cell has the geometry of its old place until its layouts run.
 void activateLayouts(QWidget* view) {
-    if (view->layout() != nullptr) {
-        view->layout()->activate();
-    }
-    for (QWidget* child : view->findChildren<QWidget*>()) {
-        if (child->layout() != nullptr) {
-            child->layout()->activate();
-        }
+    for (QLayout* layout : view->findChildren<QLayout*>()) {
+        layout->activate();
     }
 }
 

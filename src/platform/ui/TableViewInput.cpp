@@ -94,10 +94,7 @@ void TableView::updateKeyboardMark() {
 }
 
 void TableView::noteReason(Qt::FocusReason reason) {
-    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-        reason == Qt::ShortcutFocusReason) {
-        state_->keyboardUsed = true;
-    }
+    state_->keyboardUsed = state_->keyboardUsed || isByKeyboard(reason);
 }
 
 QVariant TableView::inputMethodQuery(Qt::InputMethodQuery query) const {
