@@ -227,9 +227,6 @@ std::ptrdiff_t TableView::controlNumber(const QWidget* control) const {
 
 // The control of a row with that number in visual order, or null.
 QWidget* TableView::controlOfRow(std::ptrdiff_t row, std::ptrdiff_t control) const {
-    if (!state_->hasRow(row)) {
-        return nullptr;
-    }
     const std::vector<QWidget*> controls = controlsOfRow(static_cast<std::size_t>(row));
     const bool inside = control >= 0 && static_cast<std::size_t>(control) < controls.size();
     return inside ? controls[static_cast<std::size_t>(control)] : nullptr;
@@ -303,18 +300,14 @@ bool TableView::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     if (event->type() == QEvent::FocusIn) {
-        auto* control = static_cast<QWidget*>(watched);
-        const std::ptrdiff_t row = rowOfView(control);
+        const std::ptrdiff_t row = rowOfView(static_cast<QWidget*>(watched));
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        const bool byTab = reason == Qt::BacktabFocusReason;
         noteReason(reason);
-        if (byTab && row != state_->current && state_->hasRow(state_->current)) {
-            const auto controls = controlsOfRow(static_cast<std::size_t>(state_->current));
-            if (focusControl(state_->current,
-                             static_cast<std::ptrdiff_t>(controls.size()) - 1,
-                             Qt::BacktabFocusReason)) {
-                return true;
-            }
+        const auto controls = controlsOfRow(static_cast<std::size_t>(state_->current));
+        if (reason == Qt::BacktabFocusReason && row != state_->current &&
+            focusControl(
+                state_->current, static_cast<std::ptrdiff_t>(controls.size()) - 1, reason)) {
+            return true;
         }
         if (row != kNoRow) {
             setCurrentRow(row);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "platform/base/Ascii.h"
 #include "platform/base/Exception.h"
@@ -29,11 +30,6 @@ public:
     VisualFormat parse();
 
 private:
-    struct Gap {
-        LengthBounds bounds;
-        bool standard = false;
-    };
-
     bool take(std::string_view token);
     void expect(std::string_view token);
     [[noreturn]] void fail(const std::string& expected) const;
@@ -41,7 +37,7 @@ private:
 
     Axis axis();
     VisualFormat::View view();
-    Gap gap();
+    LengthBounds gap(bool leading);
     LengthBounds boundsInParentheses();
     LengthBound bound();
     double number();
@@ -69,26 +65,20 @@ void Parser::fail(const std::string& expected) const {
                     std::to_string(position_) + ": expected " + expected);
 }
 
-LengthBounds edgeBounds(const LengthBounds& bounds, bool standard) {
-    return standard ? LengthBounds{{Relation::Equal, kStandardEdgeGap}} : bounds;
-}
-
 VisualFormat Parser::parse() {
     VisualFormat format;
     format.axis = axis();
     if (take("|")) {
-        const Gap leading = gap();
-        format.leadingGap = edgeBounds(leading.bounds, leading.standard);
+        format.leadingGap = gap(true);
     }
     format.views.push_back(view());
     while (position_ < text_.size()) {
-        const Gap next = gap();
+        LengthBounds next = gap(false);
         if (take("|")) {
-            format.trailingGap = edgeBounds(next.bounds, next.standard);
+            format.trailingGap = std::move(next);
             break;
         }
-        format.gaps.push_back(next.standard ? LengthBounds{{Relation::Equal, kStandardGap}}
-                                            : next.bounds);
+        format.gaps.push_back(std::move(next));
         format.views.push_back(view());
     }
     if (position_ < text_.size()) {
@@ -121,12 +111,13 @@ VisualFormat::View Parser::view() {
     return view;
 }
 
-Parser::Gap Parser::gap() {
+LengthBounds Parser::gap(bool leading) {
     if (!take("-")) {
-        return {{{Relation::Equal, 0}}};
+        return {{Relation::Equal, 0}};
     }
     if (peek() == '[' || peek() == '|') {
-        return {{}, true};
+        const bool atEdge = leading || peek() == '|';
+        return {{Relation::Equal, atEdge ? kStandardEdgeGap : kStandardGap}};
     }
     LengthBounds bounds;
     if (peek() == '(') {
@@ -137,7 +128,7 @@ Parser::Gap Parser::gap() {
         bounds.push_back({Relation::Equal, number()});
     }
     expect("-");
-    return {bounds};
+    return bounds;
 }
 
 LengthBounds Parser::boundsInParentheses() {
