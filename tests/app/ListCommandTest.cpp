@@ -13,41 +13,33 @@ namespace quillet::test {
 
 using Json = nlohmann::json;
 
-class ListCommandTest : public StoreFixture {
-protected:
-    static Json json(std::optional<std::int64_t> segment) {
-        return Json::parse(listRows(ListFormat::Json, segment));
-    }
-};
+using ListCommandTest = StoreFixture;
 
 TEST_F(ListCommandTest, JsonHoldsEveryFieldWithItsKind) {
-    writeFile("a@x",
-              "1.plist",
-              fileXml("<dict><key>messageId</key><string>id</string>"
-                      "<key>subject</key><string>\"S\"\n</string>"
-                      "<key>date</key><integer>1700000000</integer>"
-                      "<key>folderStid</key><integer>12</integer><key>isUnread</key><true/>"
-                      "<key>idx</key><integer>-1</integer><key>acc_idx</key><integer>3</integer>"
-                      "</dict><string>no message</string>"));
-    Json object = json(0);
+    writeFile("a@x", "1.plist", fileXml(R"(<dict><key>messageId</key><string>id</string>
+        <key>subject</key><string>"S"
+</string>
+        <key>date</key><integer>1700000000</integer><key>folderStid</key><integer>12</integer>
+        <key>isUnread</key><true/><key>idx</key><integer>-1</integer>
+        <key>acc_idx</key><integer>3</integer></dict><string>no message</string>)"));
+    Json object = Json::parse(listRows(ListFormat::Json, 0));
     EXPECT_NE(object["messages"][0]["dateString"].get<std::string>(), "");
     object["messages"][0].erase("dateString");
-    const Json expected = Json::parse(
-        R"({"segment": 0, "result": "NCUpdateResultNewData", "read": 2, "messages": [
+    EXPECT_EQ(object["container"], container.path());
+    object.erase("container");
+    EXPECT_EQ(object, Json::parse(R"({
+        "segment": 0, "result": "NCUpdateResultNewData", "read": 2, "messages": [
             {"messageId": "id", "account": "", "from": "", "subject": "\"S\"\n", "folderPath": "",
              "date": 1.7e9, "folderStandardId": 12, "unread": true,
              "idx": 18446744073709551615, "acc_idx": 3},
             {"messageId": null, "account": null, "from": null, "subject": null, "folderPath": null,
              "dateString": null, "date": null, "folderStandardId": null, "unread": null,
-             "idx": 0, "acc_idx": 0}]})");
-    EXPECT_EQ(object["container"], container.path());
-    object.erase("container");
-    EXPECT_EQ(object, expected);
+             "idx": 0, "acc_idx": 0}]})"));
 }
 
 TEST_F(ListCommandTest, WithoutAContainerThereIsNoData) {
     const EnvironmentVariable none("QUILLET_CONTAINER", "");
-    const Json object = json(0);
+    const Json object = Json::parse(listRows(ListFormat::Json, 0));
     EXPECT_TRUE(object["container"].is_null());
     EXPECT_EQ(object["result"], "NCUpdateResultNoData");
     EXPECT_EQ(listRows(ListFormat::Text, 0), "No messages\n");

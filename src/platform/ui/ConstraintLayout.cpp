@@ -139,8 +139,10 @@ ConstraintLayout::ConstraintLayout(QWidget* parent)
 }
 
 ConstraintLayout::~ConstraintLayout() {
-    while (count() > 0) {
-        delete takeAt(0);
+    for (const State::View& view : state_->views) {
+        if (view.height) {
+            view.height->setObserver({});
+        }
     }
 }
 
