@@ -123,6 +123,7 @@ QVariantAnimation* slide(LayoutConstraint& constraint, double constant) {
 TEST(LayoutConstraint, SlidesInsideAGroupSlowAtBothEndsAndStartsFromWhereItIs) {
     LayoutConstraint constraint(50);
     QVariantAnimation* movement = slide(constraint, 150);
+    ASSERT_NE(movement, nullptr);
     EXPECT_EQ(constraint.constant(), 150);
     movement->setCurrentTime(25);
     EXPECT_LT(constraint.presentedConstant(), 55);
