@@ -22,39 +22,35 @@ protected:
     static Outcome share(const std::vector<std::string>& arguments, const std::string& input = {}) {
         return runProgram("quillet-share", arguments, input);
     }
-    static std::string parameter(const std::string& url, const std::string& key) {
-        const ParameterMap map = RequestUtils::URLQueryParameters(url);
-        const auto* value = map.find(key);
-        return value != nullptr ? std::get<std::string>(*value) : "none";
-    }
-
     std::vector<std::string> folders(const std::string& place = "SharedData") const {
         return platform::FileManager::contentsOfFolder(container.path(place)).value();
     }
+
+    std::string file = files.writeFile("a.txt", "text");
 };
 
 TEST_F(QuilletShareTest, WhatIsSharedReachesTheHostInTheForeground) {
-    const RecordingApplication host(QStringLiteral("it.tarno.quillet"));
-    const std::string file = files.writeFile("a.txt", "text");
+    const RecordingApplication host("it.tarno.quillet");
     const Outcome outcome = share(
         {file, "https://x.example", "-", "--title", "T & t", "--to=a@x", "--to=b@x"}, "Zo\u00EB");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.errors, "");
-    ASSERT_EQ(host.requests().size(), 1U);
+    ASSERT_TRUE(host.gets(1));
     const auto& request = host.requests().front();
-    EXPECT_TRUE(request.platformData.contains(QStringLiteral("activation-token")));
-    ASSERT_EQ(request.urls.size(), 1U);
-    const std::string& url = request.urls.front();
-    EXPECT_THAT(url, StartsWith("quillet://compose?"));
-    EXPECT_EQ(parameter(url, "subject"), "T & t");
-    EXPECT_EQ(parameter(url, "to"), "a@x;b@x;");
-    EXPECT_EQ(parameter(url, "htmlBody"),
+    EXPECT_TRUE(request.platformData.contains("activation-token"));
+    EXPECT_THAT(request.urls, ElementsAre(StartsWith("quillet://compose?")));
+    const ParameterMap map = RequestUtils::URLQueryParameters(request.urls.at(0));
+    const auto parameter = [&map](const char* key) {
+        return std::get<std::string>(*map.find(key));
+    };
+    EXPECT_EQ(parameter("subject"), "T & t");
+    EXPECT_EQ(parameter("to"), "a@x;b@x;");
+    EXPECT_EQ(parameter("htmlBody"),
               "<a href=\"https://x.example\">https://x.example</a> <br/>Zo\u00EB<br/>");
-    EXPECT_EQ(contents(parameter(url, "attachment_0")), "text");
+    EXPECT_EQ(contents(parameter("attachment_0")), "text");
 }
 
 TEST_F(QuilletShareTest, UrlIsPrintedAndTheFolderAskedForIsUsed) {
-    const std::string file = files.writeFile("a.txt", "text");
     container.writeFile("SharedData/share/old", "");
     const Outcome outcome = share({"--print", "--service=share", "--command=send", file});
     EXPECT_EQ(outcome.status, 0);
@@ -65,26 +61,22 @@ TEST_F(QuilletShareTest, UrlIsPrintedAndTheFolderAskedForIsUsed) {
 
 TEST_F(QuilletShareTest, WhatCannotBeSharedIsToldAndTheRestIsShared) {
     container.makeFolder("SharedData");
-    const std::string file = files.writeFile("a.txt", "text");
-    const struct {
-        std::vector<std::string> arguments;
-        std::string input;
-        const char* error;
-        bool isShared;
-    } cases[] = {
-        {{"--print", "/no/such", file}, "", "quillet-share: \"/no/such\" is neither", true},
-        {{"--print", "--service=Today", file}, "", "shareInit \"Today\"", false},
-        {{"--print", "-"}, "", "quillet-share: standard input is empty", false},
-        {{"--print", "-"}, std::string("\x89PNG\r\n\x1A\n\0", 9), "GetItemForExtension", false},
+    const std::string brokenPicture("\x89PNG\r\n\x1A\n\0", 9);
+    const std::tuple<std::vector<std::string>, std::string, const char*, std::size_t> cases[] = {
+        {{"--service=Today", file}, "", "shareInit \"Today\"", 0},
+        {{"-"}, "", "quillet-share: standard input is empty", 0},
+        {{"-"}, brokenPicture, "GetItemForExtension", 0},
+        {{"/no/such", file}, "", "quillet-share: \"/no/such\" is neither", 1},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.error);
-        const std::size_t before = folders().size();
-        const Outcome outcome = share(row.arguments, row.input);
+    for (const auto& [arguments, input, error, shared] : cases) {
+        SCOPED_TRACE(error);
+        std::vector<std::string> words{"--print"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        const Outcome outcome = share(words, input);
         EXPECT_EQ(outcome.status, 1);
-        EXPECT_THAT(outcome.errors, HasSubstr(row.error));
-        EXPECT_EQ(outcome.output.empty(), !row.isShared);
-        EXPECT_EQ(folders().size(), before + (row.isShared ? 1 : 0));
+        EXPECT_THAT(outcome.errors, HasSubstr(error));
+        EXPECT_EQ(outcome.output.empty(), shared == 0);
+        EXPECT_EQ(folders().size(), shared);
     }
     // This check comes before anything is staged.
     EXPECT_EQ(share({"--service=Today", file}).errors,
@@ -97,7 +89,7 @@ TEST_F(QuilletShareTest, WhatTheHostDoesNotTakeIsRemoved) {
     const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", daemon.address());
     ASSERT_TRUE(daemon.start());
     for (const char* option : {"--html", "--service=share"}) {
-        const Outcome outcome = share({option, files.writeFile("a.txt", "text")});
+        const Outcome outcome = share({option, file});
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.errors, HasSubstr("did not take the draft"));
         EXPECT_THAT(folders(), IsEmpty());
@@ -105,7 +97,6 @@ TEST_F(QuilletShareTest, WhatTheHostDoesNotTakeIsRemoved) {
 }
 
 TEST_F(QuilletShareTest, AnAttachmentWhoseFolderNoUrlCanNameIsAFailure) {
-    const std::string file = files.writeFile("a.txt", "text");
     const std::string folder = container.makeFolder("\xFF");
     const EnvironmentVariable notUtf8("QUILLET_CONTAINER", folder);
     for (const bool withText : {false, true}) {

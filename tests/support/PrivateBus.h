@@ -2,10 +2,8 @@
 
 #include <QProcess>
 #include <csignal>
-#include <memory>
 #include <string>
 
-#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -23,41 +21,32 @@ public:
         folder_.writeFile("dbus-1/services/" + name + ".service",
                           "[D-BUS Service]\nName=" + name + "\nExec=" + command + "\n");
     }
-
-    // Call before start(): how long the bus waits for a service that it starts.
-    void setStartTime(int milliseconds) {
+    // Call before start(): how long the bus waits for a service that it starts, in milliseconds.
+    void setStartTime(const std::string& time) {
         mode_ = "--config-file=" +
                 folder_.writeFile("bus.conf",
                                   "<busconfig><include>/usr/share/dbus-1/session.conf</include>"
                                   "<limit name='service_start_timeout'>" +
-                                      std::to_string(milliseconds) + "</limit></busconfig>");
+                                      time + "</limit></busconfig>");
     }
 
     bool start() {
-        daemon_ = std::make_unique<QProcess>();
-        const EnvironmentVariable services("XDG_DATA_HOME", folder_.path());
-        daemon_->start(QStringLiteral("dbus-daemon"),
-                       {QString::fromStdString(mode_),
-                        QStringLiteral("--nofork"),
-                        QStringLiteral("--nopidfile"),
-                        QStringLiteral("--print-address"),
-                        QStringLiteral("--address=") + QString::fromStdString(address())});
-        return daemon_->waitForReadyRead();
+        const std::string command = "XDG_DATA_HOME=" + folder() + " exec dbus-daemon " + mode_ +
+                                    " --nofork --nopidfile --print-address --address=" + address();
+        daemon_.start(QStringLiteral("sh"),
+                      {QStringLiteral("-c"), QString::fromStdString(command)});
+        return daemon_.waitForReadyRead();
     }
-
-    void pause() const { ::kill(static_cast<pid_t>(daemon_->processId()), SIGSTOP); }
-    void resume() const { ::kill(static_cast<pid_t>(daemon_->processId()), SIGCONT); }
+    void signal(int signal) const { ::kill(static_cast<pid_t>(daemon_.processId()), signal); }
     void stop() {
-        if (daemon_) {
-            daemon_->kill();
-            daemon_->waitForFinished();
-        }
+        daemon_.kill();
+        daemon_.waitForFinished();
     }
 
 private:
     TemporaryFolder folder_;
     std::string mode_ = "--session";
-    std::unique_ptr<QProcess> daemon_;
+    QProcess daemon_;
 };
 
 }  // namespace quillet::test

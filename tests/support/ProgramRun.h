@@ -15,30 +15,30 @@ struct Outcome {
     std::string errors;
 };
 
-inline QStringList wordsOf(const std::vector<std::string>& arguments) {
+constexpr int kProgramTime = 30'000;  // milliseconds that a program may take
+
+// Starts a program of the build.
+inline void startProgram(QProcess& process,
+                         const std::string& name,
+                         const std::vector<std::string>& arguments = {}) {
     QStringList words;
     for (const std::string& argument : arguments) {
         words.append(QString::fromStdString(argument));
     }
-    return words;
+    process.start(QStringLiteral(QUILLET_BIN "/") + QString::fromStdString(name), words);
 }
 
-// Runs a program of the build to its end. The event loop runs meanwhile, since the host may be in
-// this process.
+// Runs a program to its end. The event loop runs meanwhile, since the host may be in this process.
 inline Outcome runProgram(const std::string& name,
                           const std::vector<std::string>& arguments,
                           const std::string& input = {}) {
-    constexpr int kLimit = 30'000;  // milliseconds
     QProcess process;
-    process.start(QStringLiteral(QUILLET_BIN "/") + QString::fromStdString(name),
-                  wordsOf(arguments));
+    startProgram(process, name, arguments);
     process.write(QByteArray::fromStdString(input));
     process.closeWriteChannel();
-    if (!waitUntil([&] { return process.state() == QProcess::NotRunning; }, kLimit) ||
-        process.exitStatus() != QProcess::NormalExit) {
-        return {};
-    }
-    return {process.exitCode(),
+    const bool ends =
+        waitUntil([&] { return process.state() == process.NotRunning; }, kProgramTime);
+    return {ends && process.exitStatus() == process.NormalExit ? process.exitCode() : -1,
             process.readAllStandardOutput().toStdString(),
             process.readAllStandardError().toStdString()};
 }

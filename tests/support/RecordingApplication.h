@@ -4,12 +4,13 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
-#include <QStringList>
 #include <QVariantMap>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 #include "platform/desktop/ApplicationObject.h"
+#include "tests/support/WaitUntil.h"
 
 namespace quillet::test {
 
@@ -22,19 +23,21 @@ public:
         QVariantMap platformData;
     };
 
-    explicit RecordingApplication(const QString& identifier)
-        : bus_(QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
-                                             identifier)) {
-        isReachable_ =
-            bus_.registerVirtualObject(
-                QString::fromStdString(platform::applicationObjectPath(identifier.toStdString())),
-                this) &&
-            bus_.registerService(identifier);
+    explicit RecordingApplication(const std::string& identifier)
+        : name_(QString::fromStdString(identifier)),
+          bus_(QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                             name_)) {
+        const std::string path = platform::applicationObjectPath(identifier);
+        EXPECT_TRUE(bus_.registerVirtualObject(QString::fromStdString(path), this) &&
+                    bus_.registerService(name_));
     }
-    ~RecordingApplication() override { QDBusConnection::disconnectFromBus(bus_.name()); }
+    ~RecordingApplication() override { QDBusConnection::disconnectFromBus(name_); }
 
-    bool isReachable() const { return isReachable_; }
     const std::vector<Request>& requests() const { return requests_; }
+    // Waits until there are as many requests.
+    bool gets(std::size_t requests) const {
+        return waitUntil([&] { return requests_.size() == requests; });
+    }
     // Replies to further requests with this error.
     void failWith(const char* error) { error_ = QLatin1String(error); }
 
@@ -55,8 +58,8 @@ public:
     }
 
 private:
+    QString name_;
     QDBusConnection bus_;
-    bool isReachable_ = false;
     QString error_;
     std::vector<Request> requests_;
 };

@@ -17,8 +17,7 @@
 #include "platform/files/FileCoordinator.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/PrivateBus.h"
-#include "tests/support/WaitUntil.h"
-#include "tests/system/TodayProcess.h"
+#include "tests/support/ProgramRun.h"
 #include "tests/widget/StoreFixture.h"
 
 namespace quillet::test {
@@ -28,15 +27,69 @@ using Json = nlohmann::json;
 using Texts = std::vector<std::string>;
 using ::testing::ElementsAre;
 
-constexpr int kLimit = 30'000;  // milliseconds
 constexpr const char* kRead =
     "updateData error deserialize";  // logged once a read, for a broken file
 const std::string kHost = "it.tarno.quillet";
 
 template <typename Condition>
 bool eventually(Condition condition) {
-    return waitUntil(condition, kLimit);
+    return waitUntil(condition, kProgramTime);
 }
+
+// The panel of quillet-today in a process of its own, offscreen, in the environment of this one.
+class TodayProcess {
+public:
+    TodayProcess() {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_PLUGIN_PATH", QUILLET_TEST_PLUGINS);
+        environment.insert("QT_QPA_GENERIC_PLUGINS", "windowdriver");
+        process_.setProcessEnvironment(environment);
+        startProgram(process_, "quillet-today");
+    }
+    // Asks the program to end, and expects status 0.
+    ~TodayProcess() {
+        process_.terminate();
+        EXPECT_TRUE(ends() && process_.exitStatus() == QProcess::NormalExit &&
+                    process_.exitCode() == 0)
+            << (errors_ + process_.readAllStandardError()).constData();
+    }
+
+    // Ends the program as the tray's "Quit" does.
+    void quit() { process_.closeWriteChannel(); }
+    // Waits for the program to end; returns whether it did.
+    bool ends() {
+        return process_.state() == QProcess::NotRunning || process_.waitForFinished(kProgramTime);
+    }
+    pid_t process() const { return static_cast<pid_t>(process_.processId()); }
+
+    // The window driver's answer to one of its commands.
+    Json ask(const std::string& command) {
+        process_.write((command + "\n").c_str());
+        while (!process_.canReadLine() && process_.waitForReadyRead(kProgramTime)) {
+        }
+        Json answer = Json::parse(process_.readLine().constData(), nullptr, false);
+        EXPECT_TRUE(answer.is_object() && !answer.contains("error")) << command << answer;
+        return answer;
+    }
+    // The first text of each row that is shown, from the top. Empty before the panel is up.
+    Texts rows() {
+        Texts texts;
+        for (const std::string name : ask("state").value("rows", Json::array())) {
+            texts.push_back(name.substr(0, name.find(", ")));
+        }
+        return texts;
+    }
+    int height() { return ask("state").value("height", 0); }  // of the table, points
+    // How often the program has logged the text so far.
+    std::size_t logged(const char* text) {
+        errors_ += process_.readAllStandardError();
+        return static_cast<std::size_t>(errors_.count(text));
+    }
+
+private:
+    QProcess process_;
+    QByteArray errors_;
+};
 
 class CommandTest : public StoreFixture {
 protected:
@@ -68,10 +121,9 @@ protected:
     // Starts the host before anybody calls it; returns its process.
     static pid_t startHost() {
         platform::SessionBus sessionBus;
-        const QDBusConnection bus = sessionBus.connection();
-        const QString name = QString::fromStdString(kHost);
-        EXPECT_TRUE(bus.interface()->startService(name).isValid());
-        return static_cast<pid_t>(bus.interface()->servicePid(name).value());
+        auto* const bus = sessionBus.connection().interface();
+        EXPECT_TRUE(bus->startService(kHost.c_str()).isValid());
+        return static_cast<pid_t>(bus->servicePid(kHost.c_str()).value());
     }
     // Says, as a host does, that the store has changed.
     static void notify(int times = 1) {
@@ -84,9 +136,9 @@ protected:
 
     // Runs `action` while this process writes an item, as a host does.
     void whileHeld(const std::string& item, const std::function<void()>& action) const {
-        const std::string folder = container.path("SharedData");
-        EXPECT_FALSE(platform::FileCoordinator(folder).coordinateWriting(
-            folder + "/" + item, [&action](const std::string& /*path*/) { action(); }));
+        const platform::FileCoordinator host(container.path("SharedData"));
+        EXPECT_FALSE(host.coordinateWriting(container.path("SharedData/" + item),
+                                            [&action](const std::string&) { action(); }));
     }
 
     void showPanel() {
@@ -111,11 +163,16 @@ protected:
         }
         return commands;
     }
-    bool follows(std::size_t commands) {
-        return eventually([&] { return followed().size() >= commands; });
+    // Waits for as many commands and expects exactly these.
+    void expectFollowed(const Texts& commands, const std::string& name = kHost) const {
+        eventually([&] { return followed(name).size() >= commands.size(); });
+        EXPECT_EQ(followed(name), commands);
     }
     bool shows(const Texts& identifiers) {
         return eventually([&] { return panel_->rows() == identifiers; });
+    }
+    bool isHigh(int rows) {
+        return eventually([&] { return panel_->height() == 60 * rows; });
     }
 
     PrivateBus daemon_;
@@ -129,21 +186,17 @@ protected:
 TEST_F(CommandTest, EveryControlReachesAHostThatIsStartedForItAndThePanelFollows) {
     startBus();
     showPanel();
-    panel_->ask("click 2 Archive");
-    EXPECT_TRUE(shows({"1", "2", "4", "5"}));
-    ASSERT_TRUE(follows(1));
-    panel_->ask("click 0 Reply");
-    ASSERT_TRUE(follows(2));
-    panel_->ask("click 1");
-    ASSERT_TRUE(follows(3));
-    panel_->ask("click 3 Delete");
-    ASSERT_TRUE(follows(4));
-    EXPECT_THAT(followed(),
-                ElementsAre("archive 3 removed in the background",
-                            "reply 1 found with a token",
-                            "open 2 found with a token",
-                            "delete 5 removed in the background"));
-    EXPECT_TRUE(eventually([&] { return panel_->height() == 3 * 60; }));
+    Texts expected;
+    for (const auto& [click, command] :
+         {std::pair("click 2 Archive", "archive 3 removed in the background"),
+          {"click 0 Reply", "reply 1 found with a token"},
+          {"click 1", "open 2 found with a token"},
+          {"click 3 Delete", "delete 5 removed in the background"}}) {
+        panel_->ask(click);
+        expected.emplace_back(command);
+        expectFollowed(expected);
+    }
+    EXPECT_TRUE(isHigh(3));
     EXPECT_THAT(panel_->rows(), ElementsAre("1", "2", "4"));
     EXPECT_THAT(read(), ElementsAre("1", "2", "4"));
 }
@@ -171,9 +224,7 @@ TEST_F(CommandTest, AHostThatHangsGetsEverythingLaterAndOnlyWhatIsAUrl) {
     EXPECT_TRUE(shows({"1", "no url", "3"}));
     panel_->ask("click 0 Reply");
     ASSERT_EQ(kill(host, SIGCONT), 0);
-    ASSERT_TRUE(follows(2));
-    EXPECT_THAT(followed(),
-                ElementsAre("archive 4 removed in the background", "reply 1 found with a token"));
+    expectFollowed({"archive 4 removed in the background", "reply 1 found with a token"});
     EXPECT_THAT(panel_->rows(), ElementsAre("1", "no url", "3"));
 }
 
@@ -190,8 +241,7 @@ TEST_F(CommandTest, AButtonWhoseMessageLeavesUnderThePointerSendsNothing) {
         panel_->ask("release");
     }
     panel_->ask("click 0 Archive");
-    ASSERT_TRUE(follows(1));
-    EXPECT_THAT(followed(), ElementsAre("archive 1 removed in the background"));
+    expectFollowed({"archive 1 removed in the background"});
     EXPECT_TRUE(shows({"2", "4"}));
 }
 
@@ -200,11 +250,10 @@ TEST_F(CommandTest, AThousandNotificationsMakeFewReadsAndTheRightEnd) {
     showPanel();
     const std::size_t before = panel_->logged(kRead);
     // The panel's first read of these waits until the host releases its store.
-    const auto write = [this] {
+    whileHeld("Today", [this] {
         writeStore({"6", "5"});
         notify(1000);
-    };
-    whileHeld("Today", write);
+    });
     EXPECT_TRUE(shows({"6", "5"}));
     writeStore({"7"});
     notify();
@@ -219,7 +268,7 @@ TEST_F(CommandTest, PanelsOfEachLineReachTheirHost) {
         const EnvironmentVariable own("QUILLET_BUNDLE_IDENTIFIER", kHost + "." + line + ".today");
         showPanel();
         panel_->ask("click 0");
-        EXPECT_TRUE(eventually([&] { return followed(host).size() == 1; })) << line;
+        expectFollowed({"open 1 found with a token"}, host);
     }
 }
 
@@ -235,39 +284,29 @@ TEST_F(CommandTest, ARestartedBusBringsHostAndPanelTogetherAgain) {
         return panel_->logged(kRead) > 2;
     }));
     panel_->ask("click 2 Delete");
-    ASSERT_TRUE(follows(1));
-    EXPECT_THAT(followed(), ElementsAre("delete 3 removed in the background"));
-    EXPECT_TRUE(shows({"1", "2", "4", "5"}));
-    EXPECT_TRUE(eventually([&] { return panel_->height() == 4 * 60; }));
+    expectFollowed({"delete 3 removed in the background"});
+    EXPECT_TRUE(shows({"1", "2", "4", "5"}) && isHigh(4));
     EXPECT_TRUE(TodayProcess().ends());
     EXPECT_TRUE(shows({})) << "the second start hides the panel";
 }
 
 TEST_F(CommandTest, APanelEndsWhenItIsToldToAlsoWhileItsHostHoldsALock) {
     startBus({});
-    const auto quit = [](TodayProcess& panel) { panel.quit(); };
-    const auto terminate = [](TodayProcess& panel) { kill(panel.process(), SIGTERM); };
     showPanel();
-    quit(*panel_);
+    panel_->quit();
     EXPECT_TRUE(panel_->ends()) << "with its window shown";
-    const struct {
-        const char* item;
-        std::function<void(TodayProcess&)> end;
-        const char* line;
-    } cases[] = {
-        {"Today", quit, "updateData coordinator "},
-        {"Accounts.plist", quit, "NSFileCoordinator Accounts "},
-        {"Today", terminate, "updateData coordinator "},
-        {"Accounts.plist", terminate, "NSFileCoordinator Accounts "},
-    };
-    for (const auto& row : cases) {
-        whileHeld(row.item, [&row] {
+    const auto endsWhileHeld = [this](const char* item, const char* line, bool isSignalled) {
+        whileHeld(item, [&] {
             TodayProcess panel;
             EXPECT_TRUE(eventually([&] { return waitsForLock(panel.process()); }));
-            row.end(panel);
+            isSignalled ? void(kill(panel.process(), SIGTERM)) : panel.quit();
             EXPECT_TRUE(panel.ends());
-            EXPECT_EQ(panel.logged(row.line), 1) << row.item;
+            EXPECT_EQ(panel.logged(line), 1) << item;
         });
+    };
+    for (const bool isSignalled : {false, true}) {
+        endsWhileHeld("Today", "updateData coordinator ", isSignalled);
+        endsWhileHeld("Accounts.plist", "NSFileCoordinator Accounts ", isSignalled);
     }
 }
 

@@ -66,18 +66,20 @@ private:
         return {};
     }
 
-    static bool standsStill(const QAccessibleInterface& list, int row) {
-        bool still = false;
-        QMetaObject::invokeMethod(
-            list.object(), "standsStill", Q_RETURN_ARG(bool, still), Q_ARG(qsizetype, row));
-        return still;
-    }
-
     // Finds the place and clicks in one step, since rows move.
     QJsonObject answerIn(QWindow& window, QAccessibleInterface& list, const QStringList& words) {
         if (words.size() > 1) {
             const int row = words[1].toInt();
-            const bool isThere = QTest::qWaitFor([&] { return standsStill(list, row); }, kLimit);
+            const bool isThere = QTest::qWaitFor(
+                [&] {
+                    bool still = false;
+                    QMetaObject::invokeMethod(list.object(),
+                                              "standsStill",
+                                              Q_RETURN_ARG(bool, still),
+                                              Q_ARG(qsizetype, row));
+                    return still;
+                },
+                10'000);
             auto* target = firstIn(isThere ? list.child(row) : nullptr, [&words](auto& view) {
                 return words.size() == 2 || view.text(QAccessible::Name) == words[2];
             });
@@ -86,11 +88,11 @@ private:
             }
             place_ = window.mapFromGlobal(target->rect().center());
         }
-        static const QMap<QString, QTest::MouseAction> actions{{"click", QTest::MouseClick},
-                                                               {"press", QTest::MousePress},
-                                                               {"release", QTest::MouseRelease}};
-        if (actions.contains(words[0])) {
-            QTest::mouseEvent(actions[words[0]], &window, Qt::LeftButton, {}, place_);
+        if (words[0] != "state") {
+            const auto action = words[0] == "click"   ? QTest::MouseClick
+                                : words[0] == "press" ? QTest::MousePress
+                                                      : QTest::MouseRelease;
+            QTest::mouseEvent(action, &window, Qt::LeftButton, {}, place_);
         }
         QJsonArray rows;
         for (int row = 0; row < list.childCount(); ++row) {
@@ -98,8 +100,6 @@ private:
         }
         return {{"rows", rows}, {"height", list.rect().height()}};
     }
-
-    static constexpr int kLimit = 10'000;  // milliseconds
 
     QPoint place_;  // of the last press, in the window
 };
