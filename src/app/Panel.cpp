@@ -9,13 +9,13 @@
 #include <QPalette>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 
 #include "app/PanelShadow.h"
-#include "app/ScrollIndicator.h"
-#include "platform/desktop/Compositing.h"
+#include "platform/desktop/Display.h"
 #include "platform/ui/WindowHints.h"
 #include "views/Theme.h"
 
@@ -25,6 +25,10 @@ namespace {
 
 // Points between the panel and the edges of the screen, just enough for the shadow.
 constexpr int kScreenMargin = Theme::kPanelShadowRadius;
+
+constexpr int kBarWidth = 4;      // points
+constexpr int kBarMargin = 3;     // points to the edge
+constexpr int kShortestBar = 24;  // points
 
 // On Wayland the desktop places all windows.
 bool programsMayPlaceWindows() {
@@ -48,6 +52,54 @@ QRegion solidShape(const QRect& panel) {
 }
 
 }  // namespace
+
+// A thin bar over the right edge of a scroll area that shows which part of the contents is visible.
+// It takes no room and no clicks, and is invisible while everything fits.
+class Panel::ScrollIndicator final : public QWidget {
+public:
+    // `area` owns it.
+    explicit ScrollIndicator(QScrollArea* area) : QWidget(area), area_(area) {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        const QScrollBar* bar = area->verticalScrollBar();
+        connect(bar, &QScrollBar::valueChanged, this, qOverload<>(&QWidget::update));
+        connect(bar, &QScrollBar::rangeChanged, this, qOverload<>(&QWidget::update));
+    }
+
+    void setColor(const QColor& color) {
+        color_ = color;
+        update();
+    }
+    // Moves to its place over the area. Call it after each change of the area's size.
+    void place() {
+        const int width = kBarWidth + 2 * kBarMargin;
+        const int left = layoutDirection() == Qt::RightToLeft ? 0 : area_->width() - width;
+        setGeometry(left, 0, width, area_->height());
+        raise();
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        const QScrollBar* bar = area_->verticalScrollBar();
+        const double range = bar->maximum() - bar->minimum();
+        if (range <= 0) {
+            return;
+        }
+        const double track = height() - 2 * kBarMargin;
+        const double length =
+            std::max<double>(kShortestBar, track * bar->pageStep() / (range + bar->pageStep()));
+        const double top = kBarMargin + (track - length) * (bar->value() - bar->minimum()) / range;
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color_);
+        constexpr double kRadius = kBarWidth / 2.0;
+        painter.drawRoundedRect(QRectF(kBarMargin, top, kBarWidth, length), kRadius, kRadius);
+    }
+
+private:
+    QScrollArea* area_;
+    QColor color_;
+};
 
 Panel::Panel()
     : placesItself_(programsMayPlaceWindows()),

@@ -10,7 +10,6 @@ class QScrollArea;
 
 namespace quillet {
 
-class ScrollIndicator;
 struct Theme;
 
 // The frameless window at the right edge of the screen that shows the widget; a normal window if
@@ -38,6 +37,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    class ScrollIndicator;
+
     QRect availableGeometry() const;
     QRect frame() const;  // the panel inside the window, without its shadow
     void applyMargins();

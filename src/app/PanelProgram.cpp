@@ -2,19 +2,18 @@
 
 #include <QApplication>
 #include <QEvent>
-#include <QSystemTrayIcon>
-#include <QTimer>
+#include <QEventLoop>
+#include <QSocketNotifier>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include "app/PanelController.h"
-#include "app/ProgramIcon.h"
 #include "app/SingleInstance.h"
 #include "app/TrayIcon.h"
 #include "platform/base/ProgramArguments.h"
 #include "platform/base/StandardError.h"
-#include "platform/desktop/LockWaitLoop.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/StopSignals.h"
 #include "platform/desktop/Workspace.h"
@@ -27,13 +26,11 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-// A panel that starts with the session may start before the tray.
-constexpr std::chrono::seconds kTrayInterval{2};
-constexpr int kTrayAttempts = 30;
 // The program ends within a second, whatever it is busy with.
 constexpr milliseconds kLongestEnd{900};
 // The part of that time for hosts that still start and for running blocks.
 constexpr milliseconds kEndPatience{500};
+constexpr milliseconds kUsualWrite{100};
 
 // Ends the program when the toolkit is told to quit. The toolkit itself would ask the windows
 // first, and a panel that hides instead of closing would keep it from quitting.
@@ -65,30 +62,26 @@ void stop() {
     QCoreApplication::exit(0);  // unlike quit() it does not ask the windows
 }
 
-// The icon in the tray, as soon as there is a tray.
-class Tray {
-public:
-    explicit Tray(PanelController& panel) : panel_(panel) {
-        timer_.callOnTimeout([this] { look(); });
-        timer_.start(kTrayInterval);
-    }
-    bool isThere() const { return icon_.has_value(); }
+void runLoop(const platform::LockWait& wait) {
+    QEventLoop loop;
+    const QSocketNotifier over(wait.descriptor(), QSocketNotifier::Read);
+    QObject::connect(&over, &QSocketNotifier::activated, &loop, &QEventLoop::quit);
+    loop.exec();  // returns at once if the application has been told to exit
+}
 
-private:
-    void look() {
-        if (QSystemTrayIcon::isSystemTrayAvailable()) {
-            icon_.emplace(panel_);
-        }
-        if (icon_ || ++attempts_ == kTrayAttempts) {
-            timer_.stop();
-        }
-    }
-
-    PanelController& panel_;
-    QTimer timer_;
-    int attempts_ = 0;
-    std::optional<TrayIcon> icon_;
-};
+// From now on the event loop runs while the main thread waits for a lock for longer than a host
+// usually writes, so that windows, signals and the session bus are answered. Blocks of the main
+// queue wait meanwhile. The wait ends when the application is told to exit.
+void answerDuringLockWaits() {
+    platform::setLockWaiter(
+        [mainThread = std::this_thread::get_id()](const platform::LockWait& wait) {
+            if (std::this_thread::get_id() != mainThread) {
+                wait.block();
+            } else if (!wait.block(kUsualWrite)) {
+                runLoop(wait);
+            }
+        });
+}
 
 // Returns false if blocks still run: they hold the widget, whose views must end before the
 // application. Requests whose host has not started by then are logged.
@@ -107,11 +100,11 @@ int runAlone(std::optional<platform::Look> look,
     stopSignals.connect(stop);
     QuitFilter filter;
     QCoreApplication::instance()->installEventFilter(&filter);
-    platform::answerDuringLockWaits();
+    answerDuringLockWaits();
     panel.emplace(look);
     IconFilter iconFilter;
     panel->panel().installEventFilter(&iconFilter);
-    std::optional<Tray> tray(std::in_place, *panel);
+    std::optional<TrayIcon> tray(std::in_place, *panel);
     panel->panel().setDismissed([&] {
         panel->hide();
         // Nothing could show the hidden panel again.

@@ -5,19 +5,14 @@
 
 namespace quillet {
 
-SingleUpdate::SingleUpdate(std::optional<std::int64_t> segment) : override_(segment) {
-    if (override_) {
-        volatileDefaults_.setInteger(*override_, MessageList::kSegmentedPreference);
+SingleUpdate::SingleUpdate(std::optional<std::int64_t> segment) {
+    if (segment) {
+        volatileDefaults_.setInteger(*segment, MessageList::kSegmentedPreference);
     }
+    platform::UserDefaults& defaults =
+        segment ? volatileDefaults_ : platform::UserDefaults::standard();
     controller_ =
-        TodayViewController::make({blocks_, blocks_, defaults(), TodayWidgetFactory::shared()});
-}
-
-platform::UserDefaults& SingleUpdate::defaults() {
-    if (override_) {
-        return volatileDefaults_;
-    }
-    return platform::UserDefaults::standard();
+        TodayViewController::make({blocks_, blocks_, defaults, TodayWidgetFactory::shared()});
 }
 
 std::int64_t SingleUpdate::segment() const {

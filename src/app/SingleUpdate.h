@@ -24,9 +24,6 @@ public:
     NCUpdateResult run();
 
 private:
-    platform::UserDefaults& defaults();
-
-    std::optional<std::int64_t> override_;
     platform::VolatileUserDefaults volatileDefaults_;
     PendingBlocks blocks_;
     std::shared_ptr<TodayViewController> controller_;

@@ -1,12 +1,17 @@
 #include "share/SharedItems.h"
 
 #include <QBuffer>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QImage>
 #include <QImageReader>
+#include <QMimeData>
 #include <QStringDecoder>
 #include <QTextDocument>
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include "platform/base/Utf8.h"
@@ -19,6 +24,7 @@
 namespace quillet {
 
 namespace FileManager = platform::FileManager;
+using platform::Bitmap;
 using platform::Error;
 using platform::ExtensionItem;
 using platform::Item;
@@ -134,6 +140,64 @@ Result<ExtensionItem> itemOfBytes(const std::string& bytes,
         text.pop_back();
     }
     return ExtensionItem{{}, styledText(std::move(text), kind), {}};
+}
+
+namespace {
+
+using Items = std::vector<Result<ExtensionItem>>;
+
+// One URL a line; lines that begin with "#" are comments.
+Items itemsOfList(const QByteArray& list) {
+    Items items;
+    for (const QByteArray& line : list.split('\n')) {
+        const QByteArray word = line.trimmed();
+        if (!word.isEmpty() && !word.startsWith('#')) {
+            items.push_back(itemOfWord(word.toStdString()));
+        }
+    }
+    return items;
+}
+
+ExtensionItem itemOfImage(const QImage& image) {
+    const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
+    auto bitmap = std::make_shared<Bitmap>();
+    bitmap->width = static_cast<std::size_t>(pixels.width());
+    bitmap->height = static_cast<std::size_t>(pixels.height());
+    const std::size_t row = bitmap->width * Bitmap::kBytesPerPixel;
+    bitmap->pixels.resize(row * bitmap->height);
+    for (std::size_t line = 0; line < bitmap->height; ++line) {
+        std::memcpy(
+            bitmap->pixels.data() + line * row, pixels.constScanLine(static_cast<int>(line)), row);
+    }
+    return attachment(std::move(bitmap));
+}
+
+}  // namespace
+
+Items itemsOfClipboard(TextKind kind) {
+    const std::string source = "the clipboard";
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    if (data == nullptr) {
+        return {};
+    }
+    if (kind == TextKind::ByContent) {
+        if (Items items = itemsOfList(data->data(QStringLiteral("text/uri-list")));
+            !items.empty()) {
+            return items;
+        }
+        const auto image = qvariant_cast<QImage>(data->imageData());
+        if (data->hasImage() && !image.isNull()) {
+            return {itemOfImage(image)};
+        }
+    }
+    if (kind != TextKind::Plain && data->hasHtml()) {
+        return {itemOfBytes(data->html().toStdString(), TextKind::Html, source)};
+    }
+    if (data->hasText()) {
+        return {itemOfBytes(
+            data->text().toStdString(), kind == TextKind::Html ? kind : TextKind::Plain, source)};
+    }
+    return {};
 }
 
 }  // namespace quillet

@@ -118,12 +118,9 @@ private:
 
 DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
     // Never destroyed: observers with static lifetime may still remove themselves at exit.
-    static auto* const center = new DistributedNotificationCenter;
+    static auto* const center = new DistributedNotificationCenter(SessionBus::shared());
     return *center;
 }
-
-DistributedNotificationCenter::DistributedNotificationCenter()
-    : DistributedNotificationCenter(SessionBus::shared()) {}
 
 DistributedNotificationCenter::DistributedNotificationCenter(SessionBus& bus)
     : state_(std::make_unique<State>(bus)) {}

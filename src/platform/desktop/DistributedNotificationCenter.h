@@ -21,7 +21,6 @@ public:
 
     static DistributedNotificationCenter& defaultCenter();
 
-    DistributedNotificationCenter();
     // Uses a connection of the caller's, which has to outlive the centre.
     explicit DistributedNotificationCenter(SessionBus& bus);
     ~DistributedNotificationCenter();

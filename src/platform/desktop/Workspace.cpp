@@ -1,15 +1,21 @@
 #include "platform/desktop/Workspace.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
+#include <QGuiApplication>
+#include <QInputEvent>
 #include <QObject>
 #include <QStringList>
+#include <QSysInfo>
+#include <QTimer>
 #include <QVariantMap>
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <gio/gio.h>
 #include <limits>
 #include <list>
@@ -20,7 +26,6 @@
 #include <vector>
 
 #include "platform/base/Log.h"
-#include "platform/desktop/ActivationTokens.h"
 #include "platform/desktop/ApplicationObject.h"
 #include "platform/desktop/DesktopEntry.h"
 #include "platform/desktop/SessionBus.h"
@@ -48,6 +53,62 @@ struct Request {
     std::vector<URL> urls;
     bool isBackground = false;
     std::optional<std::string> token;
+};
+
+// Makes the tokens with which the program lets another one come to the front. A token holds the
+// time of the user's last input, which is watched from construction on: 32 bits of the milliseconds
+// of the X server's clock.
+class ActivationTokens final : public QObject {
+public:
+    ActivationTokens() {
+        nextTurn_.setSingleShot(true);
+        connect(&nextTurn_, &QTimer::timeout, this, [this] { input_ = 0; });
+        if (QCoreApplication* application = QCoreApplication::instance()) {
+            application->installEventFilter(this);
+        }
+    }
+
+    // A unique startup identifier of X11, NAME_TIMEmilliseconds. None on Wayland, where the
+    // compositor makes the tokens and the toolkit offers no way to ask for one.
+    std::optional<std::string> next() {
+        if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+            return std::nullopt;
+        }
+        return QStringLiteral("quillet-today-%1-%2-%3_TIME%4")
+            .arg(QCoreApplication::applicationPid())
+            .arg(QSysInfo::machineHostName())
+            .arg(++count_)
+            .arg(inputTime())
+            .toStdString();
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->isInputEvent()) {
+            const auto time =
+                static_cast<std::uint32_t>(static_cast<QInputEvent*>(event)->timestamp());
+            if (time != 0) {  // events that the toolkit synthesizes have no time
+                input_ = time;
+                nextTurn_.start();
+            }
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    // The time of the input that is being handled. A screen reader acts without input; the current
+    // time serves then, since X servers use the system's monotonic clock.
+    std::uint32_t inputTime() const {
+        using std::chrono::milliseconds;
+        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        return input_ != 0 ? input_
+                           : static_cast<std::uint32_t>(
+                                 std::chrono::duration_cast<milliseconds>(now).count());
+    }
+
+    QTimer nextTurn_;          // fires in the next turn of the event loop
+    std::uint32_t input_ = 0;  // the time of this turn's input; 0: none
+    unsigned count_ = 0;
 };
 
 // Whether the text is a valid name on the bus, which disconnects a sender that uses another one.
