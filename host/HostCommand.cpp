@@ -4,6 +4,7 @@
 #include <array>
 #include <variant>
 
+#include "model/HostScheme.h"
 #include "platform/base/Exception.h"
 #include "platform/url/URL.h"
 #include "util/RequestUtils.h"
@@ -108,7 +109,7 @@ HostCommand readCommand(std::string_view url) {
         command.problem = "no valid URL";
         return command;
     }
-    if (valid->scheme() != "quillet") {
+    if (valid->scheme() != kHostScheme) {
         command.problem = "another scheme";
         return command;
     }

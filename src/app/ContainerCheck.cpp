@@ -19,7 +19,8 @@ std::optional<platform::Error> containerProblem() {
     }
     const std::string dataFolder = ExtensionUtilities::GroupDataPath().value();
     for (const std::string& folder :
-         {dataFolder, platform::Path::appendingPathComponent(dataFolder, "Today")}) {
+         {dataFolder,
+          platform::Path::appendingPathComponent(dataFolder, ExtensionUtilities::kTodayFolder)}) {
         if (auto problem = platform::FileManager::checkFolder(folder)) {
             return problem->code == ENOENT ? std::nullopt : problem;
         }

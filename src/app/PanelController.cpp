@@ -153,7 +153,8 @@ void PanelController::watchStore() {
         return;
     }
     const auto changed = [this] { requestUpdate(); };
-    const std::string today = platform::Path::appendingPathComponent(*dataFolder, "Today");
+    const std::string today =
+        platform::Path::appendingPathComponent(*dataFolder, ExtensionUtilities::kTodayFolder);
     storeWatcher_ = std::make_unique<platform::FolderWatcher>(today, 1, changed);
     accountsWatcher_ = std::make_unique<platform::FolderWatcher>(*dataFolder, 0, changed);
 }

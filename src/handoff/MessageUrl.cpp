@@ -7,6 +7,7 @@
 
 #include "handoff/AttachmentPath.h"
 #include "model/ExtensionAddress.h"
+#include "model/HostScheme.h"
 #include "platform/base/Error.h"
 #include "platform/base/Log.h"
 #include "platform/base/TextFormat.h"
@@ -87,7 +88,7 @@ std::optional<URL> queryUrl(const ExtensionMessage& message, std::string_view co
     addText(map, "cc", joinedMails(message.cc()));
     addText(map, "to", joinedMails(message.to()));
     addAttachments(map, message.attachments().value_or(ExtensionMessage::Attachments()));
-    std::string text = "quillet://";
+    std::string text = std::string(kHostScheme) + "://";
     text.append(command).append(1, '?').append(RequestUtils::URLQueryWithParameters(map));
     std::optional<URL> url = URL::URLWithString(text);
     // A command with "/", "?", "#", ":" or "@" also makes a URL, but with another host.

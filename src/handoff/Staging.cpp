@@ -6,7 +6,8 @@
 #include <optional>
 
 #include "handoff/StagingFolder.h"
-#include "model/ExtensionUtilities.h"
+#include "model/ContainerPaths.h"
+#include "model/GoodPath.h"
 #include "platform/base/Exception.h"
 #include "platform/base/Log.h"
 #include "platform/base/Result.h"
@@ -92,7 +93,8 @@ Result<std::string> stageData(std::string_view data, const std::string& folder) 
 }  // namespace
 
 bool ExtensionUtilities::namesStagingFolder(std::string_view service) {
-    constexpr std::string_view kNot[] = {"", ".", "..", "Today", "Accounts.plist", "Contacts"};
+    constexpr std::string_view kNot[] = {
+        "", ".", "..", kTodayFolder, kAccountsFile, kContactsFolder};
     return std::find(std::begin(kNot), std::end(kNot), service) == std::end(kNot) &&
            service.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
 }

@@ -16,8 +16,7 @@ std::vector<std::shared_ptr<ExtensionAccount>> Accounts() {
     if (!dataFolder) {
         return {};
     }
-    const std::string file = Path::appendingPathExtension(
-        Path::appendingPathComponent(*dataFolder, "Accounts"), "plist");
+    const std::string file = Path::appendingPathComponent(*dataFolder, kAccountsFile);
     platform::PropertyListDocument document;
     platform::PropertyListValue list;
     // The file is only read, but a writer's lock keeps every other party out.

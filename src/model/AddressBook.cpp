@@ -38,7 +38,7 @@ AddressBook AddressesAndGroups() {
     const auto error =
         platform::FileCoordinator(dataFolder)
             .coordinateWriting(
-                Path::appendingPathComponent(*dataFolder, "Contacts"),
+                Path::appendingPathComponent(*dataFolder, kContactsFolder),
                 [&](const std::string& folder) {
                     if (!platform::FileManager::fileExists(folder)) {
                         if (const auto failure = platform::FileManager::createFolder(folder)) {

@@ -12,6 +12,11 @@ namespace quillet::ExtensionUtilities {
 // The application group that the host application and the widget share.
 inline constexpr std::string_view kGroupIdentifier = "Q7K2M9X4TB.quillet";
 
+// What the data folder holds, beside staging folders.
+inline constexpr std::string_view kTodayFolder = "Today";
+inline constexpr std::string_view kAccountsFile = "Accounts.plist";
+inline constexpr std::string_view kContactsFolder = "Contacts";
+
 // Name of the data folder: "SharedDataBeta" for the beta line of bundles, else "SharedData".
 std::string GroupFolderName();
 // The shared container; none when the platform has none. The folder may be missing.

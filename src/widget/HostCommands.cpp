@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "model/HostScheme.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/base/TextFormat.h"
 #include "platform/desktop/Workspace.h"
@@ -29,8 +30,9 @@ std::optional<platform::URL> commandUrl(const ExtensionMessage& message,
     const auto account = message.account();
     const auto folder = message.folderStandardId();
     return platform::URL::URLWithString(platform::formatText(
-        "quillet://%@?mail=%@&messageid=%@&folderstandardid=%@",
-        {commandName,
+        "%@://%@?mail=%@&messageid=%@&folderstandardid=%@",
+        {kHostScheme,
+         commandName,
          account ? RequestUtils::URLEncodedString(*account) : std::string(platform::kAbsentText),
          message.messageId().value_or(std::string(platform::kAbsentText)),
          folder ? folder->text() : std::string(platform::kAbsentText)}));

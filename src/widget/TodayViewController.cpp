@@ -166,7 +166,8 @@ ExtensionMessageList TodayViewController::updateData() {
     }
     const auto error =
         platform::FileCoordinator(dataFolder)
-            .coordinateReading(platform::Path::appendingPathComponent(*dataFolder, "Today"),
+            .coordinateReading(platform::Path::appendingPathComponent(
+                                   *dataFolder, ExtensionUtilities::kTodayFolder),
                                [&store](const std::string& path) { store.read(path); });
     if (error) {
         platform::Log::write("updateData coordinator %@", {error->description()});
