@@ -27,8 +27,8 @@ using Json = nlohmann::json;
 using Texts = std::vector<std::string>;
 using ::testing::ElementsAre;
 
-constexpr const char* kRead =
-    "updateData error deserialize";  // logged once a read, for a broken file
+// Logged once a read, for a broken file.
+constexpr const char* kRead = "updateData error deserialize";
 const std::string kHost = "it.tarno.quillet";
 
 template <typename Condition>
@@ -150,6 +150,11 @@ protected:
         EXPECT_EQ(panel_->height(), 60 * panel_->rows().size());
     }
 
+    void start(const Texts& hosts = {kHost}) {
+        startBus(hosts);
+        showPanel();
+    }
+
     // The commands that the host has followed so far: word, message, outcome.
     Texts followed(const std::string& name = kHost) const {
         std::ifstream file(container.path(name));
@@ -184,8 +189,7 @@ protected:
 };
 
 TEST_F(CommandTest, EveryControlReachesAHostThatIsStartedForItAndThePanelFollows) {
-    startBus();
-    showPanel();
+    start();
     Texts expected;
     for (const auto& [click, command] :
          {std::pair("click 2 Archive", "archive 3 removed in the background"),
@@ -202,8 +206,7 @@ TEST_F(CommandTest, EveryControlReachesAHostThatIsStartedForItAndThePanelFollows
 }
 
 TEST_F(CommandTest, WithoutAHostTheRowLeavesUntilAReadFindsItsMessageAgain) {
-    startBus({});
-    showPanel();
+    start({});
     panel_->ask("click 2 Archive");
     EXPECT_TRUE(shows({"1", "2", "4", "5"}));
     panel_->ask("click 0 Reply");
@@ -229,8 +232,7 @@ TEST_F(CommandTest, AHostThatHangsGetsEverythingLaterAndOnlyWhatIsAUrl) {
 }
 
 TEST_F(CommandTest, AButtonWhoseMessageLeavesUnderThePointerSendsNothing) {
-    startBus();
-    showPanel();
+    start();
     for (const int row : {2, 3}) {  // another message takes its place; none does
         panel_->ask("press " + std::to_string(row) + " Delete");
         Texts rest = panel_->rows();
@@ -246,8 +248,7 @@ TEST_F(CommandTest, AButtonWhoseMessageLeavesUnderThePointerSendsNothing) {
 }
 
 TEST_F(CommandTest, AThousandNotificationsMakeFewReadsAndTheRightEnd) {
-    startBus({});
-    showPanel();
+    start({});
     const std::size_t before = panel_->logged(kRead);
     // The panel's first read of these waits until the host releases its store.
     whileHeld("Today", [this] {
@@ -291,8 +292,7 @@ TEST_F(CommandTest, ARestartedBusBringsHostAndPanelTogetherAgain) {
 }
 
 TEST_F(CommandTest, APanelEndsWhenItIsToldToAlsoWhileItsHostHoldsALock) {
-    startBus({});
-    showPanel();
+    start({});
     panel_->quit();
     EXPECT_TRUE(panel_->ends()) << "with its window shown";
     const auto endsWhileHeld = [this](const char* item, const char* line, bool isSignalled) {
@@ -311,8 +311,7 @@ TEST_F(CommandTest, APanelEndsWhenItIsToldToAlsoWhileItsHostHoldsALock) {
 }
 
 TEST_F(CommandTest, APanelThatWaitsForItsHostAnswersOtherStarts) {
-    startBus({});
-    showPanel();
+    start({});
     whileHeld("Today", [this] {
         writeStore({"6"});
         EXPECT_TRUE(eventually([&] { return waitsForLock(panel_->process()); }));

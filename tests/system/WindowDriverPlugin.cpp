@@ -70,16 +70,16 @@ private:
     QJsonObject answerIn(QWindow& window, QAccessibleInterface& list, const QStringList& words) {
         if (words.size() > 1) {
             const int row = words[1].toInt();
-            const bool isThere = QTest::qWaitFor(
-                [&] {
-                    bool still = false;
-                    QMetaObject::invokeMethod(list.object(),
-                                              "standsStill",
-                                              Q_RETURN_ARG(bool, still),
-                                              Q_ARG(qsizetype, row));
-                    return still;
-                },
-                10'000);
+            bool isThere = false;
+            const auto standsStill = [&] {
+                QMetaObject::invokeMethod(list.object(),
+                                          "standsStill",
+                                          Q_RETURN_ARG(bool, isThere),
+                                          Q_ARG(qsizetype, row));
+                return isThere;
+            };
+            constexpr int kLimit = 10'000;  // milliseconds
+            (void)QTest::qWaitFor(standsStill, kLimit);
             auto* target = firstIn(isThere ? list.child(row) : nullptr, [&words](auto& view) {
                 return words.size() == 2 || view.text(QAccessible::Name) == words[2];
             });

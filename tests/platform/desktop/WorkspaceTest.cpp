@@ -143,7 +143,7 @@ TEST_F(WorkspaceTest, NoBusIsStartedWhereTheSessionHasNone) {
     const EnvironmentVariable display("DISPLAY", ":9");
     const EnvironmentVariable runtimeFolder("XDG_RUNTIME_DIR", std::nullopt);
     const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
-    EXPECT_EQ(QProcess::execute(SEND_ONCE, {"open", "it.tarno.Plain", kText.c_str()}), 0);
+    EXPECT_EQ(QProcess::execute(OPEN_URL, {"it.tarno.Plain", kText.c_str()}), 0);
     EXPECT_THAT(takeRecord(), MatchesRegex(kTokens + "quillet:[^ ]+\n"));
     EXPECT_FALSE(std::filesystem::exists(starter + ".started"));
 }
@@ -174,7 +174,7 @@ TEST_F(WorkspaceStartTest, AProgramEndsOnceTheApplicationThatStartsHasItsRequest
     for (const auto& [name, stay] : {std::pair{kName, QStringList()}, {kName + "2", {"stay"}}}) {
         SCOPED_TRACE(name);
         QProcess sender;
-        sender.start(SEND_ONCE, QStringList{"open", name.c_str(), kText.c_str()} + stay);
+        sender.start(OPEN_URL, QStringList{name.c_str(), kText.c_str()} + stay);
         ASSERT_TRUE(takeStart());
         sender.terminate();
         EXPECT_EQ(sender.state(), QProcess::Running);
