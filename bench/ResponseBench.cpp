@@ -26,7 +26,7 @@
 
 #include "app/PanelController.h"
 #include "host/StoreWriter.h"
-#include "model/StoreNotification.h"
+#include "model/HostInterface.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
 #include "views/TodayTableView.h"
@@ -82,7 +82,7 @@ int runHost(const std::string& dataFolder) {
         writeMessages(dataFolder, ++round);
         const double time = now();
         if (!platform::DistributedNotificationCenter::defaultCenter().postNotification(
-                StoreNotification::kName, StoreNotification::kObject)) {
+                kStoreNotificationName, kStoreNotificationObject)) {
             throw std::runtime_error("there is no session bus");
         }
         std::printf("%.6f\n", time);

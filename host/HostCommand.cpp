@@ -4,7 +4,7 @@
 #include <array>
 #include <variant>
 
-#include "model/HostScheme.h"
+#include "model/HostInterface.h"
 #include "platform/base/Exception.h"
 #include "platform/url/URL.h"
 #include "util/RequestUtils.h"

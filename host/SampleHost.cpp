@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "host/MessageWindow.h"
-#include "model/StoreNotification.h"
+#include "model/HostInterface.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
 
@@ -163,7 +163,7 @@ void SampleHost::finish(const Request& request, const Outcome& outcome) {
                     (outcome.kind == Outcome::Kind::Failed && !request.command->shows());
     if (request.isLastOfCall && std::exchange(storeChanged_, false)) {
         platform::DistributedNotificationCenter::defaultCenter().postNotification(
-            StoreNotification::kName, StoreNotification::kObject);
+            kStoreNotificationName, kStoreNotificationObject);
     }
     isBusy_ = false;
     startNext();

@@ -4,7 +4,7 @@
 
 #include "host/SampleStore.h"
 #include "host/StoreWriter.h"
-#include "model/StoreNotification.h"
+#include "model/HostInterface.h"
 #include "platform/base/StandardError.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 
@@ -22,7 +22,7 @@ int runWrite(const CommandLine& line) {
         return kFailure;
     }
     const bool isTold = platform::DistributedNotificationCenter::defaultCenter().postNotification(
-        StoreNotification::kName, StoreNotification::kObject);
+        kStoreNotificationName, kStoreNotificationObject);
     if (line.isVerbose) {
         for (const auto& file : files) {
             std::cout << platform::printableLine(folder + '/' + file.path) << '\n';

@@ -20,8 +20,6 @@ public:
     // `look` overrides the desktop's setting.
     explicit PanelController(std::optional<platform::Look> look);
     ~PanelController();
-    PanelController(const PanelController&) = delete;
-    PanelController& operator=(const PanelController&) = delete;
 
     void show();
     void hide();

@@ -25,8 +25,6 @@ public:
     // `toggle` is called from the event loop when another start asks for it.
     explicit SingleInstance(std::function<void()> toggle);
     ~SingleInstance() override;
-    SingleInstance(const SingleInstance&) = delete;
-    SingleInstance& operator=(const SingleInstance&) = delete;
 
     // Once alone, takes the name again on every new connection to the bus, unless somebody else has
     // it by then.

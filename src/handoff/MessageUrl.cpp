@@ -7,7 +7,7 @@
 
 #include "handoff/AttachmentPath.h"
 #include "model/ExtensionAddress.h"
-#include "model/HostScheme.h"
+#include "model/HostInterface.h"
 #include "platform/base/Error.h"
 #include "platform/base/Log.h"
 #include "platform/base/TextFormat.h"

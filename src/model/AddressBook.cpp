@@ -14,18 +14,6 @@ namespace Path = platform::Path;
 using platform::PropertyListDocument;
 using platform::PropertyListValue;
 
-namespace {
-
-PropertyListValue readList(const std::string& folder,
-                           std::string_view name,
-                           PropertyListDocument& document) {
-    return arrayWithContentsOfFile(
-        Path::appendingPathExtension(Path::appendingPathComponent(folder, name), "plist"),
-        document);
-}
-
-}  // namespace
-
 AddressBook AddressesAndGroups() {
     const std::optional<std::string> dataFolder = GroupDataPath();
     if (!dataFolder) {
@@ -46,8 +34,10 @@ AddressBook AddressesAndGroups() {
                             return;
                         }
                     }
-                    addresses = readList(folder, "Addresses", addressFile);
-                    readList(folder, "Groups", groupFile);
+                    addresses = arrayWithContentsOfFile(
+                        Path::appendingPathComponent(folder, "Addresses.plist"), addressFile);
+                    arrayWithContentsOfFile(Path::appendingPathComponent(folder, "Groups.plist"),
+                                            groupFile);
                 });
     if (error) {
         platform::Log::write("NSFileCoordinator AddressesAndGroups %@", {error->description()});

@@ -2,7 +2,7 @@
 
 #include "model/RecordFields.h"
 #include "platform/base/TextFormat.h"
-#include "platform/base/Whitespace.h"
+#include "platform/base/Utf8.h"
 
 namespace quillet {
 

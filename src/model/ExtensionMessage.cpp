@@ -1,13 +1,14 @@
 #include "model/ExtensionMessage.h"
 
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <mutex>
 #include <string_view>
 #include <utility>
 
 #include "model/ExtensionMessageReader.h"
-#include "model/PropertyLock.h"
 #include "model/RecordBlock.h"
 #include "model/RecordFields.h"
 
@@ -16,6 +17,18 @@ namespace quillet {
 using platform::Number;
 
 namespace {
+
+// Returns the lock of an object's atomic properties. All objects share a fixed set of locks: a lock
+// in each record would take more memory than the record's fields.
+std::mutex& propertyLock(const void* object) {
+    constexpr std::size_t kLocks = 64;
+    constexpr std::size_t kCacheLine = 64;  // bytes
+    struct alignas(kCacheLine) Padded {
+        std::mutex mutex;
+    };
+    static std::array<Padded, kLocks> locks;
+    return locks[(reinterpret_cast<std::uintptr_t>(object) / kCacheLine) % kLocks].mutex;
+}
 
 bool equalTexts(const RecordText& left, const RecordText& right) {
     return left && right && left.view() == right.view();

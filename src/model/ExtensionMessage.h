@@ -43,8 +43,6 @@ public:
         const platform::PropertyListValue& dictionary);
 
     ~ExtensionMessage();
-    ExtensionMessage(const ExtensionMessage&) = delete;
-    ExtensionMessage& operator=(const ExtensionMessage&) = delete;
 
     // The host's numbers for the message and for its account.
     std::uint64_t idx() const noexcept { return idx_; }

@@ -25,8 +25,6 @@ public:
         std::swap(tagged_, other.tagged_);
         return *this;
     }
-    RecordText(const RecordText&) = delete;
-    RecordText& operator=(const RecordText&) = delete;
 
     // Bytes that a text of this size takes, and their alignment.
     static constexpr std::size_t kAlignment = alignof(std::uint32_t);

@@ -15,7 +15,6 @@
 #include <utility>
 
 #include "platform/base/Utf8.h"
-#include "platform/base/Whitespace.h"
 #include "platform/extension/ItemProvider.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "model/HostScheme.h"
+#include "model/HostInterface.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/base/TextFormat.h"
 #include "platform/desktop/Workspace.h"

@@ -34,11 +34,6 @@ public:
     virtual bool widgetAllowsEditing() const = 0;
     virtual void widgetDidBeginEditing() = 0;
     virtual void widgetDidEndEditing() = 0;
-
-protected:
-    NCWidgetProviding() = default;
-    NCWidgetProviding(const NCWidgetProviding&) = default;
-    NCWidgetProviding& operator=(const NCWidgetProviding&) = default;
 };
 
 }  // namespace quillet

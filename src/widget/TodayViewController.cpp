@@ -7,7 +7,7 @@
 
 #include "model/Accounts.h"
 #include "model/ContainerPaths.h"
-#include "model/StoreNotification.h"
+#include "model/HostInterface.h"
 #include "platform/base/Log.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
@@ -140,8 +140,8 @@ void TodayViewController::viewDidLoad() {
     auto& center = DistributedNotificationCenter::defaultCenter();
     center.removeObserver(this);  // a second call must not register twice
     center.addObserver(this,
-                       StoreNotification::kName,
-                       StoreNotification::kObject,
+                       kStoreNotificationName,
+                       kStoreNotificationObject,
                        [weak = weak_from_this()](const auto&, const auto&) {
                            if (const auto self = weak.lock()) {
                                self->widget_noty_update();

@@ -35,11 +35,6 @@ public:
         platform::Table& table,
         const std::shared_ptr<TodayViewController>& controller,
         const std::shared_ptr<ExtensionMessage>& message) = 0;
-
-protected:
-    TodayViewFactory() = default;
-    TodayViewFactory(const TodayViewFactory&) = default;
-    TodayViewFactory& operator=(const TodayViewFactory&) = default;
 };
 
 }  // namespace quillet

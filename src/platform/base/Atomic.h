@@ -11,8 +11,6 @@ class Atomic {
 public:
     Atomic() = default;
     explicit Atomic(Value value) : value_(std::move(value)) {}
-    Atomic(const Atomic&) = delete;
-    Atomic& operator=(const Atomic&) = delete;
 
     Value get() const {
         const std::lock_guard lock(mutex_);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <system_error>
 
 namespace quillet::platform {
 
@@ -17,6 +18,8 @@ struct Error {
 };
 
 // An error of the domain "POSIX" for an errno value, with the text "what: reason".
-Error posixError(int code, const std::string& what);
+inline Error posixError(int code, const std::string& what) {
+    return {"POSIX", code, what + ": " + std::generic_category().message(code)};
+}
 
 }  // namespace quillet::platform

@@ -25,10 +25,6 @@ public:
 
     static NotificationCenter& defaultCenter();
 
-    NotificationCenter() = default;
-    NotificationCenter(const NotificationCenter&) = delete;
-    NotificationCenter& operator=(const NotificationCenter&) = delete;
-
     // `observer` only identifies the registration for removeObserver.
     void addObserver(const void* observer, std::string_view name, Handler handler);
     // Drops all registrations of the observer. From then on this thread does not call it, even in

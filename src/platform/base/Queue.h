@@ -12,11 +12,6 @@ public:
     virtual ~Queue() = default;
     // Runs `block` later, never inside this call.
     virtual void async(Block block) = 0;
-
-protected:
-    Queue() = default;
-    Queue(const Queue&) = default;
-    Queue& operator=(const Queue&) = default;
 };
 
 }  // namespace quillet::platform

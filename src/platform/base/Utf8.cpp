@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unicode/uchar.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
@@ -14,8 +15,7 @@ namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
 
-// Bytes of ASCII that the text starts with, looked at in words; where a text is shorter than the
-// last word, the words overlap.
+// The number of ASCII bytes that the text starts with.
 std::size_t asciiLength(std::string_view text) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080;
     constexpr std::size_t kWord = sizeof kHighBits;
@@ -27,9 +27,6 @@ std::size_t asciiLength(std::string_view text) {
     std::size_t at = 0;
     while (text.size() - at >= kWord && highBitsAt(at) == 0) {
         at += kWord;
-    }
-    if (text.size() >= kWord && text.size() - at < kWord && highBitsAt(text.size() - kWord) == 0) {
-        return text.size();
     }
     while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) {
         ++at;
@@ -142,6 +139,24 @@ std::string validUtf8(std::string text) {
         rest.remove_prefix(*invalid + 1);
     }
     return valid.append(rest);
+}
+
+std::string_view trimmingWhitespaceAndNewlines(std::string_view text) noexcept {
+    while (!text.empty()) {
+        const Utf8Character first = firstUtf8Character(text);
+        if (!u_isUWhiteSpace(first.code)) {
+            break;
+        }
+        text.remove_prefix(first.length);
+    }
+    while (!text.empty()) {
+        const Utf8Character last = lastUtf8Character(text);
+        if (!u_isUWhiteSpace(last.code)) {
+            break;
+        }
+        text.remove_suffix(last.length);
+    }
+    return text;
 }
 
 }  // namespace quillet::platform

@@ -37,4 +37,8 @@ struct Utf8Character {
 Utf8Character firstUtf8Character(std::string_view text) noexcept;
 Utf8Character lastUtf8Character(std::string_view text) noexcept;
 
+// `text` without white space and line breaks at both ends: Unicode's spaces (category Zs), the
+// tabulator, line feed to carriage return, U+0085, U+2028 and U+2029.
+std::string_view trimmingWhitespaceAndNewlines(std::string_view text) noexcept;
+
 }  // namespace quillet::platform

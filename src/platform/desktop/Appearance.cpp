@@ -62,8 +62,6 @@ public:
         told_ = current();
     }
     ~State() override { SessionBus::shared().removeObserver(this); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
 
     struct Values {
         Look look = Look::Light;

@@ -16,8 +16,6 @@ public:
     // `changed` is called, from the event loop, whenever look() or reducedMotion() changes.
     explicit Appearance(std::function<void()> changed);
     ~Appearance();
-    Appearance(const Appearance&) = delete;
-    Appearance& operator=(const Appearance&) = delete;
 
     Look look() const;
     bool reducedMotion() const;

@@ -68,8 +68,6 @@ public:
         });
     }
     ~State() override { bus.removeObserver(this); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
 
     void subscribe(const Topic& topic) {
         // Returns false without a bus, and if this very subscription exists already.

@@ -24,8 +24,6 @@ public:
     // Uses a connection of the caller's, which has to outlive the centre.
     explicit DistributedNotificationCenter(SessionBus& bus);
     ~DistributedNotificationCenter();
-    DistributedNotificationCenter(const DistributedNotificationCenter&) = delete;
-    DistributedNotificationCenter& operator=(const DistributedNotificationCenter&) = delete;
 
     // Calls `handler` for notifications of this name with this object. `observer` only names the
     // registration.

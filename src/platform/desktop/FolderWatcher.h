@@ -18,8 +18,6 @@ public:
 
     FolderWatcher(const std::string& folder, int levels, std::function<void()> changed);
     ~FolderWatcher();
-    FolderWatcher(const FolderWatcher&) = delete;
-    FolderWatcher& operator=(const FolderWatcher&) = delete;
 
 private:
     struct State;

@@ -54,8 +54,6 @@ public:
         connect(&retry_, &QTimer::timeout, this, [this] { connection(); });
     }
     ~State() override { QDBusConnection::disconnectFromBus(name_); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
 
     // The next call of connection() makes a new one.
     void disconnectNow() {

@@ -26,8 +26,6 @@ public:
 
     SessionBus();
     ~SessionBus();
-    SessionBus(const SessionBus&) = delete;
-    SessionBus& operator=(const SessionBus&) = delete;
 
     // The connection, which is made if it is missing; not connected while there is no bus. Each
     // connection has a name of its own.

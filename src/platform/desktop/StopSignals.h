@@ -17,8 +17,6 @@ public:
     explicit StopSignals(std::optional<std::chrono::milliseconds> limit = std::nullopt);
     // From now on the signals end the program again. A limit that has begun still counts.
     ~StopSignals();
-    StopSignals(const StopSignals&) = delete;
-    StopSignals& operator=(const StopSignals&) = delete;
 
     // Calls `stop` when signals come, including those that came before. Needs the application
     // object.

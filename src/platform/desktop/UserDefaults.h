@@ -19,11 +19,6 @@ public:
     // by other programs are seen. Anything but a regular file counts as empty. If the file cannot
     // be written, the value is kept for this process only.
     static UserDefaults& standard();
-
-protected:
-    UserDefaults() = default;
-    UserDefaults(const UserDefaults&) = default;
-    UserDefaults& operator=(const UserDefaults&) = default;
 };
 
 // Preferences that end with the object, for a run that stores nothing.

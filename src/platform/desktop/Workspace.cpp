@@ -203,8 +203,6 @@ public:
         bus_.addObserver(this, [this] { settle(); });
     }
     ~State() override { bus_.removeObserver(this); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
 
     // The connection that leads to an application; none if the bus is missing or does not know it.
     std::optional<QDBusConnection> connectionTo(const QString& identifier) {

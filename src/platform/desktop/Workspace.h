@@ -38,8 +38,6 @@ public:
     // Uses a connection of the caller's, which has to outlive the workspace.
     explicit Workspace(SessionBus& bus);
     ~Workspace();
-    Workspace(const Workspace&) = delete;
-    Workspace& operator=(const Workspace&) = delete;
 
     // Whether the session bus knows the application `identifier`, or it has a desktop entry.
     bool knowsApplication(std::string_view identifier);

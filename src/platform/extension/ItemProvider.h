@@ -25,17 +25,12 @@ public:
     using Completion = std::function<void(const Result<Item>&)>;
 
     virtual ~ItemProvider() = default;
-    ItemProvider(const ItemProvider&) = delete;
-    ItemProvider& operator=(const ItemProvider&) = delete;
 
     virtual bool hasItemConformingToTypeIdentifier(std::string_view type) const = 0;
     // Calls `completion` once with the item of that type or an error, inside this call or later, on
     // any thread. The provider may be destroyed during the load, so the load must own what it
     // needs.
     virtual void loadItem(std::string_view type, Completion completion) = 0;
-
-protected:
-    ItemProvider() = default;
 };
 
 // A provider of an item that exists already; it calls `completion` inside loadItem.

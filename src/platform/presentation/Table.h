@@ -23,11 +23,6 @@ public:
     virtual TableCellView* tableView_viewForTableColumn_row(Table& table, std::size_t row) = 0;
     // Called when the user has selected another row.
     virtual void tableViewSelectionDidChange() = 0;
-
-protected:
-    TableDelegate() = default;
-    TableDelegate(const TableDelegate&) = default;
-    TableDelegate& operator=(const TableDelegate&) = default;
 };
 
 // A table as its controller sees it, without the toolkit. Main thread only.
@@ -56,11 +51,6 @@ public:
     // rows below move up. The selection stays with its row; if that is removed, nothing is
     // selected. A row beyond the last is ignored.
     virtual void removeRow(std::size_t row, RowAnimation animation) = 0;
-
-protected:
-    Table() = default;
-    Table(const Table&) = default;
-    Table& operator=(const Table&) = default;
 };
 
 }  // namespace quillet::platform

@@ -9,8 +9,6 @@ namespace quillet::platform {
 class ValueAnimation {
 public:
     ValueAnimation();
-    ValueAnimation(const ValueAnimation&) = delete;
-    ValueAnimation& operator=(const ValueAnimation&) = delete;
     ~ValueAnimation();
 
     // Replaces a running movement. The event loop calls `changed` with each value, the last one

@@ -11,16 +11,11 @@ namespace quillet::platform {
 class ViewTree {
 public:
     virtual ~ViewTree() = default;
-    ViewTree(const ViewTree&) = delete;
-    ViewTree& operator=(const ViewTree&) = delete;
 
     // Whether the tree is still there: whoever adopts it may end it.
     virtual bool exists() const noexcept = 0;
     virtual QWidget* root() const noexcept = 0;
     virtual void hide() = 0;
-
-protected:
-    ViewTree() = default;
 };
 
 // Base of a controller that builds and owns one view tree. Main thread only.
@@ -30,8 +25,6 @@ protected:
 class ViewController {
 public:
     virtual ~ViewController() = default;
-    ViewController(const ViewController&) = delete;
-    ViewController& operator=(const ViewController&) = delete;
 
     // Owned by the controller, unless a parent widget has adopted it (then by that one).
     QWidget* view();
@@ -50,7 +43,6 @@ public:
     bool darkAppearance() const noexcept { return darkAppearance_; }
 
 protected:
-    ViewController() = default;
     void setView(std::unique_ptr<ViewTree> tree) { tree_ = std::move(tree); }
 
 private:

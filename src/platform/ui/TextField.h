@@ -22,11 +22,9 @@ public:
     const std::string& stringValue() const { return text_; }  // as it was set
     void setTextColor(const QColor& color);
     QColor textColor() const { return color_; }
-    // Drawn only with drawsBackground. Invalid at first.
+    // Drawn only after setDrawsBackground(true).
     void setBackgroundColor(const QColor& color);
-    QColor backgroundColor() const { return backgroundColor_; }
     void setDrawsBackground(bool draws);  // off at first
-    bool drawsBackground() const { return drawsBackground_; }
     // The system font in this size; one point is one device-independent pixel.
     void setFontSize(double points);
     // What is painted at the current width, including the ellipsis.
