@@ -5,7 +5,6 @@ namespace quillet {
 namespace {
 
 constexpr float kSeparatorAlpha = 0.2F;
-constexpr float kSelectionAlpha = 0.3F;
 constexpr float kDateAlpha = 0.4F;
 
 constexpr float kBlack = 0;
@@ -18,11 +17,9 @@ QColor gray(float whiteness, float alpha) {
 }
 
 Theme makeDark() {
-    constexpr float kLabelAlpha = 0.85F;
-    constexpr float kSecondaryLabelAlpha = 0.55F;
-    return Theme{.senderText = gray(kWhite, kLabelAlpha),
+    return Theme{.senderText = gray(kWhite, 0.85F),
                  .dateText = gray(kWhite, kDateAlpha),
-                 .subjectText = gray(kWhite, kSecondaryLabelAlpha),
+                 .subjectText = gray(kWhite, 0.55F),
                  .separator = gray(kWhite, kSeparatorAlpha),
                  .selection = QColor(),
                  .keyboardFocus = gray(kWhite, 0.06F),
@@ -37,7 +34,7 @@ Theme makeLight() {
                  .dateText = gray(kDarkGray, kDateAlpha),
                  .subjectText = gray(kDarkGray, 1),
                  .separator = gray(kDarkGray, kSeparatorAlpha),
-                 .selection = gray(kLightGray, kSelectionAlpha),
+                 .selection = gray(kLightGray, 0.3F),
                  .keyboardFocus = gray(kLightGray, 0.15F),
                  .iconTint = gray(kBlack, 1),
                  .panelBackground = QColor(0xF5, 0xF5, 0xF7),

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cerrno>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include "platform/base/Result.h"
@@ -37,11 +39,17 @@ public:
 class ReadyItemProvider final : public ItemProvider {
 public:
     // A URL has the type kUTTypeURL, any other item kUTTypeImage.
-    explicit ReadyItemProvider(Item item);
+    explicit ReadyItemProvider(Item item) : item_(std::move(item)) {}
 
-    bool hasItemConformingToTypeIdentifier(std::string_view type) const override;
+    bool hasItemConformingToTypeIdentifier(std::string_view type) const override {
+        return type == (std::holds_alternative<URL>(item_) ? kUTTypeURL : kUTTypeImage);
+    }
     // EINVAL for any type but the item's.
-    void loadItem(std::string_view type, Completion completion) override;
+    void loadItem(std::string_view type, Completion completion) override {
+        completion(hasItemConformingToTypeIdentifier(type)
+                       ? Result<Item>(item_)
+                       : posixError(EINVAL, "there is no item of the type " + std::string(type)));
+    }
 
 private:
     Item item_;

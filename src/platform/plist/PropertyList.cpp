@@ -14,6 +14,8 @@ namespace quillet::platform {
 
 namespace {
 
+using Kind = PropertyListErrorKind;
+
 constexpr std::string_view kBinaryStart = "bplist";
 constexpr std::string_view kUtf16BigStart = "\xFE\xFF";
 constexpr std::string_view kUtf16LittleStart = "\xFF\xFE";
@@ -50,7 +52,6 @@ void readUtf16Xml(PropertyListState& state, std::endian order) {
 }
 
 void read(PropertyListState& state) {
-    using Kind = PropertyListErrorKind;
     const std::string_view bytes = state.bytes.view();
     if (bytes.empty()) {
         failPropertyList(Kind::Empty, 0, "an empty file");

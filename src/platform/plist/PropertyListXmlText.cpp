@@ -16,6 +16,8 @@ namespace quillet::platform {
 
 namespace {
 
+using Kind = PropertyListErrorKind;
+
 constexpr std::string_view kCdataStart = "<![CDATA[";
 constexpr std::string_view kCdataEnd = "]]>";
 constexpr std::string_view kCommentStart = "<!--";
@@ -112,7 +114,6 @@ unsigned digitsAt(std::string_view text, std::size_t at, std::size_t count) {
 
 std::optional<XmlCharacterError> firstXmlCharacterError(const char* start,
                                                         const char* end) noexcept {
-    using Kind = PropertyListErrorKind;
     for (const char* at = findUnusual(start, end); at < end; at = findUnusual(at, end)) {
         const std::string_view rest(at, static_cast<std::size_t>(end - at));
         const Utf8Character character = firstUtf8Character(rest);
