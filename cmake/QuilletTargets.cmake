@@ -4,6 +4,11 @@ add_library(quillet_options INTERFACE)
 target_compile_options(quillet_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
     $<$<BOOL:${QUILLET_WARNINGS_AS_ERRORS}>:-Werror>)
+# Where the sources of a target are one, none of them is the main one, so the compiler takes what a
+# file keeps to itself for part of a header.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(quillet_options INTERFACE -Wno-subobject-linkage)
+endif()
 if(QUILLET_SANITIZE)
     target_compile_options(quillet_options INTERFACE
         -fsanitize=${QUILLET_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

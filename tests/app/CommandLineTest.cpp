@@ -41,7 +41,7 @@ TEST(CommandLine, WrongUsageEndsWithStatusTwoAndSaysWhatIsWrong) {
                          {{"list", "--segment", "9223372036854775808"}, "whole number"},
                          {{"snapshot", "a.png", "--scale", "nan"}, "\"--scale\" takes"},
                          {{"snapshot", "a.png", "--scale", "0"}, "\"--scale\" takes"},
-                         {{"snapshot", "a.png", "--scale", "1000"}, "\"--scale\" takes"},
+                         {{"snapshot", "a.png", "--scale", "8.1"}, "\"--scale\" takes"},
                          {{"--dark", "--light"}, "choose one"},
                          {{"--json"}, "\"--json\" goes with"},
                          {{"list", "--dark"}, "\"--dark\" and \"--light\" go with"},

@@ -27,7 +27,7 @@ const char* BinaryObjectReader::read(std::uint64_t offset, Node& node) {
     if (offset < kBinaryHeaderSize || offset >= end_) {
         return "an object that lies outside the objects";
     }
-    const auto marker = static_cast<unsigned char>(bytes_.data()[offset]);
+    const auto marker = static_cast<unsigned char>(bytes_[offset]);
     const unsigned low = marker & 0xFU;
     node.extent = 1;
     switch (marker >> 4U) {
@@ -143,7 +143,7 @@ bool BinaryObjectReader::readSize(std::uint64_t& offset, unsigned low, std::uint
     if (!has(offset, 1)) {
         return false;
     }
-    const auto marker = static_cast<unsigned char>(bytes_.data()[offset]);
+    const auto marker = static_cast<unsigned char>(bytes_[offset]);
     const std::size_t width = std::size_t{1} << (marker & 0xFU);
     if (marker >> 4U != kInteger || width > kWidestBinaryNumber || !has(offset + 1, width)) {
         return false;
