@@ -73,7 +73,7 @@ TEST(RequestUtils, QueryIsBuiltByThePolicy) {
 }
 
 TEST(RequestUtils, QueryIsParsedByThePolicy) {
-    const std::tuple<Text, std::initializer_list<unsigned>, ParameterMap> cases[] = {
+    const std::tuple<Text, std::vector<unsigned>, ParameterMap> cases[] = {
         {"to=a&to=b", {0, 1, 8}, {{"to", "b"}}},
         {"to=a&to=b", {2, 10}, {{"to", "a"}}},
         {"to=a&to=b", {3, 4, 5, 6, 7}, {{"to", List{"a", "b"}}}},
