@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
 
-// The number of ASCII bytes that the text starts with.
+// The number of ASCII bytes that the text starts with. The last word may overlap the one before.
 std::size_t asciiLength(std::string_view text) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080;
     constexpr std::size_t kWord = sizeof kHighBits;
@@ -27,6 +27,9 @@ std::size_t asciiLength(std::string_view text) {
     std::size_t at = 0;
     while (text.size() - at >= kWord && highBitsAt(at) == 0) {
         at += kWord;
+    }
+    if (text.size() >= kWord && text.size() - at < kWord && highBitsAt(text.size() - kWord) == 0) {
+        return text.size();
     }
     while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) {
         ++at;
