@@ -9,6 +9,7 @@
 namespace quillet {
 
 // GetItemForExtension on a queue and with a pause of the caller's choice: tests bring their own.
+// GetItemForExtension calls it, so Gathering.cpp includes this header and this one Gathering.h.
 void gatherItems(platform::ExtensionContext context,
                  std::string service,
                  ExtensionUtilities::ShareCompletion completion,

@@ -40,6 +40,7 @@ ExtensionMessage::ExtensionMessage() : date_(std::numeric_limits<double>::quiet_
 
 ExtensionMessage::~ExtensionMessage() = default;
 
+// The two makers need the block and the reader, which in turn hold messages.
 std::shared_ptr<ExtensionMessage> ExtensionMessage::init() {
     const std::shared_ptr<RecordBlock> block = RecordBlock::make();
     block->reserve(1);

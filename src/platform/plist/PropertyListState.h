@@ -13,7 +13,8 @@
 #include "platform/base/ByteBuffer.h"
 #include "platform/plist/PropertyList.h"
 
-// The contents of a parsed document. Internal to the property-list sources.
+// The contents of a parsed document, which PropertyList.h hides: that is why PropertyList.cpp and
+// this header know each other. Internal to the property-list sources.
 namespace quillet::platform {
 
 // The big-endian number of `width` (1 to 8) bytes at `at`. Reads 8 bytes from there, which
