@@ -117,7 +117,7 @@ std::vector<Case> makeCases() {
     const std::string html = repeated(kHtml, kMegabyte);
     const std::string japanese = repeated("本日の会議は午後三時からです。", kMegabyte);
     std::string keys;
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 100'000; ++i) {
         keys.append(i == 0 ? "" : "&")
             .append("attachment_")
             .append(std::to_string(i))
@@ -133,7 +133,7 @@ std::vector<Case> makeCases() {
             parsing("parse a draft, HTML", "to=a&htmlBody=" + RequestUtils::URLEncodedString(html)),
             parsing("parse a draft, Japanese",
                     "to=a&plainBody=" + RequestUtils::URLEncodedString(japanese)),
-            parsing("parse 100 keys", keys)};
+            parsing("parse 100,000 keys", keys)};
 }
 
 // Returns whether Quillet is at least as fast.
