@@ -7,6 +7,7 @@ import sys
 BASE, FILES, PLIST, URL = "platform/base", "platform/files", "platform/plist", "platform/url"
 DATES, EXTENSION = "platform/dates", "platform/extension"
 DESKTOP, PRESENTATION, UI = "platform/desktop", "platform/presentation", "platform/ui"
+MAILDIR, ACCOUNTS, MAIL_HOST = "mailhost/maildir", "mailhost/accounts", "mailhost/host"
 SYSTEM = {BASE, FILES, PLIST, URL, DATES, EXTENSION}
 MAY_INCLUDE = {
     BASE: {BASE},
@@ -24,12 +25,15 @@ MAY_INCLUDE = {
     "widget": {"widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION},
     "views": {"views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
     "share": {"share", "handoff", "widget", "model", "util", *SYSTEM, DESKTOP},
+    MAILDIR: {MAILDIR, *SYSTEM},
+    ACCOUNTS: {ACCOUNTS, *SYSTEM},
+    MAIL_HOST: {MAIL_HOST, MAILDIR, ACCOUNTS, "handoff", "model", "util", *SYSTEM, DESKTOP},
     "app": {"app", "views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
 }
 # Folders beside src/, which nothing in src/ may include.
 OUTSIDE = ("host/", "bench/", "tests/")
 # Folders in which no file includes the toolkit, and folders in which no header does.
-NO_QT = {"util", *SYSTEM, "model", "handoff", "widget"}
+NO_QT = {"util", *SYSTEM, "model", "handoff", "widget", MAILDIR, ACCOUNTS}
 NO_QT_HEADERS = {DESKTOP, PRESENTATION}
 # Folders whose headers include the C++ standard library only, and no type of the system or of
 # another library.

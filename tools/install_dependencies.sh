@@ -6,11 +6,11 @@ set -euo pipefail
 
 packages_for() {
     case "$1" in
-        build) echo g++ cmake ninja-build pkg-config qt6-base-dev libicu-dev libglib2.0-dev libpng-dev libxcb1-dev libxcb-shape0-dev nlohmann-json3-dev ;;
+        build) echo g++ cmake ninja-build pkg-config qt6-base-dev libicu-dev libglib2.0-dev libgmime-3.0-dev libpng-dev libxcb1-dev libxcb-shape0-dev nlohmann-json3-dev ;;
         panel) echo dbus-daemon ;;
         run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
         wayland) echo qt6-wayland ;;
-        test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter tzdata ;;
+        test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter tzdata isync dovecot-imapd ;;
         bench) echo libplist-dev libpugixml-dev libglib2.0-dev dbus-daemon python3 ;;
         fuzz) echo clang libclang-rt-14-dev ;;
         ci) echo clang-format clang-tidy codespell python3 ;;
