@@ -1,31 +1,13 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
-#include <string_view>
 
 #include "host/Draft.h"
 #include "host/MailStore.h"
+#include "model/HostCommand.h"
 
 namespace quillet::host {
-
-// A command of the widget, or a draft of another program, read from its URL.
-struct HostCommand {
-    std::string word;  // "open", "archive" …; what stands in its place where there is no such word
-    MessageKey message;
-    std::string folderStandardId;        // as it is written
-    std::optional<platform::URL> draft;  // of compose, message and send: what carries it
-    std::string problem;                 // why it cannot be followed; empty where it can
-
-    // Whether it asks to show a message: open, reply and the drafts.
-    bool shows() const;
-};
-
-// Reads "quillet://WORD?mail=…&messageid=…&folderstandardid=…". The message identifier is taken as
-// it stands there, whatever it looks like; the mail address is decoded. Any text is accepted and
-// never does harm: what is no command has a problem. Of a draft only the word is read. Any thread.
-HostCommand readCommand(std::string_view url);
 
 // What came of a command, or of a call without one (Activated).
 struct Outcome {

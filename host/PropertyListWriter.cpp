@@ -1,12 +1,12 @@
 #include "host/PropertyListWriter.h"
 
-#include "host/BinaryPropertyList.h"
 #include "host/XmlPropertyList.h"
 
 namespace quillet::host {
 
 std::string writePropertyList(const Value& root, PropertyListFormat format) {
-    return format == PropertyListFormat::Xml ? writeXml(root) : writeBinary(root);
+    return format == PropertyListFormat::Xml ? writeXml(root)
+                                             : platform::writeBinaryPropertyList(root);
 }
 
 }  // namespace quillet::host

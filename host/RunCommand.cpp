@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QDBusConnection>
-#include <QDBusError>
 #include <QTimer>
 #include <chrono>
 #include <csignal>
@@ -10,11 +9,12 @@
 #include <iostream>
 #include <memory>
 
-#include "host/ApplicationService.h"
 #include "host/MessageWindow.h"
 #include "host/SampleHost.h"
+#include "host/WindowActivation.h"
 #include "model/ContainerPaths.h"
 #include "platform/base/StandardError.h"
+#include "platform/desktop/ApplicationService.h"
 #include "platform/desktop/Display.h"
 #include "platform/desktop/Queues.h"
 #include "platform/desktop/SessionBus.h"
@@ -24,6 +24,7 @@ namespace quillet::host {
 
 namespace {
 
+using platform::ApplicationService;
 using Claim = ApplicationService::Claim;
 
 // How long the end waits for commands that were received: a reader may hold the store's lock.
@@ -85,18 +86,19 @@ int runHost(const CommandLine& line, int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // whoever reads the log may leave
     const bool hasDisplay = platform::hasDisplay();
     const auto application = makeApplication(argc, argv, hasDisplay);
-    const QDBusConnection bus = platform::SessionBus::shared().connection();
+    auto& sessionBus = platform::SessionBus::shared();
+    const QDBusConnection bus = sessionBus.connection();
     if (!bus.isConnected()) {
         return fail("there is no session bus on which the widget could ask for anything");
     }
     const auto window = hasDisplay ? std::make_unique<MessageWindow>() : nullptr;
     SampleHost host(*dataFolder, window.get(), std::cout);
     ApplicationService service(
-        bus, line.identifier, [&host](const Call& call) { host.receive(call); });
+        sessionBus, line.identifier, [&host](const Call& call) { host.receive(call); });
     const Claim claim = service.claim();
     if (claim == Claim::Refused) {
         return fail("the session bus does not give the name " + line.identifier + ": " +
-                    bus.lastError().message().toStdString());
+                    service.lastError());
     }
     if (claim == Claim::Later) {
         return handOver(service, given, line.identifier);

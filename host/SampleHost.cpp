@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/MessageWindow.h"
+#include "host/WindowActivation.h"
 #include "model/HostInterface.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
@@ -47,8 +48,8 @@ void addCommand(nlohmann::ordered_json& line, const std::string& url, const Host
     }
     line["url"] = url;
     line["command"] = command.word;
-    line["mail"] = command.message.account;
-    line["messageid"] = command.message.identifier;
+    line["mail"] = command.account;
+    line["messageid"] = command.identifier;
     line["folderstandardid"] = command.folderStandardId;
 }
 
@@ -82,7 +83,7 @@ void SampleHost::receive(const Call& call) {
     }
     for (std::size_t index = 0; index < urls.size(); ++index) {
         request.url = urls[index];
-        request.command = readCommand(request.url);
+        request.command = readHostCommand(request.url);
         request.isLastOfCall = index + 1 == urls.size();
         waiting_.push_back(request);
     }

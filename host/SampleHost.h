@@ -6,12 +6,13 @@
 #include <optional>
 #include <string>
 
-#include "host/ApplicationService.h"
 #include "host/HostCommand.h"
+#include "platform/desktop/ApplicationService.h"
 
 namespace quillet::host {
 
 class MessageWindow;
+using Call = platform::ApplicationCall;
 
 // What the sample host does with calls: carries out the commands in them, one after the other and
 // off the main thread, since the store's lock may be held for long; shows messages and drafts;

@@ -1,18 +1,12 @@
 #pragma once
 
-#include <string>
+#include "platform/desktop/ApplicationService.h"
 
 class QWidget;
 
 namespace quillet::host {
 
-// The leave to come to the front that a launcher hands along: the user has just clicked there.
-struct Activation {
-    std::string token;      // "activation-token"; empty: none
-    std::string startupId;  // "desktop-startup-id"; empty: none
-
-    bool isGiven() const { return !token.empty() || !startupId.empty(); }
-};
+using platform::Activation;
 
 // What the program was started with; taken out of the environment, so that the toolkit does not
 // spend it on the first window. Before the application object is made.

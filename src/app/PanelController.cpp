@@ -155,8 +155,9 @@ void PanelController::watchStore() {
     const auto changed = [this] { requestUpdate(); };
     const std::string today =
         platform::Path::appendingPathComponent(*dataFolder, ExtensionUtilities::kTodayFolder);
-    storeWatcher_ = std::make_unique<platform::FolderWatcher>(today, 1, changed);
-    accountsWatcher_ = std::make_unique<platform::FolderWatcher>(*dataFolder, 0, changed);
+    storeWatcher_ = std::make_unique<platform::FolderWatcher>(std::vector{today}, 1, changed);
+    accountsWatcher_ =
+        std::make_unique<platform::FolderWatcher>(std::vector{*dataFolder}, 0, changed);
 }
 
 }  // namespace quillet

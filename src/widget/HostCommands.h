@@ -8,22 +8,13 @@
 #include <vector>
 
 #include "model/ExtensionMessage.h"
+#include "model/HostInterface.h"
 #include "platform/url/URL.h"
 
 // Commands to the host application: URLs of its scheme that it is asked to open. Main thread only.
 // These operations show and log nothing when the host cannot be asked. The workspace logs a line
 // when no application takes a request that was on its way. See docs/commands.md.
 namespace quillet::ExtensionUtilities {
-
-// Command words of the host application.
-inline constexpr std::string_view commandOpen = "open";
-inline constexpr std::string_view commandReply = "reply";
-inline constexpr std::string_view commandArchive = "archive";
-inline constexpr std::string_view commandDelete = "delete";
-// Words that hosts know and the widget never sends.
-inline constexpr std::string_view commandMessage = "message";
-inline constexpr std::string_view commandCompose = "compose";
-inline constexpr std::string_view commandSend = "send";
 
 // Posted in the process for each message before the host is asked to act on it; the object is a
 // CalledAction.

@@ -3,14 +3,17 @@
 #include <QObject>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -43,13 +46,13 @@ fs::path absolutePath(const std::string& folder) {
 
 struct FolderWatcher::State final : public QObject {
 public:
-    State(const std::string& folder, int levels, std::function<void()> changed)
-        : folder_(absolutePath(folder)),
-          levels_(levels),
+    State(const std::vector<std::string>& folders, int levels, std::function<void()> changed)
+        : levels_(levels),
           changed_(std::move(changed)),
           inotify_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        std::transform(folders.begin(), folders.end(), std::back_inserter(folders_), absolutePath);
         if (!inotify_) {
-            Log::write("FolderWatcher %@", {posixError(errno, folder).description()});
+            Log::write("FolderWatcher %@", {posixError(errno, "inotify").description()});
             return;
         }
         settle_.setSingleShot(true);
@@ -61,27 +64,26 @@ public:
 
 private:
     struct Watch {
-        bool isInside = false;  // in the tree, not on the way to it
-        std::string awaited{};  // on the way: the missing entry that leads to the tree
-        unsigned round = 0;     // of the last watchAll that found the folder
+        bool isInside = false;            // in a tree, not on the way to it
+        std::set<std::string> awaited{};  // on the way: the missing entries that lead to trees
+        unsigned round = 0;               // of the last watchAll that found the folder
     };
 
-    // Sets all watches again, on the way to the folder and in the tree, as far as they exist, and
-    // drops those of folders that are gone. Changes between two looks at the disk are caught by
-    // another attempt. A failure means missed changes, so the first one is logged.
+    // Sets all watches again, on the way to the folders and in their trees, as far as they exist,
+    // and drops those of folders that are gone. A failure means missed changes, so the first one is
+    // logged.
     void watchAll() {
         ++round_;
+        masks_.clear();
         failure_.reset();
-        for (int attempt = 0; attempt < kAttempts; ++attempt) {
-            const std::optional<fs::path> awaited = watchWay();
-            if (addInside(folder_, 0) || (awaited && !FileManager::fileExists(awaited->string()))) {
-                break;
-            }
+        isAnyFolderThere_ = false;
+        for (const fs::path& folder : folders_) {
+            watchTree(folder);
+            isAnyFolderThere_ = isAnyFolderThere_ || FileManager::folderExists(folder.string());
         }
         if (failure_) {
             Log::write("FolderWatcher %@", {failure_->description()});
         }
-        isFolderThere_ = FileManager::folderExists(folder_.string());
         std::erase_if(watches_, [this](const auto& entry) {
             const bool isStale = entry.second.round != round_;
             if (isStale) {
@@ -91,16 +93,26 @@ private:
         });
     }
 
+    // Changes between two looks at the disk are caught by another attempt.
+    void watchTree(const fs::path& folder) {
+        for (int attempt = 0; attempt < kAttempts; ++attempt) {
+            const std::optional<fs::path> awaited = watchWay(folder);
+            if (addInside(folder, 0) || (awaited && !FileManager::fileExists(awaited->string()))) {
+                break;
+            }
+        }
+    }
+
     // Watches whether the folders above disappear. If the folder is missing, the lowest existing
     // one is also watched for the entry that leads to it, which is returned.
-    std::optional<fs::path> watchWay() {
+    std::optional<fs::path> watchWay(const fs::path& folder) {
         std::optional<fs::path> awaited;
-        bool isMissing = !FileManager::folderExists(folder_.string());
-        for (fs::path next = folder_; next.has_relative_path(); next = next.parent_path()) {
+        bool isMissing = !FileManager::folderExists(folder.string());
+        for (fs::path next = folder; next.has_relative_path(); next = next.parent_path()) {
             Watch* const watch =
                 add(next.parent_path(), isMissing ? kSelfGone | kEntries : kSelfGone);
             if (watch != nullptr && isMissing) {
-                watch->awaited = next.filename().string();
+                watch->awaited.insert(next.filename().string());
                 awaited = next;
                 isMissing = false;
             }
@@ -130,11 +142,13 @@ private:
         return true;
     }
 
-    // Returns null if the folder does not exist or cannot be watched. If a folder is added twice,
-    // the last mask counts; folders inside the tree have the widest mask and are added last.
+    // Returns null if the folder does not exist or cannot be watched. A folder may be in one tree
+    // and on the way to another: all its masks of a round count.
     Watch* add(const fs::path& folder, std::uint32_t mask) {
+        std::uint32_t& all = masks_[folder.string()];
+        all |= mask;
         const int id =
-            ::inotify_add_watch(inotify_.get(), folder.c_str(), mask | IN_ONLYDIR | IN_EXCL_UNLINK);
+            ::inotify_add_watch(inotify_.get(), folder.c_str(), all | IN_ONLYDIR | IN_EXCL_UNLINK);
         if (id < 0) {
             if (errno != ENOENT && errno != ENOTDIR && !failure_) {
                 failure_ = posixError(errno, folder.string());
@@ -167,7 +181,7 @@ private:
             return;
         }
         if (isOverflow || (event.mask & (kSelfGone | IN_IGNORED | IN_UNMOUNT)) != 0 ||
-            watch->second.isInside || watch->second.awaited == name) {
+            watch->second.isInside || watch->second.awaited.contains(std::string(name))) {
             if (!settle_.isActive()) {
                 settle_.start(kSettleTime);
             }
@@ -178,27 +192,30 @@ private:
     }
 
     void tell() {
-        const bool wasThere = isFolderThere_;
+        const bool wasThere = isAnyFolderThere_;
         watchAll();
-        if (wasThere || isFolderThere_) {
+        if (wasThere || isAnyFolderThere_) {
             const auto changed = changed_;  // the call may end this object
             changed();
         }
     }
 
-    fs::path folder_;
+    std::vector<fs::path> folders_;
     int levels_;
     std::function<void()> changed_;
     FileDescriptor inotify_;
     QTimer settle_;
     std::map<int, Watch> watches_;
+    std::map<std::string, std::uint32_t> masks_;  // of this round, by folder
     unsigned round_ = 0;
     std::optional<Error> failure_;  // the first of this round
-    bool isFolderThere_ = false;
+    bool isAnyFolderThere_ = false;
 };
 
-FolderWatcher::FolderWatcher(const std::string& folder, int levels, std::function<void()> changed)
-    : state_(std::make_unique<State>(folder, levels, std::move(changed))) {}
+FolderWatcher::FolderWatcher(const std::vector<std::string>& folders,
+                             int levels,
+                             std::function<void()> changed)
+    : state_(std::make_unique<State>(folders, levels, std::move(changed))) {}
 
 FolderWatcher::~FolderWatcher() = default;
 

@@ -3,11 +3,12 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace quillet::platform {
 
-// Reports changes in a folder and in the folders up to `levels` levels below it (0: only the
-// folder): files written, made, renamed, removed. The folder need not exist yet, and may go and
+// Reports changes in folders and in the folders up to `levels` levels below them (0: only the
+// folders): files written, made, renamed, removed. The folders need not exist yet, and may go and
 // come back. Folders that cannot be watched are skipped, with one line in the log each time that
 // the watches are set. Main thread only.
 class FolderWatcher {
@@ -16,7 +17,9 @@ public:
     // first.
     static constexpr int kSettleTime = 150;  // milliseconds
 
-    FolderWatcher(const std::string& folder, int levels, std::function<void()> changed);
+    FolderWatcher(const std::vector<std::string>& folders,
+                  int levels,
+                  std::function<void()> changed);
     ~FolderWatcher();
 
 private:

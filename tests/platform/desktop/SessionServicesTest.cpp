@@ -217,7 +217,7 @@ TEST_F(AppearanceTest, SettingsOfAnotherTypeOrNameChangeNothing) {
 class FolderWatcherTest : public testing::Test {
 protected:
     FolderWatcher watch(const std::string& folder, int levels) {
-        return FolderWatcher(folder_.path(folder), levels, [this] { ++count_; });
+        return FolderWatcher({folder_.path(folder)}, levels, [this] { ++count_; });
     }
     void move(const char* from, const char* to) const {
         fs::rename(folder_.path(from), folder_.path(to));
@@ -231,7 +231,7 @@ protected:
     // reported after them.
     void settle() const {
         int count = 0;
-        const FolderWatcher watcher(folder_.makeFolder("settle"), 0, [&count] { ++count; });
+        const FolderWatcher watcher({folder_.makeFolder("settle")}, 0, [&count] { ++count; });
         for (int round = 1; round <= 2; ++round) {
             folder_.writeFile("settle/file", "");
             EXPECT_TRUE(waitUntil([&] { return count == round; }));
@@ -284,6 +284,19 @@ TEST_F(FolderWatcherTest, AFolderMayComeGoAndComeBack) {
     EXPECT_TRUE(isTold());
 }
 
+TEST_F(FolderWatcherTest, FoldersMayLieOnTheWayToOthers) {
+    const std::string inbox = folder_.makeFolder("mail/cur");
+    const FolderWatcher watcher(
+        {folder_.path("mail"), inbox, folder_.path("mail/a/cur"), folder_.path("mail/b/cur")},
+        0,
+        [this] { ++count_; });
+    for (const char* file : {"mail/new", "mail/cur/1", "mail/b/cur/2", "mail/a/cur/3", "mail/x"}) {
+        SCOPED_TRACE(file);
+        folder_.writeFile(file, "");
+        ASSERT_TRUE(isTold());
+    }
+}
+
 TEST_F(FolderWatcherTest, ChangesElsewhereAreNotToldAndManyInQuickSuccessionOnce) {
     folder_.makeFolder("store/Today/a@b/deep");
     const auto watcher = watch("store/Today", 1);
@@ -308,7 +321,7 @@ TEST_F(FolderWatcherTest, AFolderThatCannotBeWatchedIsLoggedOnce) {
 TEST_F(FolderWatcherTest, AWatcherMayBeEndedByTheCall) {
     folder_.makeFolder("store");
     std::optional<FolderWatcher> watcher;
-    watcher.emplace(folder_.path("store"), 0, [&] {
+    watcher.emplace(std::vector{folder_.path("store")}, 0, [&] {
         ++count_;
         watcher.reset();
     });

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "host/HostCommand.h"
+#include "model/HostCommand.h"
 
-namespace quillet::host {
+namespace quillet {
 namespace {
 
 TEST(HostCommand, UrlIsReadAsTheWidgetWritesItAndAnythingElseIsRefused) {
@@ -50,14 +50,14 @@ TEST(HostCommand, UrlIsReadAsTheWidgetWritesItAndAnythingElseIsRefused) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.url.substr(0, 80));
-        const HostCommand command = readCommand(row.url);
+        const HostCommand command = readHostCommand(row.url);
         EXPECT_EQ(command.word, row.word);
-        EXPECT_EQ(command.message.account, row.mail);
-        EXPECT_EQ(command.message.identifier, row.messageId);
+        EXPECT_EQ(command.account, row.mail);
+        EXPECT_EQ(command.identifier, row.messageId);
         EXPECT_EQ(command.problem.empty(), row.problem.empty()) << command.problem;
         EXPECT_NE(command.problem.find(row.problem), std::string::npos) << command.problem;
     }
 }
 
 }  // namespace
-}  // namespace quillet::host
+}  // namespace quillet

@@ -1,4 +1,4 @@
-#include "host/BinaryPropertyList.h"
+#include "platform/plist/PropertyListWriter.h"
 
 #include <algorithm>
 #include <bit>
@@ -9,8 +9,10 @@
 
 #include "platform/base/Ascii.h"
 
-namespace quillet::host {
+namespace quillet::platform {
 namespace {
+
+using namespace PropertyListTree;
 
 // High halves of an object's first byte; the low half is a count or a power of two.
 enum Marker : unsigned {
@@ -70,7 +72,7 @@ std::string eightBytes(Marker marker, double number) {
 struct LeafEncoder {
     std::string operator()(const std::string& text) const {
         std::string out;
-        if (platform::isAsciiText(text)) {
+        if (isAsciiText(text)) {
             appendMarker(out, kAsciiText, text.size());
             return out += text;
         }
@@ -239,8 +241,8 @@ private:
 
 }  // namespace
 
-std::string writeBinary(const Value& root) {
+std::string writeBinaryPropertyList(const Value& root) {
     return Writer().write(root);
 }
 
-}  // namespace quillet::host
+}  // namespace quillet::platform

@@ -1,16 +1,20 @@
-#include "host/ApplicationService.h"
+#include "platform/desktop/ApplicationService.h"
 
 #include <QDBusArgument>
+#include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
 #include "platform/desktop/ApplicationObject.h"
+#include "platform/desktop/SessionBus.h"
 #include "platform/desktop/Workspace.h"
 
-namespace quillet::host {
+namespace quillet::platform {
 
 namespace {
 
@@ -31,7 +35,7 @@ constexpr Method kMethods[] = {
 };
 
 // Reads the entries that say whether to come to the front; those of other types say nothing.
-void readPlatformData(const QVariant& argument, Call& call) {
+void readPlatformData(const QVariant& argument, ApplicationCall& call) {
     const auto data = qdbus_cast<QVariantMap>(argument);
     const auto textOf = [&data](QLatin1String key) {
         const QVariant value = data.value(key);
@@ -39,11 +43,11 @@ void readPlatformData(const QVariant& argument, Call& call) {
                                                     : std::string();
     };
     call.activation = {textOf(kTokenEntry), textOf(kStartupIdEntry)};
-    const QVariant background = data.value(QLatin1String(platform::kBackgroundEntry.data()));
+    const QVariant background = data.value(QLatin1String(kBackgroundEntry.data()));
     call.isInBackground = background.typeId() == QMetaType::Bool && background.toBool();
 }
 
-QVariantMap platformDataOf(const Call& call) {
+QVariantMap platformDataOf(const ApplicationCall& call) {
     QVariantMap data;
     if (!call.activation.token.empty()) {
         data.insert(kTokenEntry, QString::fromStdString(call.activation.token));
@@ -55,8 +59,8 @@ QVariantMap platformDataOf(const Call& call) {
 }
 
 // A call with the arguments that its method takes, which stand in the message.
-Call readCall(const QDBusMessage& message) {
-    Call call;
+ApplicationCall readCall(const QDBusMessage& message) {
+    ApplicationCall call;
     call.name = message.member().toStdString();
     const QVariantList arguments = message.arguments();
     readPlatformData(arguments.last(), call);
@@ -70,8 +74,8 @@ Call readCall(const QDBusMessage& message) {
     return call;
 }
 
-Call improperCall(const QDBusMessage& message) {
-    Call call;
+ApplicationCall improperCall(const QDBusMessage& message) {
+    ApplicationCall call;
     call.name = message.member().toStdString();
     call.problem = "its arguments are of other types: " + message.signature().toStdString();
     return call;
@@ -79,15 +83,31 @@ Call improperCall(const QDBusMessage& message) {
 
 }  // namespace
 
-ApplicationService::ApplicationService(QDBusConnection bus,
-                                       const std::string& identifier,
-                                       std::function<void(const Call&)> receive)
-    : bus_(std::move(bus)),
-      name_(QString::fromStdString(identifier)),
-      path_(QString::fromStdString(platform::applicationObjectPath(identifier))),
-      receive_(std::move(receive)) {}
+class ApplicationService::State final : public QDBusVirtualObject {
+public:
+    State(QDBusConnection bus,
+          const std::string& identifier,
+          std::function<void(const ApplicationCall&)> receive)
+        : bus_(std::move(bus)),
+          name_(QString::fromStdString(identifier)),
+          path_(QString::fromStdString(applicationObjectPath(identifier))),
+          receive_(std::move(receive)) {}
 
-ApplicationService::Claim ApplicationService::claim() {
+    Claim claim();
+    std::string lastError() const { return bus_.lastError().message().toStdString(); }
+    bool handOver(const ApplicationCall& call) const;
+
+    QString introspect(const QString& path) const override;
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
+
+private:
+    QDBusConnection bus_;
+    QString name_;
+    QString path_;
+    std::function<void(const ApplicationCall&)> receive_;
+};
+
+ApplicationService::Claim ApplicationService::State::claim() {
     // The object first: calls may come as soon as the name is there.
     if (!bus_.registerVirtualObject(path_, this)) {
         return Claim::Refused;
@@ -100,7 +120,7 @@ ApplicationService::Claim ApplicationService::claim() {
                                                                          : Claim::Later;
 }
 
-bool ApplicationService::handOver(const Call& call) const {
+bool ApplicationService::State::handOver(const ApplicationCall& call) const {
     const bool isOpen = !call.urls.empty();
     auto message = QDBusMessage::createMethodCall(
         name_, path_, kInterface, isOpen ? QStringLiteral("Open") : QStringLiteral("Activate"));
@@ -115,7 +135,7 @@ bool ApplicationService::handOver(const Call& call) const {
     return bus_.call(message, QDBus::Block, kAnswerTime).type() == QDBusMessage::ReplyMessage;
 }
 
-QString ApplicationService::introspect(const QString& /*path*/) const {
+QString ApplicationService::State::introspect(const QString& /*path*/) const {
     return QStringLiteral(
         R"(<interface name="org.freedesktop.Application">
   <method name="Activate"><arg type="a{sv}" name="platform_data" direction="in"/></method>
@@ -132,8 +152,8 @@ QString ApplicationService::introspect(const QString& /*path*/) const {
 )");
 }
 
-bool ApplicationService::handleMessage(const QDBusMessage& message,
-                                       const QDBusConnection& connection) {
+bool ApplicationService::State::handleMessage(const QDBusMessage& message,
+                                              const QDBusConnection& connection) {
     const QString interface = message.interface();
     if (!interface.isEmpty() && interface != kInterface) {
         return false;
@@ -157,4 +177,23 @@ bool ApplicationService::handleMessage(const QDBusMessage& message,
     return true;
 }
 
-}  // namespace quillet::host
+ApplicationService::ApplicationService(SessionBus& bus,
+                                       const std::string& identifier,
+                                       std::function<void(const ApplicationCall&)> receive)
+    : state_(std::make_unique<State>(bus.connection(), identifier, std::move(receive))) {}
+
+ApplicationService::~ApplicationService() = default;
+
+ApplicationService::Claim ApplicationService::claim() {
+    return state_->claim();
+}
+
+std::string ApplicationService::lastError() const {
+    return state_->lastError();
+}
+
+bool ApplicationService::handOver(const ApplicationCall& call) const {
+    return state_->handOver(call);
+}
+
+}  // namespace quillet::platform
