@@ -5,6 +5,7 @@
 #include <string>
 
 #include "mailhost/maildir/Journal.h"
+
 #include "platform/base/Error.h"
 #include "platform/base/Result.h"
 
@@ -40,6 +41,13 @@ public:
     void recover();
 
 private:
+    // One attempt with the file at `path`. EEXIST: the new name is taken.
+    platform::Result<std::string> moveFile(const std::string& identifier,
+                                           const std::string& path,
+                                           const std::string& targetFolder);
+    platform::Result<std::string> moveAcross(Journal::Move move);
+    void end(const Journal::Move& move);
+
     Journal& journal_;
     std::function<bool()> shallEnd_;
 };

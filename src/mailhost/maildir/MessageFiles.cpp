@@ -1,0 +1,99 @@
+#include "mailhost/maildir/MessageFiles.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "mailhost/maildir/MaildirName.h"
+
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/Uninterrupted.h"
+
+namespace quillet::mailhost {
+
+using platform::Error;
+using platform::FileDescriptor;
+using platform::posixError;
+using platform::Result;
+namespace FileManager = platform::FileManager;
+
+std::optional<MessagePath> parseMessagePath(const std::string& path) {
+    const std::size_t nameAt = path.rfind('/');
+    if (!path.starts_with('/') || nameAt == 0 || path.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    const std::size_t partAt = path.rfind('/', nameAt - 1);
+    MessagePath parsed{path.substr(0, partAt),
+                       path.substr(partAt + 1, nameAt - partAt - 1),
+                       path.substr(nameAt + 1)};
+    const bool isPart = parsed.part == "cur" || parsed.part == "new" || parsed.part == "tmp";
+    const bool isName = !parsed.name.empty() && !parsed.name.starts_with('.');
+    return isPart && isName ? std::optional(parsed) : std::nullopt;
+}
+
+std::string stableBaseOfFile(std::string_view fileName) {
+    return stableBase(parseMaildirName(fileName).base);
+}
+
+Result<std::optional<std::string>> findMessage(const std::string& folder, std::string_view base) {
+    const std::string_view start = base.substr(0, base.find(','));
+    for (const char* part : {"/cur", "/new"}) {
+        const auto names = FileManager::contentsOfFolder(folder + part);
+        if (!names) {
+            if (std::string_view(part) == "/new" && names.error().code == ENOENT) {
+                continue;
+            }
+            return names.error();
+        }
+        for (const std::string& name : names.value()) {
+            if (name.starts_with(start) && stableBaseOfFile(name) == base) {
+                return std::optional(folder + part + "/" + name);
+            }
+        }
+    }
+    return std::optional<std::string>();
+}
+
+int moveWithoutReplacing(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    // The file system only knows the rename that replaces. A link never does.
+    if (::link(from.c_str(), to.c_str()) != 0) {
+        return errno;
+    }
+    if (::unlink(from.c_str()) != 0) {
+        const int code = errno;  // for instance because it has been renamed since
+        ::unlink(to.c_str());
+        return code;
+    }
+    return 0;
+}
+
+std::optional<Error> syncFolder(const std::string& path) {
+    const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto sync = [&] { return ::fsync(folder.get()); };
+    if (!folder || (platform::uninterrupted(sync) != 0 && errno != EINVAL && errno != ENOTSUP)) {
+        return posixError(errno, path);
+    }
+    return std::nullopt;
+}
+
+std::string withFlagsOf(const std::string& path, std::string_view flagged) {
+    const std::size_t nameAt = path.rfind('/') + 1;
+    const MaildirName name = parseMaildirName(std::string_view(path).substr(nameAt));
+    const MaildirName wanted = parseMaildirName(flagged);
+    if (name.flags == wanted.flags) {
+        return path;
+    }
+    std::string renamed = path.substr(0, nameAt).append(name.base).append(1, name.separator);
+    renamed.append("2,").append(wanted.flags);
+    return moveWithoutReplacing(path, renamed) == 0 ? renamed : path;
+}
+
+}  // namespace quillet::mailhost
