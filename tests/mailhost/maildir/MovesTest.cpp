@@ -1,0 +1,529 @@
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <map>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "mailhost/maildir/Journal.h"
+#include "mailhost/maildir/MaildirName.h"
+#include "mailhost/maildir/Mover.h"
+
+#include "tests/support/LogCapture.h"
+#include "tests/support/OrdinaryPermissions.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace quillet::mailhost {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kName = "1700000000.M1P2Q3.host,S=5,U=7:2,FS";
+constexpr timespec kModified{1600000000, 123456789};
+const std::string kBytes(700'000, 'x');
+
+enum class Where { SameFileSystem, OtherFileSystem };
+
+dev_t deviceOf(const fs::path& path) {
+    struct stat found {};
+    return ::stat(path.c_str(), &found) == 0 ? found.st_dev : 0;
+}
+
+std::string contents(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Two mail folders and a journal. The target lies on the same file system, or on another one.
+class MailFolders {
+public:
+    explicit MailFolders(Where where)
+        : source(below_.path("Inbox")), target(below_.path("Archive")) {
+        if (where == Where::OtherFileSystem) {
+            other_ = otherFileSystem();
+            target = other_ + "/Archive";
+        }
+        for (const std::string& folder : {source, target}) {
+            for (const char* part : {"/cur", "/new", "/tmp"}) {
+                fs::create_directories(folder + part);
+            }
+        }
+    }
+    ~MailFolders() {
+        if (!other_.empty()) {
+            fs::remove_all(other_);
+        }
+    }
+    MailFolders(const MailFolders&) = delete;
+    MailFolders& operator=(const MailFolders&) = delete;
+
+    bool exists() const { return target != "/Archive"; }
+    Journal journal() const { return std::move(Journal::open(journalPath()).value()); }
+    std::string journalPath() const { return below_.path("journal"); }
+    std::string path(std::string_view below) const { return below_.path(below); }
+
+    void write(const std::string& file, std::string_view bytes = kBytes) const {
+        const std::string path = below_.writeFile("Inbox/" + file, bytes);
+        const timespec times[]{kModified, kModified};
+        ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+    }
+
+    platform::Result<std::string> move(const std::string& file) const {
+        Journal open = journal();
+        return Mover(open, nullptr).move("q", source, file, target);
+    }
+
+    // The messages of a folder; with those that are on their way.
+    static std::vector<fs::path> files(const std::string& folder) {
+        std::vector<fs::path> found;
+        for (const char* part : {"/cur", "/new", "/tmp"}) {
+            for (const auto& entry : fs::directory_iterator(folder + part)) {
+                found.push_back(entry.path());
+            }
+        }
+        return found;
+    }
+
+private:
+    std::string otherFileSystem() const {
+        for (const fs::path& place : {fs::temp_directory_path(), fs::current_path()}) {
+            std::string folder = place / "quillet-moves-XXXXXX";
+            if (deviceOf(place) != deviceOf(source.substr(0, source.rfind('/'))) &&
+                ::mkdtemp(folder.data()) != nullptr) {
+                return folder;
+            }
+        }
+        return {};
+    }
+
+    test::TemporaryFolder below_;
+    std::string other_;
+
+public:
+    std::string source;
+    std::string target;
+};
+
+// Lets system calls of this process fail from now on.
+void refuseSystemCalls(const std::vector<long>& numbers, int code) {
+    std::vector<sock_filter> filter{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, 0)};
+    const auto refuse = SECCOMP_RET_ERRNO | static_cast<unsigned>(code);
+    for (const long number : numbers) {
+        filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(number), 0, 1));
+        filter.push_back(BPF_STMT(BPF_RET | BPF_K, refuse));
+    }
+    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
+    if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0) {
+        ::_exit(3);
+    }
+}
+
+#ifdef SYS_link
+constexpr long kLink = SYS_link;
+#else
+constexpr long kLink = SYS_linkat;
+#endif
+
+enum class Then { Nothing, OthersRename, CopyChanges };
+
+struct Interruption {
+    const char* name;
+    Where where;
+    const char* faultPoint;          // where the process is killed; empty: nowhere
+    std::vector<long> refused;       // system calls that fail
+    int code;                        // with this error
+    std::size_t atSource, atTarget;  // messages after the recovery
+    Then then = Then::Nothing;       // what happens before the recovery
+};
+
+void PrintTo(const Interruption& row, std::ostream* stream) {
+    *stream << row.name;
+}
+
+constexpr Where kSame = Where::SameFileSystem;
+constexpr Where kOther = Where::OtherFileSystem;
+
+const Interruption kInterruptions[] = {
+    {"journal", kSame, "journal", {}, 0, 1, 0},
+    {"rename", kSame, "rename", {}, 0, 0, 1},
+    {"renameThenSync", kSame, "rename", {}, 0, 0, 1, Then::OthersRename},
+    {"sync", kSame, "sync", {}, 0, 0, 1},
+    {"done", kSame, "done", {}, 0, 0, 1},
+    {"nothing", kSame, "", {}, 0, 0, 1},
+    {"onlyLinks", kSame, "", {SYS_renameat2}, EINVAL, 0, 1},
+    {"onlyLinksKilled", kSame, "rename", {SYS_renameat2}, ENOSYS, 0, 1},
+    {"noWayToMove", kSame, "", {SYS_renameat2, kLink}, EINVAL, 1, 0},
+    {"renameRefused", kSame, "", {SYS_renameat2}, EROFS, 1, 0},
+    {"journalFull", kSame, "", {SYS_write}, ENOSPC, 1, 0},
+    {"journalNotSynced", kSame, "", {SYS_fdatasync}, EIO, 1, 0},
+    {"otherJournal", kOther, "journal", {}, 0, 1, 0},
+    {"copy", kOther, "copy", {}, 0, 1, 0},
+    {"copyThenSync", kOther, "copy", {}, 0, 1, 0, Then::OthersRename},
+    {"link", kOther, "link", {}, 0, 0, 1},
+    {"linkThenSync", kOther, "link", {}, 0, 0, 1, Then::OthersRename},
+    {"linkThenChange", kOther, "link", {}, 0, 1, 1, Then::CopyChanges},
+    {"compare", kOther, "compare", {}, 0, 0, 1},
+    {"unlink", kOther, "unlink", {}, 0, 0, 1},
+    {"otherDone", kOther, "", {}, 0, 0, 1},
+    {"copyUnreadable", kOther, "", {SYS_pread64}, EIO, 1, 0},
+    {"copyNotSynced", kOther, "", {SYS_fsync}, ENOSPC, 1, 0},
+    {"copyWithoutTime", kOther, "", {SYS_utimensat}, EPERM, 1, 0},
+};
+
+class MoverInterrupted : public testing::TestWithParam<Interruption> {};
+
+int moveInChild(const MailFolders& mail, const Interruption& row) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::setenv("QUILLET_FAULT_POINT", row.faultPoint, 1);
+        {
+            Journal journal = mail.journal();
+            if (!row.refused.empty()) {
+                refuseSystemCalls(row.refused, row.code);
+            }
+            const auto moved =
+                Mover(journal, nullptr)
+                    .move("q", mail.source, std::string("cur/") + kName, mail.target);
+            ::_exit(moved ? 0 : 1);
+        }
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+// What the programs that synchronise do with the files that they find.
+void renameAll(const std::string& folder) {
+    for (const fs::path& file : MailFolders::files(folder)) {
+        if (file.parent_path().filename() != "tmp") {
+            const std::string name = file.filename();
+            const std::string base(stableBase(parseMaildirName(name).base));
+            fs::rename(file, file.parent_path() / (base + ",U=12:2,RS"));
+        }
+    }
+}
+
+TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
+    const Interruption& row = GetParam();
+    const MailFolders mail(row.where);
+    if (!mail.exists()) {
+        GTEST_SKIP() << "there is no second file system";
+    }
+    mail.write(std::string("cur/") + kName);
+
+    const int status = moveInChild(mail, row);
+    ASSERT_EQ(WIFSIGNALED(status), row.faultPoint[0] != '\0') << status;
+    if (!WIFSIGNALED(status)) {
+        EXPECT_EQ(WEXITSTATUS(status), row.atSource);
+        EXPECT_TRUE(mail.journal().openMoves().empty());
+    }
+    if (row.then == Then::OthersRename) {
+        renameAll(mail.source);
+        renameAll(mail.target);
+    } else if (row.then == Then::CopyChanges) {
+        std::ofstream(MailFolders::files(mail.target).at(0), std::ios::app) << "more";
+    }
+    {
+        const test::LogCapture log;
+        Journal journal = mail.journal();
+        const std::size_t open = journal.openMoves().size();
+        Mover(journal, nullptr).recover();
+        EXPECT_EQ(log.lines().size(), open);
+    }
+    EXPECT_TRUE(mail.journal().openMoves().empty());
+    const auto atSource = MailFolders::files(mail.source);
+    const auto atTarget = MailFolders::files(mail.target);
+    ASSERT_EQ(atSource.size(), row.atSource);
+    ASSERT_EQ(atTarget.size(), row.atTarget);
+    const fs::path file = atSource.empty() ? atTarget[0] : atSource[0];
+    EXPECT_TRUE(contents(file) == kBytes);
+    struct stat found {};
+    ASSERT_EQ(::stat(file.c_str(), &found), 0);
+    EXPECT_EQ(found.st_mtim.tv_sec, kModified.tv_sec);
+    EXPECT_EQ(found.st_mtim.tv_nsec, kModified.tv_nsec);
+}
+
+INSTANTIATE_TEST_SUITE_P(All,
+                         MoverInterrupted,
+                         testing::ValuesIn(kInterruptions),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(Mover, OnlyMovesWhatStaysSafe) {
+    using Mail = const MailFolders&;
+    const std::string file = std::string("cur/") + kName;
+    const std::string hashed = "cur/1700000000.M1P2Q3.host,FMD5=ab,S=5:2,FS";
+    const auto touch = [](const std::string& path) { std::ofstream(path).flush(); };
+    const struct {
+        const char* name;
+        std::string file;
+        std::function<void(Mail)> prepare;
+        int code;          // 0: moved
+        std::string text;  // a part of the error
+    } rows[] = {
+        {"nothing is synchronised", file, [](Mail) {}, 0, ""},
+        {"renamed before",
+         file,
+         [&](Mail mail) {
+             fs::rename(mail.source + "/" + file,
+                        mail.source + "/new/1700000000.M1P2Q3.host,S=5,U=9:2,FS");
+         },
+         0,
+         ""},
+        {"only the target is synchronised",
+         file,
+         [&](Mail mail) { touch(mail.target + "/.uidvalidity"); },
+         0,
+         ""},
+        {"both in different ways",
+         file,
+         [&](Mail mail) {
+             touch(mail.source + "/.uidvalidity");
+             touch(mail.target + "/.isyncuidmap.db");
+         },
+         0,
+         ""},
+        {"only the source",
+         file,
+         [&](Mail mail) { touch(mail.source + "/.uidvalidity"); },
+         EINVAL,
+         "Archive is not synchronised although "},
+        {"only the source, with a map",
+         file,
+         [&](Mail mail) { touch(mail.source + "/.isyncuidmap.db"); },
+         EINVAL,
+         "is not synchronised"},
+        {"only the source has hashes", hashed, [](Mail) {}, EINVAL, "Archive holds no message"},
+        {"both have hashes",
+         hashed,
+         [&](Mail mail) { touch(mail.target + "/new/1.2.h,U=1,FMD5=ab:2,"); },
+         0,
+         ""},
+        {"no target",
+         file,
+         [](Mail mail) { fs::remove_all(mail.target + "/cur"); },
+         ENOENT,
+         "Archive/cur is missing"},
+        {"target may not be written",
+         file,
+         [](Mail mail) { fs::permissions(mail.target + "/cur", fs::perms::owner_read); },
+         EACCES,
+         "may not be changed"},
+        {"same folder",
+         file,
+         [](Mail mail) {
+             fs::remove_all(mail.target);
+             fs::create_directory_symlink(mail.source, mail.target);
+         },
+         EINVAL,
+         "already"},
+        {"symbolic link",
+         file,
+         [&](Mail mail) {
+             fs::remove(mail.source + "/" + file);
+             fs::create_symlink("/etc/passwd", mail.source + "/" + file);
+         },
+         EINVAL,
+         "was not moved to"},
+        {"gone", "cur/1.2.h:2,", [](Mail) {}, ENOENT, "was not moved to"},
+        {"other place", "cur/../../journal", [](Mail) {}, EINVAL, "not the file of a message"},
+    };
+    const test::OrdinaryPermissions ordinary;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const MailFolders mail(Where::SameFileSystem);
+        mail.write(row.file == hashed ? hashed : file);
+        row.prepare(mail);
+        const auto before = MailFolders::files(mail.source);
+
+        const auto moved = mail.move(row.file);
+
+        if (row.code != 0) {
+            ASSERT_FALSE(moved);
+            EXPECT_EQ(moved.error().code, row.code) << moved.error().text;
+            EXPECT_NE(moved.error().text.find(row.text), std::string::npos) << moved.error().text;
+            EXPECT_EQ(MailFolders::files(mail.source), before);
+            continue;
+        }
+        ASSERT_TRUE(moved) << moved.error().text;
+        EXPECT_TRUE(contents(moved.value()) == kBytes);
+        EXPECT_TRUE(MailFolders::files(mail.source).empty());
+        EXPECT_EQ(fs::path(moved.value()).parent_path(), mail.target + "/cur");
+        const std::string name = fs::path(moved.value()).filename();
+        EXPECT_EQ(name.rfind("1700000000.M", 0), 0U);
+        EXPECT_EQ(name.substr(name.find(',')), ",S=5:2,FS");
+    }
+}
+
+TEST(Mover, CopyThatIsGivenUpLeavesNothingBehind) {
+    const MailFolders mail(Where::OtherFileSystem);
+    if (!mail.exists()) {
+        GTEST_SKIP() << "there is no second file system";
+    }
+    mail.write(std::string("cur/") + kName);
+    const struct {
+        int questions;  // after which the program is to end
+        rlim_t limit;   // of files, as if the disk were full
+        int code;
+    } rows[] = {{2, RLIM_INFINITY, ECANCELED}, {100, 300'000, EFBIG}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.code);
+        Journal journal = mail.journal();
+        const test::FileSizeLimit limit(row.limit);
+        int questions = 0;
+        Mover mover(journal, [&] { return ++questions == row.questions; });
+        const auto moved = mover.move("q", mail.source, std::string("cur/") + kName, mail.target);
+        ASSERT_FALSE(moved);
+        EXPECT_EQ(moved.error().code, row.code);
+        EXPECT_TRUE(MailFolders::files(mail.target).empty());
+        EXPECT_TRUE(contents(mail.source + "/cur/" + kName) == kBytes);
+        EXPECT_TRUE(journal.openMoves().empty());
+    }
+}
+
+// Another program adds a flag to each message, over and over, while all of them move.
+TEST(Mover, NeitherMessagesNorFlagsAreLostWhileAnotherProgramSetsFlags) {
+    for (const Where where : {kSame, kOther}) {
+        const MailFolders mail(where);
+        if (!mail.exists()) {
+            continue;
+        }
+        std::map<std::string, std::size_t> flags;
+        for (int i = 0; i < 150; ++i) {
+            const std::string base = std::to_string(1'000'000 + i) + ".M1.host";
+            mail.write("cur/" + base + ":2,", base);
+            flags[base] = 0;
+        }
+        std::atomic<bool> isDone = false;
+        std::thread flagging([&] {
+            while (!isDone) {
+                for (const auto& [base, count] : std::map(flags)) {
+                    const std::string path = mail.source + "/cur/" + base + ":2,";
+                    const std::string old = path + std::string(count, 'a');
+                    if (count < 60 && std::rename(old.c_str(), (old + "a").c_str()) == 0) {
+                        ++flags[base];
+                    }
+                }
+            }
+        });
+        std::size_t moved = 0;
+        Journal journal = mail.journal();
+        Mover mover(journal, nullptr);
+        for (int i = 0; i < 150; ++i) {
+            const std::string name = std::to_string(1'000'000 + i) + ".M1.host:2,";
+            moved += mover.move("q", mail.source, "cur/" + name, mail.target) ? 1 : 0;
+        }
+        isDone = true;
+        flagging.join();
+
+        EXPECT_EQ(MailFolders::files(mail.target).size(), moved);
+        EXPECT_GT(moved, 0U);
+        std::map<std::string, std::size_t> left;
+        for (const std::string& folder : {mail.source, mail.target}) {
+            for (const fs::path& file : MailFolders::files(folder)) {
+                const std::string name = file.filename();
+                EXPECT_TRUE(
+                    left.emplace(contents(file), parseMaildirName(name).flags.size()).second);
+            }
+        }
+        EXPECT_EQ(left, flags);
+        EXPECT_TRUE(journal.openMoves().empty());
+    }
+}
+
+TEST(Journal, KeepsWhatItCanRead) {
+    const Journal::Move odd{"q%1", "/a\tb/cur/\n%0A\x7F", "/\xFF/cur/\xC3\xA4", ""};
+    const Journal::Move late{"q2", "/a/cur/1", "/b/cur/2", "/b/tmp/2"};
+    const std::string line = "begin\tq2\t/a/cur/1\t/b/cur/2\t/b/tmp/2\n";
+    const struct {
+        const char* name;
+        std::string bytes;
+        std::size_t moves, accounts;
+    } rows[] = {
+        {"empty", "", 0, 0},
+        {"open", line, 1, 0},
+        {"closed", line + "end\t/b/cur/2\n", 0, 0},
+        {"closed without beginning", "end\t/b/cur/2\n" + line, 1, 0},
+        {"twice", line + line, 1, 0},
+        {"cut off", line + "begin\tq\t/a/cur/1\t/c", 1, 0},
+        {"cut off before the line feed", line.substr(0, line.size() - 1), 0, 0},
+        {"end cut off", line + "end\t/b/cur/2", 1, 0},
+        {"wrong fields", "begin\tq2\t/a\n\nend\nbegin\npending\n\t\t\n" + line, 1, 0},
+        {"wrong escapes", "pending\t%\npending\t%4\npending\t%+1\npending\t%GG\n" + line, 1, 0},
+        {"zero bytes", std::string(5000, '\0') + "\npending\ta\n", 0, 1},
+        {"accounts", "pending\ta\npending\tb\nran\ta\npending\tb\n", 0, 1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const test::TemporaryFolder folder;
+        const std::string path = folder.writeFile("journal", row.bytes);
+        {
+            Journal journal = std::move(Journal::open(path).value());
+            EXPECT_EQ(journal.openMoves().size(), row.moves);
+            EXPECT_EQ(journal.pendingAccounts().size(), row.accounts);
+            if (row.moves > 0) {
+                EXPECT_EQ(journal.openMoves()[0], late);
+            }
+            EXPECT_FALSE(journal.begin(odd));
+            EXPECT_FALSE(journal.setPending("\xFFnew\n", true));
+            const test::FileSizeLimit full(fs::file_size(path) + 10);
+            EXPECT_EQ(journal.begin(late).value().code, ENOSPC);
+        }
+        const Journal again = std::move(Journal::open(path).value());
+        ASSERT_EQ(again.openMoves().size(), row.moves + 1);
+        EXPECT_EQ(again.openMoves().back(), odd);
+        ASSERT_EQ(again.pendingAccounts().size(), row.accounts + 1);
+        EXPECT_EQ(again.pendingAccounts().back(), "\xFFnew\n");
+        EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
+    }
+}
+
+TEST(Journal, IsOnlyEverARegularFile) {
+    const test::TemporaryFolder folder;
+    ::mkfifo(folder.path("fifo").c_str(), 0600);
+    fs::create_symlink(folder.writeFile("file", ""), folder.path("link"));
+    for (const char* name : {"", "fifo", "link", "missing/journal"}) {
+        EXPECT_FALSE(Journal::open(folder.path(name))) << name;
+    }
+}
+
+TEST(Mover, RecoveryRemovesNothingThatNoMoverHasMade) {
+    const MailFolders mail(Where::SameFileSystem);
+    const std::string victim = mail.target + "/tmp/victim";
+    std::ofstream(victim) << "kept";
+    mail.write("cur/1", "same");
+    std::ofstream(mail.target + "/cur/2") << "same";
+    const std::string source = mail.source + "/cur/1";
+    const Journal::Move moves[] = {
+        {"", source, mail.target + "/cur/2", victim},
+        {"", source, mail.target + "/cur/2", ""},
+        {"", source, victim, victim},
+        {"", source, source, source},
+        {"", "", "/", "cur"},
+    };
+    for (const Journal::Move& move : moves) {
+        const test::LogCapture log;
+        Journal journal = mail.journal();
+        ASSERT_FALSE(journal.begin(move));
+        Mover(journal, nullptr).recover();
+        EXPECT_TRUE(journal.openMoves().empty());
+        EXPECT_EQ(log.lines().size(), 1U);
+        EXPECT_TRUE(fs::exists(victim) && fs::exists(source) && fs::exists(mail.target + "/cur/2"));
+    }
+}
+
+}  // namespace
+}  // namespace quillet::mailhost
