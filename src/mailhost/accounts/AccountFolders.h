@@ -21,6 +21,10 @@ struct AccountFolders {
     std::vector<MailFolder> memo;
     std::optional<MailFolder> archive;
     std::optional<MailFolder> trash;
+    std::optional<MailFolder> drafts;
+    // Whether the flagged messages of the Inbox are to do: configured, or there is neither a
+    // configuration of what is to do nor a folder for it.
+    bool todoIsFlagged = false;
     std::vector<std::string> problems;  // one line each: a folder that is missing or doubtful
 };
 

@@ -10,7 +10,7 @@ namespace quillet::mailhost {
 enum class Layout { Auto, Verbatim, MaildirPlusPlus, Legacy, KMail };
 
 // An account as the configuration file describes it. Folders are names as people write them
-// ("Archive/2026", UTF-8) or paths that begin with "/" or "~/".
+// ("Archive/2026", UTF-8) or absolute paths; "~/" in front is resolved.
 struct AccountConfiguration {
     std::string address;  // also the name of the account's folder in the container
     std::string name;     // may be empty
@@ -25,6 +25,8 @@ struct AccountConfiguration {
     bool todoIsFlagged = false;            // "todo = flagged": the flagged messages of the Inbox
     bool onlyUnread = false;               // "show = unread"
     std::vector<std::string> afterChange;  // words of a command; empty: none
+
+    bool operator==(const AccountConfiguration&) const = default;
 };
 
 struct Configuration {
@@ -32,6 +34,8 @@ struct Configuration {
     bool notices = true;
     bool notify = false;
     std::vector<AccountConfiguration> accounts;
+
+    bool operator==(const Configuration&) const = default;
 };
 
 // What is wrong with a configuration; `line` counts from 1.

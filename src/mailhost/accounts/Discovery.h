@@ -19,8 +19,8 @@ struct Discovery {
 // ~/Mail and ~/Maildir, in this order; an address that was found before is skipped. The address is
 // the user of an mbsync account, else the sender of msmtp, else notmuch's primary address, else
 // what `commonestAddress` answers for an Inbox folder (empty: unknown). Any thread.
-Discovery discoverAccounts(const UserFolders& folders,
-                           const std::function<std::string(const std::string& inbox)>&
-                               commonestAddress);
+Discovery discoverAccounts(
+    const UserFolders& folders,
+    const std::function<std::string(const std::string& inbox)>& commonestAddress);
 
 }  // namespace quillet::mailhost

@@ -1,0 +1,290 @@
+#include "mailhost/accounts/Discovery.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <utility>
+
+#include "mailhost/accounts/AccountAddress.h"
+#include "mailhost/accounts/AccountFolders.h"
+#include "mailhost/accounts/FolderLayout.h"
+#include "mailhost/accounts/FolderRoles.h"
+#include "mailhost/accounts/HomePath.h"
+#include "mailhost/accounts/MbsyncConfiguration.h"
+#include "mailhost/accounts/MsmtpConfiguration.h"
+#include "mailhost/accounts/NotmuchConfiguration.h"
+
+#include "platform/base/Ascii.h"
+#include "platform/base/ByteBuffer.h"
+#include "platform/base/Utf8.h"
+#include "platform/files/FileManager.h"
+
+namespace quillet::mailhost {
+
+namespace {
+
+constexpr std::size_t kLongestFile = 1 << 20;
+
+// Whether the configuration file can hold the text.
+bool isOneLine(std::string_view text) {
+    constexpr std::string_view kBreaks("\n\0", 2);
+    return text.find_first_of(kBreaks) == std::string_view::npos &&
+           !platform::firstInvalidUtf8(text);
+}
+
+// The names of the folders in a folder, without hidden ones.
+std::vector<std::string> visibleFoldersIn(const std::string& path) {
+    std::vector<std::string> names;
+    std::error_code failure;
+    std::filesystem::directory_iterator entry(path, failure);
+    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+        std::error_code ignored;
+        std::string name = entry->path().filename().string();
+        if (!name.starts_with('.') && entry->is_directory(ignored)) {
+            names.push_back(std::move(name));
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Where the mail of an account arrives: the Maildir itself, or its folder "Inbox". Empty: nowhere,
+// so that it is no account.
+std::string inboxOf(const std::string& maildir) {
+    if (isMailFolder(maildir)) {
+        return maildir;
+    }
+    for (const std::string& name : visibleFoldersIn(maildir)) {
+        const std::string path = maildir + "/" + name;
+        if (platform::equalsIgnoringAsciiCase(name, "inbox") && isMailFolder(path)) {
+            return path;
+        }
+    }
+    return {};
+}
+
+class AccountSearch {
+public:
+    explicit AccountSearch(const UserFolders& folders) : folders_(folders) {}
+
+    void findMaildirs();
+    void findAddresses(const std::function<std::string(const std::string& inbox)>& commonest);
+    Discovery result();
+
+private:
+    std::string textOf(const std::string& path);
+    NotmuchConfiguration notmuchConfiguration();
+    std::string msmtpSender();
+    void addMbsyncAccounts(const std::string& file);
+    void addMaildirsIn(const std::string& root);
+    bool addMaildir(const std::string& maildir, Layout layout);
+    void add(AccountConfiguration account, const std::string& inbox);
+    bool isKnown(const std::string& maildir, const std::string& inbox) const;
+
+    bool giveAddress(AccountConfiguration& account, const std::string& address);
+    void giveSender();
+    std::string shown(const std::string& path) const {
+        return abbreviatedPath(path, folders_.home);
+    }
+
+    const UserFolders& folders_;
+    Discovery found_;
+    std::vector<AccountConfiguration> accounts_;  // some without an address
+    std::set<std::string> maildirs_;              // canonical paths, also of Inboxes elsewhere
+    NotmuchConfiguration notmuch_;
+};
+
+void AccountSearch::findMaildirs() {
+    addMbsyncAccounts(folders_.config + "/isyncrc");
+    addMbsyncAccounts(folders_.home + "/.mbsyncrc");
+    notmuch_ = notmuchConfiguration();
+    if (!notmuch_.mailRoot.empty()) {
+        addMaildirsIn(notmuch_.mailRoot);
+    }
+    addMaildirsIn(folders_.data + "/mail");
+    addMaildirsIn(folders_.home + "/Mail");
+    addMaildirsIn(folders_.home + "/Maildir");
+    const std::string localMail = folders_.data + "/local-mail";
+    if (isMailFolder(localMail + "/inbox")) {
+        addMaildir(localMail, Layout::KMail);
+    }
+}
+
+// A file that is not there is an empty one.
+std::string AccountSearch::textOf(const std::string& path) {
+    platform::ByteBuffer bytes;
+    const auto error = platform::FileManager::readFile(path, bytes, kLongestFile);
+    if (!error) {
+        return std::string(bytes.view());
+    }
+    if (error->code != ENOENT && error->code != ENOTDIR) {
+        found_.problems.push_back(error->description());
+    }
+    return {};
+}
+
+NotmuchConfiguration AccountSearch::notmuchConfiguration() {
+    const char* chosen = std::getenv("NOTMUCH_CONFIG");
+    if (chosen != nullptr && *chosen != '\0') {
+        return readNotmuchConfiguration(textOf(chosen), folders_.home);
+    }
+    std::string text = textOf(folders_.config + "/notmuch/default/config");
+    if (text.empty()) {
+        text = textOf(folders_.home + "/.notmuch-config");
+    }
+    return readNotmuchConfiguration(text, folders_.home);
+}
+
+std::string AccountSearch::msmtpSender() {
+    const std::string sender = readMsmtpSender(textOf(folders_.home + "/.msmtprc"));
+    return sender.empty() ? readMsmtpSender(textOf(folders_.config + "/msmtp/config")) : sender;
+}
+
+void AccountSearch::addMbsyncAccounts(const std::string& file) {
+    for (const MbsyncAccount& mbsync : readMbsyncConfiguration(textOf(file), folders_.home)) {
+        AccountConfiguration account;
+        account.maildir = mbsync.maildir;
+        account.layout = mbsync.layout;
+        const bool isUsualInbox = mbsync.inbox == folders_.home + "/Maildir";
+        // mbsync has a usual Inbox, which few people mean who do not name it.
+        const bool hasInbox = !mbsync.inbox.empty() && mbsync.inbox != mbsync.maildir &&
+                              (!isUsualInbox || isMailFolder(mbsync.inbox));
+        const bool isBelow = isAtOrBelow(mbsync.inbox, mbsync.maildir);
+        const std::string name =
+            hasInbox && isBelow ? mbsync.inbox.substr(mbsync.maildir.size() + 1) : mbsync.inbox;
+        if (hasInbox && !platform::equalsIgnoringAsciiCase(name, "inbox")) {
+            account.inbox.push_back(isBelow && name.find('/') == std::string::npos ? name
+                                                                                   : mbsync.inbox);
+        }
+        const std::string maildir = canonicalPath(account.maildir);
+        if (!maildirs_.contains(maildir)) {
+            if (isAccountAddress(mbsync.user)) {
+                giveAddress(account, mbsync.user);
+            }
+            add(std::move(account), hasInbox ? mbsync.inbox : std::string());
+        }
+    }
+}
+
+void AccountSearch::addMaildirsIn(const std::string& root) {
+    if (addMaildir(root, Layout::Auto)) {
+        return;
+    }
+    for (const std::string& name : visibleFoldersIn(root)) {
+        // Folders beside each other that are no accounts: "Archive", "Sent" …
+        if (roleOfFolder(readableName(name)).role == FolderRole::None) {
+            addMaildir(root + "/" + name, Layout::Auto);
+        }
+    }
+}
+
+// Whether there is an account, known or new.
+bool AccountSearch::addMaildir(const std::string& maildir, Layout layout) {
+    const std::string inbox = layout == Layout::KMail ? maildir + "/inbox" : inboxOf(maildir);
+    if (isKnown(maildir, inbox)) {
+        return maildirs_.contains(canonicalPath(maildir));
+    }
+    if (inbox.empty()) {
+        return false;
+    }
+    AccountConfiguration account;
+    account.maildir = maildir;
+    account.layout = layout;
+    add(std::move(account), inbox);
+    return true;
+}
+
+void AccountSearch::add(AccountConfiguration account, const std::string& inbox) {
+    maildirs_.insert(canonicalPath(account.maildir));
+    if (!inbox.empty()) {
+        maildirs_.insert(canonicalPath(inbox));
+    }
+    if (isOneLine(account.maildir) && (account.inbox.empty() || isOneLine(inbox))) {
+        accounts_.push_back(std::move(account));
+    } else {
+        found_.problems.push_back(shown(account.maildir) +
+                                  ": the name of the folder is not text in UTF-8");
+    }
+}
+
+bool AccountSearch::isKnown(const std::string& maildir, const std::string& inbox) const {
+    const std::string path = canonicalPath(maildir);
+    return (!inbox.empty() && maildirs_.contains(canonicalPath(inbox))) ||
+           std::any_of(maildirs_.begin(), maildirs_.end(), [&](const std::string& known) {
+               return isAtOrBelow(path, known);
+           });
+}
+
+// False if the address cannot be one or another Maildir has it.
+bool AccountSearch::giveAddress(AccountConfiguration& account, const std::string& address) {
+    const bool isUsed =
+        std::any_of(accounts_.begin(), accounts_.end(), [&](const AccountConfiguration& other) {
+            return platform::equalsIgnoringAsciiCase(other.address, address);
+        });
+    if (isUsed || !isAccountAddress(address)) {
+        return false;
+    }
+    account.address = address;
+    return true;
+}
+
+// A sender says nothing about which Maildir is meant, so it counts only if one alone is left.
+void AccountSearch::giveSender() {
+    const auto lacksAddress = [](const auto& account) { return account.address.empty(); };
+    if (std::count_if(accounts_.begin(), accounts_.end(), lacksAddress) == 1) {
+        const auto account = std::find_if(accounts_.begin(), accounts_.end(), lacksAddress);
+        const std::string sender = msmtpSender();
+        // The place of an address in a whole domain, and one that msmtp fills in.
+        const bool isPattern = sender.find_first_of("*%") != std::string::npos;
+        if (isPattern || !giveAddress(*account, sender)) {
+            giveAddress(*account, notmuch_.address);
+        }
+    }
+}
+
+void AccountSearch::findAddresses(
+    const std::function<std::string(const std::string& inbox)>& commonest) {
+    giveSender();
+    for (AccountConfiguration& account : accounts_) {
+        const AccountFolders folders =
+            account.address.empty() ? findFolders(account) : AccountFolders();
+        if (!folders.inbox.empty() && commonest) {
+            giveAddress(account, commonest(folders.inbox.front().path));
+        }
+    }
+    giveSender();
+}
+
+Discovery AccountSearch::result() {
+    for (AccountConfiguration& account : accounts_) {
+        if (account.address.empty()) {
+            const std::string maildir = shown(account.maildir);
+            found_.problems.push_back(
+                maildir +
+                ": no mail address is known; write [account YOU@EXAMPLE.COM] with maildir = " +
+                maildir + " into " + shown(folders_.config + "/quillet/mail-host.conf"));
+            continue;
+        }
+        if (platform::equalsIgnoringAsciiCase(account.address, notmuch_.address) &&
+            isOneLine(notmuch_.name)) {
+            account.name = notmuch_.name;
+        }
+        found_.configuration.accounts.push_back(std::move(account));
+    }
+    return std::move(found_);
+}
+
+}  // namespace
+
+Discovery discoverAccounts(
+    const UserFolders& folders,
+    const std::function<std::string(const std::string& inbox)>& commonestAddress) {
+    AccountSearch search(folders);
+    search.findMaildirs();
+    search.findAddresses(commonestAddress);
+    return search.result();
+}
+
+}  // namespace quillet::mailhost

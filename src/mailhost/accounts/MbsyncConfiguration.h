@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mailhost/accounts/Configuration.h"
+
+namespace quillet::mailhost {
+
+// A Maildir that mbsync synchronises with a mail server.
+struct MbsyncAccount {
+    std::string store;    // the name of the Maildir store in the file
+    std::string user;     // at the server; often the mail address, empty if unknown
+    std::string maildir;  // absolute
+    std::string inbox;    // the absolute path of the Inbox; empty: as the folders' names say
+    Layout layout = Layout::Auto;
+};
+
+// Reads a configuration of mbsync: the Maildir stores that a channel ties to an IMAP store, in the
+// order of the channels, each once. What is wrong in the file is skipped. `home` is what "~" and
+// relative paths stand for. Any bytes are accepted.
+std::vector<MbsyncAccount> readMbsyncConfiguration(std::string_view text, const std::string& home);
+
+}  // namespace quillet::mailhost
