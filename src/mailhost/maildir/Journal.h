@@ -31,7 +31,7 @@ public:
     // be cut off) are left out. An error if it cannot be opened, is not a regular file (symbolic
     // links are not followed) or is longer than 16 MiB.
     static platform::Result<Journal> open(const std::string& path);
-    Journal(Journal&&) noexcept;
+    Journal(Journal&& other) noexcept;
     ~Journal();
 
     const std::vector<Move>& openMoves() const;

@@ -5,10 +5,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "mailhost/maildir/FaultPoint.h"
 #include "mailhost/maildir/MaildirName.h"
 
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 #include "platform/files/Uninterrupted.h"
 
 namespace quillet::mailhost {
@@ -40,7 +42,8 @@ std::string stableBaseOfFile(std::string_view fileName) {
 Result<std::optional<std::string>> findMessage(const std::string& folder, std::string_view base) {
     const std::string_view start = base.substr(0, base.find(','));
     for (const char* part : {"/cur", "/new"}) {
-        const auto names = FileManager::contentsOfFolder(folder + part);
+        const std::string path = std::string(folder).append(part);
+        const auto names = FileManager::contentsOfFolder(path);
         if (!names) {
             if (std::string_view(part) == "/new" && names.error().code == ENOENT) {
                 continue;
@@ -49,7 +52,7 @@ Result<std::optional<std::string>> findMessage(const std::string& folder, std::s
         }
         for (const std::string& name : names.value()) {
             if (name.starts_with(start) && stableBaseOfFile(name) == base) {
-                return std::optional(folder + part + "/" + name);
+                return std::optional(platform::Path::appendingPathComponent(path, name));
             }
         }
     }
@@ -64,9 +67,10 @@ int moveWithoutReplacing(const std::string& from, const std::string& to) {
         return errno;
     }
     // The file system only knows the rename that replaces. A link never does.
-    if (::link(from.c_str(), to.c_str()) != 0) {
+    if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) != 0) {
         return errno;
     }
+    faultPoint("link");
     if (::unlink(from.c_str()) != 0) {
         const int code = errno;  // for instance because it has been renamed since
         ::unlink(to.c_str());

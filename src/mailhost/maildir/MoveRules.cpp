@@ -19,7 +19,7 @@ namespace FileManager = platform::FileManager;
 
 namespace {
 
-Error refusal(int code, std::string text) {
+Error refusal(int code, const std::string& text) {
     return {"POSIX", code, printableLine(text)};
 }
 

@@ -142,7 +142,7 @@ Result<std::string> Mover::moveFile(const std::string& identifier,
     return move.target;
 }
 
-Result<std::string> Mover::moveAcross(Journal::Move move) {
+Result<std::string> Mover::moveAcross(const Journal::Move& move) {
     const std::string folder = move.temporary.substr(0, move.temporary.rfind('/'));
     if (auto error = platform::FileManager::createFolder(folder)) {
         return *error;
@@ -155,6 +155,9 @@ Result<std::string> Mover::moveAcross(Journal::Move move) {
         logFailedSync(syncFolder(move.source.substr(0, move.source.rfind('/'))));
     }
     end(move);
+    if (moved) {
+        faultPoint("done");
+    }
     return moved;
 }
 

@@ -45,7 +45,7 @@ private:
     platform::Result<std::string> moveFile(const std::string& identifier,
                                            const std::string& path,
                                            const std::string& targetFolder);
-    platform::Result<std::string> moveAcross(Journal::Move move);
+    platform::Result<std::string> moveAcross(const Journal::Move& move);
     void end(const Journal::Move& move);
 
     Journal& journal_;

@@ -11,7 +11,6 @@
 
 namespace quillet::mailhost {
 
-using platform::Error;
 using platform::Log;
 using platform::Result;
 

@@ -30,7 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kName = "1700000000.M1P2Q3.host,S=5,U=7:2,FS";
+const std::string kFile = "cur/1700000000.M1P2Q3.host,S=5,U=7:2,FS";
 constexpr timespec kModified{1600000000, 123456789};
 const std::string kBytes(700'000, 'x');
 
@@ -53,7 +53,10 @@ public:
         : source(below_.path("Inbox")), target(below_.path("Archive")) {
         if (where == Where::OtherFileSystem) {
             other_ = otherFileSystem();
-            target = other_ + "/Archive";
+            target = other_.empty() ? "" : other_ + "/Archive";
+        }
+        if (target.empty()) {
+            return;  // there is no other file system
         }
         for (const std::string& folder : {source, target}) {
             for (const char* part : {"/cur", "/new", "/tmp"}) {
@@ -61,28 +64,18 @@ public:
             }
         }
     }
-    ~MailFolders() {
-        if (!other_.empty()) {
-            fs::remove_all(other_);
-        }
-    }
+    ~MailFolders() { fs::remove_all(other_); }
     MailFolders(const MailFolders&) = delete;
     MailFolders& operator=(const MailFolders&) = delete;
 
-    bool exists() const { return target != "/Archive"; }
-    Journal journal() const { return std::move(Journal::open(journalPath()).value()); }
-    std::string journalPath() const { return below_.path("journal"); }
+    bool exists() const { return !target.empty(); }
+    Journal journal() const { return std::move(Journal::open(path("journal")).value()); }
     std::string path(std::string_view below) const { return below_.path(below); }
 
     void write(const std::string& file, std::string_view bytes = kBytes) const {
         const std::string path = below_.writeFile("Inbox/" + file, bytes);
         const timespec times[]{kModified, kModified};
         ::utimensat(AT_FDCWD, path.c_str(), times, 0);
-    }
-
-    platform::Result<std::string> move(const std::string& file) const {
-        Journal open = journal();
-        return Mover(open, nullptr).move("q", source, file, target);
     }
 
     // The messages of a folder; with those that are on their way.
@@ -132,56 +125,49 @@ void refuseSystemCalls(const std::vector<long>& numbers, int code) {
     }
 }
 
-#ifdef SYS_link
-constexpr long kLink = SYS_link;
-#else
-constexpr long kLink = SYS_linkat;
-#endif
-
 enum class Then { Nothing, OthersRename, CopyChanges };
 
 struct Interruption {
     const char* name;
+    const char* faultPoint;  // where the process is killed; empty: nowhere
     Where where;
-    const char* faultPoint;          // where the process is killed; empty: nowhere
-    std::vector<long> refused;       // system calls that fail
-    int code;                        // with this error
-    std::size_t atSource, atTarget;  // messages after the recovery
-    Then then = Then::Nothing;       // what happens before the recovery
+    Then then;                  // what happens before the recovery
+    std::vector<long> refused;  // system calls that fail
+    int code;                   // with this error
+    std::size_t atSource;       // messages after the recovery
+    std::size_t atTarget;
 };
-
-void PrintTo(const Interruption& row, std::ostream* stream) {
-    *stream << row.name;
-}
 
 constexpr Where kSame = Where::SameFileSystem;
 constexpr Where kOther = Where::OtherFileSystem;
+constexpr Then kNone = Then::Nothing;
 
 const Interruption kInterruptions[] = {
-    {"journal", kSame, "journal", {}, 0, 1, 0},
-    {"rename", kSame, "rename", {}, 0, 0, 1},
-    {"renameThenSync", kSame, "rename", {}, 0, 0, 1, Then::OthersRename},
-    {"sync", kSame, "sync", {}, 0, 0, 1},
-    {"done", kSame, "done", {}, 0, 0, 1},
-    {"nothing", kSame, "", {}, 0, 0, 1},
-    {"onlyLinks", kSame, "", {SYS_renameat2}, EINVAL, 0, 1},
-    {"onlyLinksKilled", kSame, "rename", {SYS_renameat2}, ENOSYS, 0, 1},
-    {"noWayToMove", kSame, "", {SYS_renameat2, kLink}, EINVAL, 1, 0},
-    {"renameRefused", kSame, "", {SYS_renameat2}, EROFS, 1, 0},
-    {"journalFull", kSame, "", {SYS_write}, ENOSPC, 1, 0},
-    {"journalNotSynced", kSame, "", {SYS_fdatasync}, EIO, 1, 0},
-    {"otherJournal", kOther, "journal", {}, 0, 1, 0},
-    {"copy", kOther, "copy", {}, 0, 1, 0},
-    {"copyThenSync", kOther, "copy", {}, 0, 1, 0, Then::OthersRename},
-    {"link", kOther, "link", {}, 0, 0, 1},
-    {"linkThenSync", kOther, "link", {}, 0, 0, 1, Then::OthersRename},
-    {"linkThenChange", kOther, "link", {}, 0, 1, 1, Then::CopyChanges},
-    {"compare", kOther, "compare", {}, 0, 0, 1},
-    {"unlink", kOther, "unlink", {}, 0, 0, 1},
-    {"otherDone", kOther, "", {}, 0, 0, 1},
-    {"copyUnreadable", kOther, "", {SYS_pread64}, EIO, 1, 0},
-    {"copyNotSynced", kOther, "", {SYS_fsync}, ENOSPC, 1, 0},
-    {"copyWithoutTime", kOther, "", {SYS_utimensat}, EPERM, 1, 0},
+    {"journal", "journal", kSame, kNone, {}, 0, 1, 0},
+    {"rename", "rename", kSame, kNone, {}, 0, 0, 1},
+    {"renameThenSync", "rename", kSame, Then::OthersRename, {}, 0, 0, 1},
+    {"sync", "sync", kSame, kNone, {}, 0, 0, 1},
+    {"done", "done", kSame, kNone, {}, 0, 0, 1},
+    {"nothing", "", kSame, kNone, {}, 0, 0, 1},
+    {"onlyLinks", "", kSame, kNone, {SYS_renameat2}, EINVAL, 0, 1},
+    {"onlyLinksLink", "link", kSame, kNone, {SYS_renameat2}, ENOSYS, 0, 1},
+    {"noWayToMove", "", kSame, kNone, {SYS_renameat2, SYS_linkat}, EINVAL, 1, 0},
+    {"renameRefused", "", kSame, kNone, {SYS_renameat2}, EROFS, 1, 0},
+    {"journalFull", "", kSame, kNone, {SYS_write}, ENOSPC, 1, 0},
+    {"journalNotSynced", "", kSame, kNone, {SYS_fdatasync}, EIO, 1, 0},
+    {"otherJournal", "journal", kOther, kNone, {}, 0, 1, 0},
+    {"copy", "copy", kOther, kNone, {}, 0, 1, 0},
+    {"copyThenSync", "copy", kOther, Then::OthersRename, {}, 0, 1, 0},
+    {"link", "link", kOther, kNone, {}, 0, 0, 1},
+    {"otherOnlyLinksLink", "link", kOther, kNone, {SYS_renameat2}, EINVAL, 0, 1},
+    {"linkThenSync", "link", kOther, Then::OthersRename, {}, 0, 0, 1},
+    {"linkThenChange", "link", kOther, Then::CopyChanges, {}, 0, 1, 1},
+    {"compare", "compare", kOther, kNone, {}, 0, 0, 1},
+    {"unlink", "unlink", kOther, kNone, {}, 0, 0, 1},
+    {"otherDone", "done", kOther, kNone, {}, 0, 0, 1},
+    {"copyUnreadable", "", kOther, kNone, {SYS_pread64}, EIO, 1, 0},
+    {"copyNotSynced", "", kOther, kNone, {SYS_fsync}, ENOSPC, 1, 0},
+    {"copyWithoutTime", "", kOther, kNone, {SYS_utimensat}, EPERM, 1, 0},
 };
 
 class MoverInterrupted : public testing::TestWithParam<Interruption> {};
@@ -190,16 +176,9 @@ int moveInChild(const MailFolders& mail, const Interruption& row) {
     const pid_t child = ::fork();
     if (child == 0) {
         ::setenv("QUILLET_FAULT_POINT", row.faultPoint, 1);
-        {
-            Journal journal = mail.journal();
-            if (!row.refused.empty()) {
-                refuseSystemCalls(row.refused, row.code);
-            }
-            const auto moved =
-                Mover(journal, nullptr)
-                    .move("q", mail.source, std::string("cur/") + kName, mail.target);
-            ::_exit(moved ? 0 : 1);
-        }
+        Journal journal = mail.journal();
+        refuseSystemCalls(row.refused, row.code);
+        ::_exit(Mover(journal, nullptr).move("q", mail.source, kFile, mail.target) ? 0 : 1);
     }
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -223,7 +202,7 @@ TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
     if (!mail.exists()) {
         GTEST_SKIP() << "there is no second file system";
     }
-    mail.write(std::string("cur/") + kName);
+    mail.write(kFile);
 
     const int status = moveInChild(mail, row);
     ASSERT_EQ(WIFSIGNALED(status), row.faultPoint[0] != '\0') << status;
@@ -237,13 +216,11 @@ TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
     } else if (row.then == Then::CopyChanges) {
         std::ofstream(MailFolders::files(mail.target).at(0), std::ios::app) << "more";
     }
-    {
-        const test::LogCapture log;
-        Journal journal = mail.journal();
-        const std::size_t open = journal.openMoves().size();
-        Mover(journal, nullptr).recover();
-        EXPECT_EQ(log.lines().size(), open);
-    }
+    const test::LogCapture log;
+    Journal journal = mail.journal();
+    const std::size_t open = journal.openMoves().size();
+    Mover(journal, nullptr).recover();
+    EXPECT_EQ(log.lines().size(), open);
     EXPECT_TRUE(mail.journal().openMoves().empty());
     const auto atSource = MailFolders::files(mail.source);
     const auto atTarget = MailFolders::files(mail.target);
@@ -263,93 +240,42 @@ INSTANTIATE_TEST_SUITE_P(All,
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Mover, OnlyMovesWhatStaysSafe) {
-    using Mail = const MailFolders&;
-    const std::string file = std::string("cur/") + kName;
     const std::string hashed = "cur/1700000000.M1P2Q3.host,FMD5=ab,S=5:2,FS";
-    const auto touch = [](const std::string& path) { std::ofstream(path).flush(); };
+    const std::string renamed = "Inbox/new/1700000000.M1P2Q3.host,S=5,U=9:2,FS";
     const struct {
         const char* name;
         std::string file;
-        std::function<void(Mail)> prepare;
-        int code;          // 0: moved
-        std::string text;  // a part of the error
+        std::string before;  // commands for the shell
+        int code;            // 0: moved
+        std::string text;    // a part of the error
     } rows[] = {
-        {"nothing is synchronised", file, [](Mail) {}, 0, ""},
-        {"renamed before",
-         file,
-         [&](Mail mail) {
-             fs::rename(mail.source + "/" + file,
-                        mail.source + "/new/1700000000.M1P2Q3.host,S=5,U=9:2,FS");
-         },
-         0,
-         ""},
-        {"only the target is synchronised",
-         file,
-         [&](Mail mail) { touch(mail.target + "/.uidvalidity"); },
-         0,
-         ""},
-        {"both in different ways",
-         file,
-         [&](Mail mail) {
-             touch(mail.source + "/.uidvalidity");
-             touch(mail.target + "/.isyncuidmap.db");
-         },
-         0,
-         ""},
-        {"only the source",
-         file,
-         [&](Mail mail) { touch(mail.source + "/.uidvalidity"); },
-         EINVAL,
-         "Archive is not synchronised although "},
-        {"only the source, with a map",
-         file,
-         [&](Mail mail) { touch(mail.source + "/.isyncuidmap.db"); },
-         EINVAL,
-         "is not synchronised"},
-        {"only the source has hashes", hashed, [](Mail) {}, EINVAL, "Archive holds no message"},
-        {"both have hashes",
-         hashed,
-         [&](Mail mail) { touch(mail.target + "/new/1.2.h,U=1,FMD5=ab:2,"); },
-         0,
-         ""},
-        {"no target",
-         file,
-         [](Mail mail) { fs::remove_all(mail.target + "/cur"); },
-         ENOENT,
-         "Archive/cur is missing"},
-        {"target may not be written",
-         file,
-         [](Mail mail) { fs::permissions(mail.target + "/cur", fs::perms::owner_read); },
-         EACCES,
-         "may not be changed"},
-        {"same folder",
-         file,
-         [](Mail mail) {
-             fs::remove_all(mail.target);
-             fs::create_directory_symlink(mail.source, mail.target);
-         },
-         EINVAL,
-         "already"},
-        {"symbolic link",
-         file,
-         [&](Mail mail) {
-             fs::remove(mail.source + "/" + file);
-             fs::create_symlink("/etc/passwd", mail.source + "/" + file);
-         },
-         EINVAL,
-         "was not moved to"},
-        {"gone", "cur/1.2.h:2,", [](Mail) {}, ENOENT, "was not moved to"},
-        {"other place", "cur/../../journal", [](Mail) {}, EINVAL, "not the file of a message"},
+        {"nothing is synchronised", kFile, "true", 0, ""},
+        {"renamed before", kFile, "mv Inbox/cur/* " + renamed, 0, ""},
+        {"no tmp", kFile, "rmdir Archive/tmp", 0, ""},
+        {"only the target is synchronised", kFile, "touch Archive/.uidvalidity", 0, ""},
+        {"both", kFile, "touch Inbox/.uidvalidity Archive/.isyncuidmap.db", 0, ""},
+        {"only the source", kFile, "touch Inbox/.uidvalidity", EINVAL, "is not synchronised"},
+        {"only the source has a map", kFile, "touch Inbox/.isyncuidmap.db", EINVAL, "synchronised"},
+        {"only the source has hashes", hashed, "true", EINVAL, "Archive holds no message"},
+        {"both have hashes", hashed, "touch Archive/new/1.2.h,U=1,FMD5=ab:2,", 0, ""},
+        {"no target", kFile, "rmdir Archive/cur", ENOENT, "Archive/cur is missing"},
+        {"target kept from writing", kFile, "chmod 500 Archive/cur", EACCES, "may not be changed"},
+        {"source kept from writing", kFile, "chmod 500 Inbox/cur", EACCES, "may not be changed"},
+        {"same folder", kFile, "rm -r Archive; ln -s Inbox Archive", EINVAL, "already"},
+        {"symbolic link", kFile, "ln -sf /etc/passwd Inbox/cur/*", EINVAL, "was not moved"},
+        {"gone", "cur/1.2.h:2,", "true", ENOENT, "was not moved"},
+        {"other place", "cur/../../journal", "true", EINVAL, "not the file of a message"},
     };
     const test::OrdinaryPermissions ordinary;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const MailFolders mail(Where::SameFileSystem);
-        mail.write(row.file == hashed ? hashed : file);
-        row.prepare(mail);
+        mail.write(row.file == hashed ? hashed : kFile);
+        ASSERT_EQ(std::system(("cd " + mail.path("") + " && " + row.before).c_str()), 0);
         const auto before = MailFolders::files(mail.source);
 
-        const auto moved = mail.move(row.file);
+        Journal journal = mail.journal();
+        const auto moved = Mover(journal, nullptr).move("q", mail.source, row.file, mail.target);
 
         if (row.code != 0) {
             ASSERT_FALSE(moved);
@@ -363,7 +289,7 @@ TEST(Mover, OnlyMovesWhatStaysSafe) {
         EXPECT_TRUE(MailFolders::files(mail.source).empty());
         EXPECT_EQ(fs::path(moved.value()).parent_path(), mail.target + "/cur");
         const std::string name = fs::path(moved.value()).filename();
-        EXPECT_EQ(name.rfind("1700000000.M", 0), 0U);
+        EXPECT_TRUE(name.starts_with("1700000000.M"));
         EXPECT_EQ(name.substr(name.find(',')), ",S=5:2,FS");
     }
 }
@@ -373,7 +299,7 @@ TEST(Mover, CopyThatIsGivenUpLeavesNothingBehind) {
     if (!mail.exists()) {
         GTEST_SKIP() << "there is no second file system";
     }
-    mail.write(std::string("cur/") + kName);
+    mail.write(kFile);
     const struct {
         int questions;  // after which the program is to end
         rlim_t limit;   // of files, as if the disk were full
@@ -385,49 +311,53 @@ TEST(Mover, CopyThatIsGivenUpLeavesNothingBehind) {
         const test::FileSizeLimit limit(row.limit);
         int questions = 0;
         Mover mover(journal, [&] { return ++questions == row.questions; });
-        const auto moved = mover.move("q", mail.source, std::string("cur/") + kName, mail.target);
+        const auto moved = mover.move("q", mail.source, kFile, mail.target);
         ASSERT_FALSE(moved);
         EXPECT_EQ(moved.error().code, row.code);
         EXPECT_TRUE(MailFolders::files(mail.target).empty());
-        EXPECT_TRUE(contents(mail.source + "/cur/" + kName) == kBytes);
+        EXPECT_TRUE(contents(mail.source + "/" + kFile) == kBytes);
         EXPECT_TRUE(journal.openMoves().empty());
     }
 }
 
 // Another program adds a flag to each message, over and over, while all of them move.
 TEST(Mover, NeitherMessagesNorFlagsAreLostWhileAnotherProgramSetsFlags) {
-    for (const Where where : {kSame, kOther}) {
-        const MailFolders mail(where);
+    constexpr std::size_t kMessages = 150;
+    const struct {
+        Where where;
+        std::vector<long> refused;
+    } rows[] = {{kSame, {}}, {kSame, {SYS_renameat2}}, {kOther, {}}};
+    for (const auto& row : rows) {
+        const MailFolders mail(row.where);
         if (!mail.exists()) {
             continue;
         }
         std::map<std::string, std::size_t> flags;
-        for (int i = 0; i < 150; ++i) {
-            const std::string base = std::to_string(1'000'000 + i) + ".M1.host";
+        while (flags.size() < kMessages) {
+            const std::string base = std::to_string(1'000'000 + flags.size()) + ".M1.host";
             mail.write("cur/" + base + ":2,", base);
             flags[base] = 0;
         }
+        const auto bases = flags;
+        std::atomic<std::size_t> moved = 0;
         std::atomic<bool> isDone = false;
-        std::thread flagging([&] {
-            while (!isDone) {
-                for (const auto& [base, count] : std::map(flags)) {
-                    const std::string path = mail.source + "/cur/" + base + ":2,";
-                    const std::string old = path + std::string(count, 'a');
-                    if (count < 60 && std::rename(old.c_str(), (old + "a").c_str()) == 0) {
-                        ++flags[base];
-                    }
-                }
+        std::thread moving([&] {
+            refuseSystemCalls(row.refused, EINVAL);  // of this thread
+            Journal journal = mail.journal();
+            Mover mover(journal, nullptr);
+            for (const auto& [base, none] : bases) {
+                moved += mover.move("q", mail.source, "cur/" + base + ":2,", mail.target) ? 1 : 0;
             }
+            isDone = true;
         });
-        std::size_t moved = 0;
-        Journal journal = mail.journal();
-        Mover mover(journal, nullptr);
-        for (int i = 0; i < 150; ++i) {
-            const std::string name = std::to_string(1'000'000 + i) + ".M1.host:2,";
-            moved += mover.move("q", mail.source, "cur/" + name, mail.target) ? 1 : 0;
+        while (!isDone) {
+            for (auto& [base, count] : flags) {
+                const std::string old =
+                    mail.source + "/cur/" + base + ":2," + std::string(count, 'a');
+                count += count < 99 && ::rename(old.c_str(), (old + "a").c_str()) == 0 ? 1 : 0;
+            }
         }
-        isDone = true;
-        flagging.join();
+        moving.join();
 
         EXPECT_EQ(MailFolders::files(mail.target).size(), moved);
         EXPECT_GT(moved, 0U);
@@ -440,7 +370,6 @@ TEST(Mover, NeitherMessagesNorFlagsAreLostWhileAnotherProgramSetsFlags) {
             }
         }
         EXPECT_EQ(left, flags);
-        EXPECT_TRUE(journal.openMoves().empty());
     }
 }
 
