@@ -247,4 +247,11 @@ std::optional<std::string> FolderReader::fileWithBase(std::string_view stableBas
     return state_->search([&] { return state_->messages.find(stableBase); });
 }
 
+void FolderReader::forget(std::string_view identifier) {
+    if (const KnownMessage* const message = state_->findIdentifier(identifier)) {
+        state_->texts.erase(state_->messages.stableBaseOf(*message));
+        state_->messages.forget(*message);
+    }
+}
+
 }  // namespace quillet::mailhost

@@ -68,6 +68,9 @@ public:
     std::optional<std::string> fileOf(std::string_view identifier) const;
     std::optional<std::string> fileWithBase(std::string_view stableBase) const;
 
+    // Leaves out a message that was moved away, without waiting for two listings.
+    void forget(std::string_view identifier);
+
 private:
     struct State;
     std::unique_ptr<State> state_;

@@ -55,6 +55,11 @@ public:
     // The message with that stable base; null: none. Valid until the next merge().
     KnownMessage* find(std::string_view stableBase);
 
+    // Takes one of all() out.
+    void forget(const KnownMessage& message) {
+        messages_.erase(messages_.begin() + (&message - messages_.data()));
+    }
+
     // Whether a message is not where the last listing said, or is missing there.
     bool isAnyMissing() const;
 

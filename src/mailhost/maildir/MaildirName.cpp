@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <glib.h>
-#include <memory>
 
+#include "mailhost/maildir/Sha256.h"
 #include "platform/base/Ascii.h"
 
 namespace quillet::mailhost {
@@ -82,13 +81,7 @@ std::string stableBase(std::string_view base) {
 }
 
 std::string identifierOf(std::string_view base) {
-    const std::string stable = stableBase(base);
-    const std::unique_ptr<char, void (*)(void*)> digits(
-        g_compute_checksum_for_data(G_CHECKSUM_SHA256,
-                                    reinterpret_cast<const guchar*>(stable.data()),
-                                    stable.size()),
-        g_free);
-    return "q" + std::string(digits.get(), kIdentifierDigits);
+    return "q" + sha256(stableBase(base)).substr(0, kIdentifierDigits);
 }
 
 std::optional<std::string_view> fieldOf(std::string_view base, std::string_view name) {

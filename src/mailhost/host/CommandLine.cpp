@@ -1,0 +1,77 @@
+#include "mailhost/host/CommandLine.h"
+
+#include <array>
+
+namespace quillet::mailhost {
+
+namespace {
+
+using platform::ProgramArguments;
+using platform::ProgramOption;
+using platform::UsageError;
+
+constexpr std::array kOptions{
+    ProgramOption{"config",
+                  "FILE",
+                  "read this configuration instead of\n"
+                  "~/.config/quillet/mail-host.conf\n"},
+    ProgramOption{"container", "DIR", "write this container\n"},
+    ProgramOption{"identifier",
+                  "ID",
+                  "the name on the session bus, \"it.tarno.quillet\" by default; one that\n"
+                  "begins with \"it.tarno.quillet.beta\" has its own data folder\n"},
+    ProgramOption{"once", nullptr, "write the container once and end\n"},
+    ProgramOption{"detect",
+                  nullptr,
+                  "print the configuration that says what is found without one, and end\n"},
+    ProgramOption{"log",
+                  nullptr,
+                  "print one JSON object a line for each command and each file that changes\n"},
+};
+
+constexpr platform::Program kProgram{
+    "quillet-mail-host",
+    QUILLET_VERSION,
+    "[OPTION]… [URL]…\n",
+    R"(Shows the newest messages of Maildir folders in the Today panel, and archives and deletes
+there when the panel asks for it. Without a configuration file it looks for the accounts of
+mbsync and notmuch, and for Maildir folders in the usual places. URLs are commands of the
+panel; if the host is running already, it gets them.
+)",
+    kOptions,
+    {},
+    "the configuration is wrong, no account is found (--detect), another host is\n"
+    "running, there is no session bus, or the container cannot be written\n",
+};
+
+CommandLine interpret(const ProgramArguments& arguments) {
+    CommandLine line;
+    line.urls = arguments.words();
+    line.configuration = arguments.value("config");
+    line.container = arguments.value("container");
+    line.identifier = arguments.value("identifier").value_or(line.identifier);
+    line.logs = arguments.has("log");
+    if (arguments.has("once") && arguments.has("detect")) {
+        throw UsageError{R"("--once" and "--detect" do not go together)"};
+    }
+    if (arguments.has("detect") && line.configuration) {
+        throw UsageError{R"("--detect" reads no configuration)"};
+    }
+    if (arguments.has("once")) {
+        line.task = CommandLine::Task::Once;
+    } else if (arguments.has("detect")) {
+        line.task = CommandLine::Task::Detect;
+    }
+    if (line.task != CommandLine::Task::Run && !line.urls.empty()) {
+        throw UsageError{"\"" + line.urls.front() + "\" is one argument too many"};
+    }
+    return line;
+}
+
+}  // namespace
+
+std::variant<CommandLine, platform::EarlyExit> readCommandLine(std::span<char* const> arguments) {
+    return platform::readArguments(kProgram, arguments, interpret);
+}
+
+}  // namespace quillet::mailhost

@@ -1,0 +1,178 @@
+#include "mailhost/host/HostService.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "model/HostInterface.h"
+#include "platform/base/Log.h"
+#include "platform/desktop/DistributedNotificationCenter.h"
+
+namespace quillet::mailhost {
+
+namespace {
+
+using platform::Log;
+
+constexpr std::chrono::milliseconds kHurry{100};  // to another listing, of unsettled folders
+constexpr int kHurriedRefreshes = 3;
+constexpr std::chrono::milliseconds kPublishAgain{20};
+// A third of one processor at most, and pauses in which commands are carried out.
+constexpr std::chrono::milliseconds kReadAheadBudget{5};
+constexpr std::chrono::milliseconds kReadAheadPause{10};
+
+std::string folderOfFile(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, std::max<std::size_t>(slash, 1));
+}
+
+}  // namespace
+
+HostService::HostService(MailHost& host,
+                         Journal& journal,
+                         HostConfiguration& configuration,
+                         CommandLog log)
+    : host_(host),
+      journal_(journal),
+      configuration_(configuration),
+      log_(log),
+      afterChange_([this](const std::string& account) { return host_.afterChange(account); },
+                   [this](const std::string& account) { journal_.setPending(account, false); }) {}
+
+void HostService::start() {
+    startTimers();
+    const auto changed = [this] { configurationMayHaveChanged(); };
+    configurationWatcher_ = std::make_unique<platform::FolderWatcher>(
+        std::vector{folderOfFile(configuration_.file())}, 0, changed);
+    refresh();
+    const std::vector<std::string> pending = journal_.pendingAccounts();
+    std::for_each(pending.begin(), pending.end(), [this](const std::string& account) {
+        afterChange_.changed(account);
+    });
+}
+
+void HostService::startTimers() {
+    for (QTimer* const timer : {&refreshTimer_, &publishTimer_, &readAheadTimer_}) {
+        timer->setSingleShot(true);
+    }
+    refreshTimer_.callOnTimeout([this] { refresh(); });
+    publishTimer_.callOnTimeout([this] { publish(Notify::IfChanged); });
+    readAheadTimer_.callOnTimeout([this] { readAhead(); });
+    rescanTimer_.callOnTimeout([this] { rescan(); });
+    rescanTimer_.setTimerType(Qt::VeryCoarseTimer);
+    rescanTimer_.start(kRescan);
+}
+
+void HostService::configurationMayHaveChanged() {
+    if (configuration_.isChanged()) {
+        rescan();
+    }
+}
+
+// Also looks for new accounts and folders. A configuration that is wrong changes nothing.
+void HostService::rescan() {
+    const auto read = configuration_.read();
+    if (const auto* configuration = std::get_if<Configuration>(&read)) {
+        host_.configure(*configuration);
+    } else {
+        for (const std::string& line : std::get<1>(read)) {
+            Log::write("MailHost the configuration stays as it was: %@", {line});
+        }
+    }
+    host_.findFoldersAgain();
+    refresh();
+}
+
+void HostService::watchFolders() {
+    std::vector<std::string> folders = host_.watchedFolders();
+    if (folders == watched_ && watcher_) {
+        return;
+    }
+    watched_ = std::move(folders);
+    watcher_ = std::make_unique<platform::FolderWatcher>(watched_, 0, [this] { refreshInPace(); });
+}
+
+void HostService::refreshInPace() {
+    const auto next = lastRefresh_ ? *lastRefresh_ + kPace : Clock::now();
+    if (Clock::now() >= next) {
+        refresh();
+    } else if (!refreshTimer_.isActive()) {
+        refreshTimer_.start(std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now()));
+    }
+}
+
+void HostService::refresh() {
+    host_.refresh();
+    watchFolders();
+    lastRefresh_ = Clock::now();
+    refreshAgainIfNeeded();
+    publish(Notify::IfChanged);
+    if (!readAheadTimer_.isActive()) {
+        readAheadTimer_.start(kReadAheadPause);
+    }
+}
+
+void HostService::refreshAgainIfNeeded() {
+    if (host_.isUnsettled()) {
+        const bool isHurried = ++hurriedRefreshes_ <= kHurriedRefreshes;
+        refreshTimer_.start(isHurried ? kHurry : std::chrono::milliseconds(kPace));
+        return;
+    }
+    hurriedRefreshes_ = 0;
+    if (host_.isFolderMissing()) {
+        refreshTimer_.start(kMissing);
+    }
+}
+
+void HostService::readAhead() {
+    if (host_.readAhead(kReadAheadBudget)) {
+        readAheadTimer_.start(kReadAheadPause);
+    } else {
+        publish(Notify::IfChanged);
+    }
+}
+
+void HostService::publish(Notify notify) {
+    mustNotify_ = mustNotify_ || notify == Notify::Always;
+    const auto changes = host_.publish();
+    if (!changes && changes.error().code == EWOULDBLOCK) {
+        publishTimer_.start(kPublishAgain);
+        return;
+    }
+    publishTimer_.stop();
+    const std::string problem = changes ? std::string() : changes.error().description();
+    if (std::exchange(lastProblem_, problem) != problem && !problem.empty()) {
+        Log::write("MailHost the container cannot be written: %@", {problem});
+    }
+    if (changes) {
+        log_.writeChanges(changes.value());
+    }
+    if (std::exchange(mustNotify_, false) || (changes && !changes.value().files.empty())) {
+        platform::DistributedNotificationCenter::defaultCenter().postNotification(
+            kStoreNotificationName, kStoreNotificationObject);
+    }
+}
+
+// The moves of one call go together, and the widget hears of them once. It has taken the rows away
+// already: it must read again, above all when a message could not be moved.
+void HostService::receive(const platform::ApplicationCall& call) {
+    if (call.urls.empty()) {
+        log_.writeCall(call);
+        return;
+    }
+    bool isMove = false;
+    for (const std::string& url : call.urls) {
+        const HostCommand command = readHostCommand(url);
+        const Outcome outcome = host_.carryOut(command);
+        log_.writeCommand(call, url, command, outcome);
+        isMove = isMove || (command.problem.empty() && !command.shows());
+        if (outcome.kind == Outcome::Kind::Moved) {
+            afterChange_.changed(command.account);
+        }
+    }
+    if (isMove) {
+        publish(Notify::Always);
+    }
+}
+
+}  // namespace quillet::mailhost

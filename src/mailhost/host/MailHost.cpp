@@ -1,0 +1,181 @@
+#include "mailhost/host/MailHost.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <utility>
+
+#include "model/HostInterface.h"
+#include "platform/base/Log.h"
+
+namespace quillet::mailhost {
+
+namespace {
+
+using platform::Error;
+using platform::Log;
+
+Outcome failed(const std::string& reason) {
+    return {Outcome::Kind::Failed, reason, {}};
+}
+
+Outcome notFound() {
+    return {Outcome::Kind::NotFound, {}, {}};
+}
+
+// The folder that takes the message of a command; none if the account has no such folder.
+const std::optional<MailFolder>& targetOf(const AccountFolders& folders,
+                                          const HostCommand& command) {
+    return command.word == ExtensionUtilities::commandArchive ? folders.archive : folders.trash;
+}
+
+Outcome noTarget(const AccountMail& account, const HostCommand& command) {
+    const bool isArchive = command.word == ExtensionUtilities::commandArchive;
+    return failed(std::string("no ") + (isArchive ? "Archive" : "Trash") +
+                  " folder is known; write " + (isArchive ? "archive" : "trash") +
+                  " = FOLDER below [account " + account.configuration().address + "]");
+}
+
+}  // namespace
+
+MailHost::MailHost(Journal& journal, ContainerWriter& writer, std::function<bool()> shallEnd)
+    : journal_(journal), writer_(writer), mover_(journal, std::move(shallEnd)) {}
+
+void MailHost::configure(const Configuration& configuration) {
+    std::list<AccountMail> before = std::exchange(accounts_, {});
+    for (const AccountConfiguration& account : configuration.accounts) {
+        const auto same = std::find_if(before.begin(), before.end(), [&](const AccountMail& each) {
+            return each.configuration() == account;
+        });
+        if (same == before.end()) {
+            accounts_.emplace_back(account);
+        } else {
+            accounts_.splice(accounts_.end(), before, same);
+        }
+    }
+}
+
+void MailHost::findFoldersAgain() {
+    for (AccountMail& account : accounts_) {
+        account.findFoldersAgain();
+    }
+}
+
+void MailHost::refresh() {
+    for (AccountMail& account : accounts_) {
+        account.refresh();
+    }
+}
+
+platform::Result<ContainerWriter::Changes> MailHost::publish() {
+    const auto now = static_cast<std::int64_t>(std::time(nullptr));
+    std::vector<PublishedAccount> published;
+    for (AccountMail& account : accounts_) {
+        published.push_back(account.published(now));
+    }
+    return writer_.publish(containerFiles(published));
+}
+
+AccountMail* MailHost::find(const std::string& address) {
+    const auto found =
+        std::find_if(accounts_.begin(), accounts_.end(), [&address](const AccountMail& account) {
+            return account.configuration().address == address;
+        });
+    return found == accounts_.end() ? nullptr : &*found;
+}
+
+Outcome MailHost::carryOut(const HostCommand& command) {
+    if (!command.problem.empty()) {
+        return {Outcome::Kind::Ignored, command.problem, {}};
+    }
+    if (command.draft) {
+        Log::write("MailHost %@", {"a draft came, which this host cannot show"});
+        return {Outcome::Kind::Ignored, "this host shows no drafts", {}};
+    }
+    AccountMail* const account = find(command.account);
+    if (account == nullptr) {
+        return notFound();
+    }
+    if (command.shows()) {
+        return account->find(command.identifier, command.folderStandardId)
+                   ? Outcome{Outcome::Kind::Found, {}, {}}
+                   : notFound();
+    }
+    Outcome outcome = move(*account, command);
+    if (outcome.kind == Outcome::Kind::Failed) {
+        Log::write("MailHost %@ %@", {command.word, outcome.reason});
+    }
+    return outcome;
+}
+
+Outcome MailHost::move(AccountMail& account, const HostCommand& command) {
+    const auto place = account.find(command.identifier, command.folderStandardId);
+    if (!place) {
+        return notFound();
+    }
+    if (!targetOf(account.folders(), command)) {
+        account.findFoldersAgain();
+        if (!targetOf(account.folders(), command)) {
+            return noTarget(account, command);
+        }
+    }
+    return moveTo(account, *place, command);
+}
+
+Outcome MailHost::moveTo(AccountMail& account,
+                         const AccountMail::Place& place,
+                         const HostCommand& command) {
+    const std::string& target = targetOf(account.folders(), command)->path;
+    if (const auto refusal = whyNotMovable(place.folder, place.file, target)) {
+        return failed(refusal->description());
+    }
+    const auto moved = mover_.move(command.identifier, place.folder, place.file, target);
+    if (!moved) {
+        return moved.error().code == ENOENT ? notFound() : failed(moved.error().description());
+    }
+    account.forget(command.identifier);
+    if (!account.configuration().afterChange.empty()) {
+        if (const auto error = journal_.setPending(command.account, true)) {
+            Log::write("MailHost journal %@", {error->description()});
+        }
+    }
+    return {Outcome::Kind::Moved, {}, moved.value()};
+}
+
+std::vector<std::string> MailHost::watchedFolders() const {
+    std::vector<std::string> watched;
+    for (const AccountMail& account : accounts_) {
+        const std::vector<std::string> folders = account.watchedFolders();
+        watched.insert(watched.end(), folders.begin(), folders.end());
+    }
+    return watched;
+}
+
+bool MailHost::isUnsettled() const {
+    return std::any_of(accounts_.begin(), accounts_.end(), [](const AccountMail& account) {
+        return account.isUnsettled();
+    });
+}
+
+bool MailHost::isFolderMissing() const {
+    return std::any_of(accounts_.begin(), accounts_.end(), [](const AccountMail& account) {
+        return account.isFolderMissing();
+    });
+}
+
+bool MailHost::readAhead(std::chrono::milliseconds budget) {
+    return std::any_of(accounts_.begin(), accounts_.end(), [budget](AccountMail& account) {
+        return account.readAhead(budget);
+    });
+}
+
+std::vector<std::string> MailHost::afterChange(const std::string& account) const {
+    for (const AccountMail& each : accounts_) {
+        if (each.configuration().address == account) {
+            return each.configuration().afterChange;
+        }
+    }
+    return {};
+}
+
+}  // namespace quillet::mailhost

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <list>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "mailhost/accounts/Configuration.h"
+#include "mailhost/host/AccountMail.h"
+#include "mailhost/host/ContainerWriter.h"
+#include "mailhost/maildir/Journal.h"
+#include "mailhost/maildir/Mover.h"
+
+#include "model/HostCommand.h"
+
+namespace quillet::mailhost {
+
+// What came of a command.
+struct Outcome {
+    enum class Kind { Ignored, Failed, NotFound, Found, Moved };
+
+    Kind kind = Kind::Ignored;
+    std::string reason;  // of Ignored and Failed: a sentence
+    std::string target;  // of Moved: the path of the message's file now
+};
+
+// The mail of all accounts, the container that shows it and the moves that commands ask for. Knows
+// no event loop: the program says when. One thread.
+class MailHost {
+public:
+    // The journal and the writer have to outlive the host. `shallEnd`: see Mover.
+    MailHost(Journal& journal, ContainerWriter& writer, std::function<bool()> shallEnd);
+
+    // Closes what was under way when the last host ended.
+    void recover() { mover_.recover(); }
+
+    // The accounts from now on. Accounts that stay the same keep what they have read.
+    void configure(const Configuration& configuration);
+    // Looks for the folders of all accounts again.
+    void findFoldersAgain();
+    // Lists the folders again.
+    void refresh();
+    // See ContainerWriter::publish().
+    platform::Result<ContainerWriter::Changes> publish();
+
+    // Carries a command out. After archive and delete the container has to be published.
+    Outcome carryOut(const HostCommand& command);
+
+    std::vector<std::string> watchedFolders() const;
+    bool isUnsettled() const;
+    bool isFolderMissing() const;
+    bool readAhead(std::chrono::milliseconds budget);
+
+    // The command to run after changes of an account, by its address; empty if there is none.
+    std::vector<std::string> afterChange(const std::string& account) const;
+
+private:
+    AccountMail* find(const std::string& address);
+    Outcome move(AccountMail& account, const HostCommand& command);
+    Outcome moveTo(AccountMail& account,
+                   const AccountMail::Place& place,
+                   const HostCommand& command);
+
+    Journal& journal_;
+    ContainerWriter& writer_;
+    Mover mover_;
+    std::list<AccountMail> accounts_;
+};
+
+}  // namespace quillet::mailhost
