@@ -31,6 +31,7 @@ constexpr std::chrono::seconds kQuiet{5};
 // In a process group of its own: a terminal's Ctrl+C ends the host, not the sync.
 platform::Result<pid_t> start(const std::vector<std::string>& command) {
     std::vector<char*> words;
+    words.reserve(command.size() + 1);
     for (const std::string& word : command) {
         words.push_back(const_cast<char*>(word.c_str()));  // the interface never writes to them
     }

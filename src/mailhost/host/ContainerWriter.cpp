@@ -19,11 +19,11 @@ namespace {
 
 namespace FileManager = platform::FileManager;
 using platform::Error;
-using platform::posixError;
 using platform::Path::appendingPathComponent;
 
 constexpr std::size_t kLargestFile = std::size_t{64} * 1024 * 1024;  // bytes, of any file read here
 constexpr std::size_t kDigestSize = 64;
+constexpr const char* kAdvice = "; remove it, or name another container";
 
 std::optional<std::string> contentsOf(const std::string& path) {
     platform::ByteBuffer bytes;
@@ -75,7 +75,7 @@ std::optional<Error> ContainerWriter::readList() {
         return std::nullopt;
     }
     platform::ByteBuffer bytes;
-    const auto error = FileManager::readFile(listFile_, bytes, kLargestFile);
+    auto error = FileManager::readFile(listFile_, bytes, kLargestFile);
     if (error && error->code != ENOENT) {
         isListRead_ = false;
         return error;
@@ -128,7 +128,7 @@ std::optional<Error> ContainerWriter::foreignFile(const Files& files) {
         const auto contents = contentsOf(pathOf(file));
         const auto own = written_.find(file);
         if (contents && (own == written_.end() || !own->second.contains(sha256(*contents)))) {
-            return Error{"POSIX", EEXIST, "another program wrote " + pathOf(file)};
+            return Error{"POSIX", EEXIST, "another program wrote " + pathOf(file) + kAdvice};
         }
         if (isOfToday(file)) {
             folders.insert(folderOf(file));
@@ -148,7 +148,7 @@ std::optional<Error> ContainerWriter::foreignNeighbour(const std::string& folder
         const std::string file =
             appendingPathComponent(folder, platform::Path::lastPathComponent(path));
         if (!written_.contains(file)) {
-            return Error{"POSIX", EEXIST, "another program wrote " + path};
+            return Error{"POSIX", EEXIST, "another program wrote " + path + kAdvice};
         }
     }
     return std::nullopt;

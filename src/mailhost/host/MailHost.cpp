@@ -12,7 +12,6 @@ namespace quillet::mailhost {
 
 namespace {
 
-using platform::Error;
 using platform::Log;
 
 Outcome failed(const std::string& reason) {
