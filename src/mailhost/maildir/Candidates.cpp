@@ -7,7 +7,7 @@ namespace quillet::mailhost {
 namespace {
 
 constexpr std::size_t kCandidatesPerOrder = 200;
-constexpr std::int64_t kDay = 24 * 60 * 60;  // seconds
+constexpr std::int64_t kDay = 86'400;  // seconds
 
 bool passes(const KnownMessage& message, const RowFilter& filter) {
     return !message.isHidden && (!filter.onlyFlagged || message.isFlagged) &&

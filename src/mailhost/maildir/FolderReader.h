@@ -42,7 +42,7 @@ class FolderReader {
 public:
     explicit FolderReader(std::string path);
     ~FolderReader();
-    FolderReader(FolderReader&&) noexcept;
+    FolderReader(FolderReader&& other) noexcept;
 
     const std::string& path() const;
 

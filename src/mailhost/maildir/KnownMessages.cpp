@@ -48,10 +48,24 @@ void setFactsOfName(KnownMessage& message, std::string_view fileName) {
     message.isHidden = name.has('T') || name.has('D');
 }
 
-// What stays true of `listed` since it was known as `before`.
-void takeOver(const KnownMessage& before, KnownMessage& listed) {
-    listed.modified = before.modified;
-    listed.date = before.date;
+// What is known of a listed message that was known as `before`, under the name `nameBefore`.
+void takeOver(const KnownMessage& before,
+              std::string_view nameBefore,
+              KnownMessage& listed,
+              std::string_view name) {
+    if (nameBefore != name) {
+        listed.modified = before.modified;
+        listed.date = before.date;
+        setFactsOfName(listed, name);
+        return;
+    }
+    KnownMessage same = before;
+    same.at = listed.at;
+    same.isInNew = listed.isInNew;
+    same.isListed = true;
+    same.isVanished = false;
+    same.missedListings = 0;
+    listed = same;
 }
 
 platform::FileDescriptor openSubfolder(const std::string& folder, bool isNew) {
@@ -90,39 +104,50 @@ std::vector<KnownMessage> KnownMessages::takeApart(const FolderListing& listing)
 
 void KnownMessages::merge(FolderListing listing) {
     std::vector<KnownMessage> listed = takeApart(listing);
-    listing.files = {};
-    std::vector<KnownMessage> merged;
-    merged.reserve(listed.size());
+    std::vector<KnownMessage> missing;
     auto before = messages_.begin();
-    const auto keepMissing = [&] {
-        KnownMessage missing = *before++;
-        missing.missedListings =
-            static_cast<std::uint8_t>(missing.missedListings + (listing.isSettled ? 1 : 0));
-        if (missing.missedListings < kListingsToMiss) {
-            const std::string_view name = nameOf(missing);
-            missing.at = static_cast<std::uint32_t>(listing.names.size());
-            missing.isListed = false;
-            listing.names.append(name);
-            merged.push_back(missing);
-        }
-    };
     for (KnownMessage& message : listed) {
         int order = -1;
         while (before != messages_.end() &&
                (order = compareBases(*before, names_, message, listing.names)) < 0) {
-            keepMissing();
+            missing.push_back(*before++);
         }
-        setFactsOfName(message, std::string_view(listing.names).substr(message.at, message.length));
+        const std::string_view name =
+            std::string_view(listing.names).substr(message.at, message.length);
         if (before != messages_.end() && order == 0) {
-            takeOver(*before++, message);
+            takeOver(*before, nameOf(*before), message, name);
+            ++before;
+        } else {
+            setFactsOfName(message, name);
         }
-        merged.push_back(message);
     }
-    while (before != messages_.end()) {
-        keepMissing();
-    }
-    messages_ = std::move(merged);
+    missing.insert(missing.end(), before, messages_.end());
+    keepMissing(std::move(missing), listing, listed);
+    messages_ = std::move(listed);
     names_ = std::move(listing.names);
+}
+
+void KnownMessages::keepMissing(std::vector<KnownMessage> missing,
+                                FolderListing& listing,
+                                std::vector<KnownMessage>& listed) const {
+    const auto middle = static_cast<std::ptrdiff_t>(listed.size());
+    for (KnownMessage& message : missing) {
+        message.missedListings =
+            static_cast<std::uint8_t>(message.missedListings + (listing.isSettled ? 1 : 0));
+        if (message.missedListings < kListingsToMiss) {
+            const std::string_view name = nameOf(message);
+            message.at = static_cast<std::uint32_t>(listing.names.size());
+            message.isListed = false;
+            listing.names.append(name);
+            listed.push_back(message);
+        }
+    }
+    std::inplace_merge(listed.begin(),
+                       listed.begin() + middle,
+                       listed.end(),
+                       [&](const KnownMessage& one, const KnownMessage& other) {
+                           return compareBases(one, listing.names, other, listing.names) < 0;
+                       });
 }
 
 void KnownMessages::readTimes(const std::string& folder) {

@@ -66,6 +66,10 @@ public:
 private:
     // The messages of a listing in the order of messages_, each of them once.
     static std::vector<KnownMessage> takeApart(const FolderListing& listing);
+    // Adds those of `missing` that stay to `listed`, and their names to the listing.
+    void keepMissing(std::vector<KnownMessage> missing,
+                     FolderListing& listing,
+                     std::vector<KnownMessage>& listed) const;
 
     std::string names_;
     std::vector<KnownMessage> messages_;  // in the order of their hashes, then of their bases
