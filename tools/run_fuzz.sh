@@ -12,7 +12,8 @@ tools/install_dependencies.sh build fuzz
 seconds=${1:-60}
 shift $(($# > 0 ? 1 : 0))
 fuzzers=("$@")
-[ ${#fuzzers[@]} -gt 0 ] || fuzzers=(fuzz_property_list fuzz_query fuzz_message_url fuzz_links)
+[ ${#fuzzers[@]} -gt 0 ] || fuzzers=(fuzz_property_list fuzz_query fuzz_message_url fuzz_links
+                                     fuzz_mail_header fuzz_maildir_name)
 log=build/fuzz/build.log
 mkdir -p build/fuzz/findings
 

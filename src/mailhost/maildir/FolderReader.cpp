@@ -22,7 +22,7 @@ namespace quillet::mailhost {
 
 namespace {
 
-// A message's texts are forgotten when it has not been among the newest for so many readings.
+// The texts of a message are forgotten when it has not been among the newest for so many readings.
 constexpr unsigned kReadingsToForget = 16;
 // How long a search goes on while the folder does not settle.
 constexpr int kMostSearches = 10;
@@ -34,6 +34,7 @@ struct RowTexts {
     std::string identifier;
     std::string subject;
     std::string from;
+    bool isRead = false;  // false: the file could not be read, which may pass
     unsigned lastReading = 0;
 };
 
@@ -108,7 +109,9 @@ const RowTexts* FolderReader::State::textsOf(KnownMessage& message) {
             return nullptr;
         }
         MessageHeader header = bytes ? parseHeader(bytes.value()) : MessageHeader();
-        RowTexts read{identifierOf(base), std::move(header.subject), std::move(header.from)};
+        message.date = header.date.value_or(KnownMessage::kNone);
+        RowTexts read{
+            identifierOf(base), std::move(header.subject), std::move(header.from), bool(bytes)};
         known = texts.emplace(std::move(base), std::move(read)).first;
     }
     known->second.lastReading = reading;
@@ -117,7 +120,7 @@ const RowTexts* FolderReader::State::textsOf(KnownMessage& message) {
 
 void FolderReader::State::forgetOldTexts() {
     std::erase_if(texts, [this](const auto& entry) {
-        return reading - entry.second.lastReading >= kReadingsToForget;
+        return !entry.second.isRead || reading - entry.second.lastReading >= kReadingsToForget;
     });
 }
 

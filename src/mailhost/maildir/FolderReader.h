@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/base/Error.h"
@@ -18,7 +19,7 @@ struct MessageRow {
     std::string identifier;  // see identifierOf()
     std::string subject;     // empty: none
     std::string from;
-    std::int64_t date = 0;   // seconds since 1970
+    std::int64_t date = 0;  // seconds since 1970
     bool isUnread = false;
 
     bool operator==(const MessageRow&) const = default;
@@ -47,11 +48,11 @@ public:
     const std::string& path() const;
 
     // Lists the folder again unless neither "cur" nor "new" has changed since. An error if one of
-    // them cannot be listed: what was known stays.
+    // them cannot be listed, or if "cur" is missing: what was known stays.
     std::optional<platform::Error> refresh();
 
     // Whether refresh() should come again soon, though nothing may change: the folder changed
-    // while it was listed, or a message is missing for the first time.
+    // while it was listed or just before, or a message is missing for the first time.
     bool isUnsettled() const;
 
     // The newest messages of the last refresh(), newest first, at most kNewestRows. Reads the

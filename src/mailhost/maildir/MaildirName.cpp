@@ -55,13 +55,16 @@ void appendEscaped(std::string& text, std::string_view host) {
 }  // namespace
 
 MaildirName parseMaildirName(std::string_view fileName) {
-    const std::size_t at = fileName.rfind(kVersion);
     constexpr std::string_view kSeparators = ":;!";
-    if (at == std::string_view::npos || at == 0 ||
-        kSeparators.find(fileName[at - 1]) == std::string_view::npos) {
-        return {fileName, {}, ':'};
+    // Digits and commas may stand in the flags of programs that have flags of their own.
+    for (std::size_t at = fileName.rfind(kVersion); at != std::string_view::npos && at > 0;
+         at = fileName.rfind(kVersion, at - 1)) {
+        const char separator = fileName[at - 1];
+        if (kSeparators.find(separator) != std::string_view::npos) {
+            return {fileName.substr(0, at - 1), fileName.substr(at + kVersion.size()), separator};
+        }
     }
-    return {fileName.substr(0, at - 1), fileName.substr(at + kVersion.size()), fileName[at - 1]};
+    return {fileName, {}, ':'};
 }
 
 std::string stableBase(std::string_view base) {

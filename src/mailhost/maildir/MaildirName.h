@@ -40,11 +40,11 @@ std::uint64_t uidOf(std::string_view base);
 
 // What makes a new name unique.
 struct UniqueName {
-    std::int64_t seconds = 0;     // since 1970; stands in where the old name has no time
-    unsigned microseconds = 0;    // of now
-    std::uint64_t process = 0;    // its identifier
-    std::uint64_t counter = 0;    // of deliveries of this process
-    std::string host;             // "/" and ":" are escaped as "\057" and "\072"
+    std::int64_t seconds = 0;   // since 1970; stands in where the old name has no time
+    unsigned microseconds = 0;  // of now
+    std::uint64_t process = 0;  // its identifier
+    std::uint64_t counter = 0;  // of deliveries of this process
+    std::string host;           // "/" and ":" are escaped as "\057" and "\072"
 };
 
 // A name that no program has seen, for a message that moves to another folder: the old time, the

@@ -104,6 +104,10 @@ TEST(FolderReader, NewestFirstWithTheFilesTimeInPlaceOfAnImpossibleDate) {
     EXPECT_EQ(rows[7].subject, "");
     EXPECT_EQ(filesOf(reader, {true, false}), (Files{"cur/3.c:2,FS", "cur/5.e:2,F"}));
     EXPECT_EQ(filesOf(reader, {true, true}), (Files{"cur/5.e:2,F"}));
+
+    ::chmod(folder.path("cur/0.locked:2,S").c_str(), 0600);
+    filesOf(reader);
+    EXPECT_EQ(filesOf(reader).at(1), "cur/0.locked:2,S");
 }
 
 TEST(FolderReader, NewMailIsFoundByNameTimeOrUidOrInTheEndByItsDate) {
@@ -111,7 +115,7 @@ TEST(FolderReader, NewMailIsFoundByNameTimeOrUidOrInTheEndByItsDate) {
     const std::string late = "Tue, 14 Nov 2023 22:13:19 +0000";
     for (int i = 1000; i < 2500; ++i) {
         const std::string number = std::to_string(i);
-        folder.add("cur/" + number + ".M,U=" + number + ":2,S",
+        folder.add(std::string("cur/").append(number).append(".M,U=").append(number) + ":2,S",
                    "Wed, 1 Nov 2023 00:00:00 +0000",
                    kNow - 2 * kWeek + i);
     }
@@ -213,9 +217,9 @@ TEST(FolderReader, NoMessageIsLostWhileAnotherProgramRenamesFiles) {
     EXPECT_EQ(filesOf(reader).size(), kNewestRows);
     std::atomic<bool> isDone = false;
     std::thread renamer([&] {
-        std::vector<std::string> newest;
+        std::vector<std::string> newest(kNewest);
         for (int i = 0; i < kNewest; ++i) {
-            newest.push_back("new/" + nameOfNewest(i));
+            newest[i] = "new/" + nameOfNewest(i);
         }
         for (int i = 0; i < kFiles; ++i) {
             folder.rename("new/" + std::to_string(i) + ".m", "cur/" + std::to_string(i) + ".m:2,S");
