@@ -147,6 +147,12 @@ Result<bool> haveSameBytes(int one, int other) {
     }
 }
 
+// Whether the open file still is in a folder.
+bool hasName(int file) {
+    struct stat found {};
+    return ::fstat(file, &found) == 0 && found.st_nlink > 0;
+}
+
 bool isAt(int file, const std::string& path) {
     struct stat open {};
     struct stat named {};
@@ -154,26 +160,17 @@ bool isAt(int file, const std::string& path) {
            open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
-// The path of the message at `path` now, by its base; empty if it is not there any more.
-std::string currentPath(const std::string& path) {
-    const auto message = parseMessagePath(path);
-    if (!message) {
-        return {};
-    }
-    const auto found = findMessage(message->folder, stableBaseOfFile(message->name));
-    return found ? found.value().value_or("") : std::string();
-}
-
-// Takes the source away under the name that it has by then; its flags pass to the copy. A source
-// that is gone has been taken away by another program. Returns the path of the copy.
-Result<std::string> removeSource(int source, const Journal::Move& move) {
-    std::string path = move.source;
-    std::string target = move.target;
+// Takes the source away under the name that it has by then; flags that it got meanwhile pass to the
+// copy. A source that is gone has been taken away by another program. Returns the path of the copy.
+Result<std::string> removeSource(int source, const std::string& oldPath, std::string copy) {
+    std::string path = oldPath;
     for (int search = 0; search <= kSearches; ++search) {
         if (!path.empty() && isAt(source, path)) {
-            target = withFlagsOf(target, path.substr(path.rfind('/') + 1));
+            if (path != oldPath) {
+                copy = withFlagsOf(copy, std::string_view(path).substr(path.rfind('/') + 1));
+            }
             if (::unlink(path.c_str()) == 0) {
-                return target;
+                return copy;
             }
             if (errno != ENOENT) {
                 return posixError(errno, path);
@@ -182,56 +179,39 @@ Result<std::string> removeSource(int source, const Journal::Move& move) {
         if (search > 0) {
             std::this_thread::sleep_for(kBetweenSearches);
         }
-        path = currentPath(move.source);
+        path = currentPath(oldPath);
     }
-    struct stat left {};
-    if (::fstat(source, &left) == 0 && left.st_nlink > 0) {
-        return posixError(EBUSY, move.source);
-    }
-    return target;
-}
-
-// Takes the copy back, unless it has become the only file with the message.
-void removeTarget(int source, const Journal::Move& move) {
-    struct stat left {};
-    if (::fstat(source, &left) != 0 || left.st_nlink == 0) {
-        return;
-    }
-    if (::unlink(move.target.c_str()) != 0) {
-        const std::string renamed = currentPath(move.target);
-        if (!renamed.empty()) {
-            ::unlink(renamed.c_str());
-        }
-    }
+    return hasName(source) ? Result<std::string>(posixError(EBUSY, oldPath)) : copy;
 }
 
 // Checks that the copy, which is in its place, is on the disk and has the bytes of the source.
-std::optional<Error> checkTarget(int source, const Journal::Move& move) {
-    if (auto error = syncFolder(move.target.substr(0, move.target.rfind('/')))) {
-        return error;
+// Returns its path, which another program may have changed.
+Result<std::string> checkCopy(int source, std::string path) {
+    if (auto error = syncFolder(path.substr(0, path.rfind('/')))) {
+        return *error;
     }
-    std::string path = move.target;
-    auto target = openMessage(path);
-    if (!target && target.error().code == ENOENT) {
-        path = currentPath(move.target);
-        target = openMessage(path);
+    auto copy = openMessage(path);
+    if (!copy && copy.error().code == ENOENT) {
+        path = currentPath(path);
+        copy = openMessage(path);
     }
-    if (!target) {
-        return target.error();
+    if (!copy) {
+        return copy.error();
     }
-    const auto isSame = haveSameBytes(source, target.value().get());
+    const auto isSame = haveSameBytes(source, copy.value().get());
     if (!isSame) {
         return isSame.error();
     }
-    return isSame.value() ? std::nullopt : std::optional(posixError(EIO, path));
+    return isSame.value() ? Result<std::string>(path) : posixError(EIO, path);
 }
 
 Result<std::string> replaceSource(int source, const Journal::Move& move) {
-    if (auto error = checkTarget(source, move)) {
-        return *error;
+    auto copy = checkCopy(source, move.target);
+    if (!copy) {
+        return copy;
     }
     faultPoint("compare");
-    auto moved = removeSource(source, move);
+    auto moved = removeSource(source, move.source, copy.value());
     faultPoint("unlink");
     return moved;
 }
@@ -254,8 +234,8 @@ Result<std::string> moveByCopy(const Journal::Move& move, const std::function<bo
     }
     faultPoint("link");
     auto moved = replaceSource(file, move);
-    if (!moved) {
-        removeTarget(file, move);
+    if (!moved && hasName(file)) {  // else the copy has become the only file with the message
+        removeMessage(move.target);
     }
     return moved;
 }

@@ -59,6 +59,21 @@ Result<std::optional<std::string>> findMessage(const std::string& folder, std::s
     return std::optional<std::string>();
 }
 
+std::string currentPath(const std::string& path) {
+    const auto message = parseMessagePath(path);
+    if (!message) {
+        return {};
+    }
+    const auto found = findMessage(message->folder, stableBaseOfFile(message->name));
+    return found ? found.value().value_or("") : std::string();
+}
+
+void removeMessage(const std::string& path) {
+    if (::unlink(path.c_str()) != 0 && errno == ENOENT) {
+        ::unlink(currentPath(path).c_str());
+    }
+}
+
 int moveWithoutReplacing(const std::string& from, const std::string& to) {
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return 0;
@@ -73,7 +88,7 @@ int moveWithoutReplacing(const std::string& from, const std::string& to) {
     faultPoint("link");
     if (::unlink(from.c_str()) != 0) {
         const int code = errno;  // for instance because it has been renamed since
-        ::unlink(to.c_str());
+        removeMessage(to);
         return code;
     }
     return 0;

@@ -31,6 +31,12 @@ std::string stableBaseOfFile(std::string_view fileName);
 platform::Result<std::optional<std::string>> findMessage(const std::string& folder,
                                                          std::string_view base);
 
+// The path that the message at `path` has now, found by its stable base; empty if it is not listed.
+std::string currentPath(const std::string& path);
+
+// Removes the message, also if another program has renamed it since.
+void removeMessage(const std::string& path);
+
 // Gives the file a new path on its file system and never replaces anything. Returns 0 or the errno
 // value; after an error nothing has changed.
 int moveWithoutReplacing(const std::string& from, const std::string& to);

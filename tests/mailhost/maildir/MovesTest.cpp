@@ -129,9 +129,9 @@ enum class Then { Nothing, OthersRename, CopyChanges };
 
 struct Interruption {
     const char* name;
-    const char* faultPoint;  // where the process is killed; empty: nowhere
+    const char* faultPoint;  // where the process is killed or stopped; empty: nowhere
     Where where;
-    Then then;                  // what happens before the recovery
+    Then then;                  // what happens at the stop, or before the recovery
     std::vector<long> refused;  // system calls that fail
     int code;                   // with this error
     std::size_t atSource;       // messages after the recovery
@@ -141,11 +141,13 @@ struct Interruption {
 constexpr Where kSame = Where::SameFileSystem;
 constexpr Where kOther = Where::OtherFileSystem;
 constexpr Then kNone = Then::Nothing;
+constexpr Then kRename = Then::OthersRename;
+constexpr std::string_view kStop = ":stop";
 
 const Interruption kInterruptions[] = {
     {"journal", "journal", kSame, kNone, {}, 0, 1, 0},
     {"rename", "rename", kSame, kNone, {}, 0, 0, 1},
-    {"renameThenSync", "rename", kSame, Then::OthersRename, {}, 0, 0, 1},
+    {"renameThenSync", "rename", kSame, kRename, {}, 0, 0, 1},
     {"sync", "sync", kSame, kNone, {}, 0, 0, 1},
     {"done", "done", kSame, kNone, {}, 0, 0, 1},
     {"nothing", "", kSame, kNone, {}, 0, 0, 1},
@@ -155,16 +157,23 @@ const Interruption kInterruptions[] = {
     {"renameRefused", "", kSame, kNone, {SYS_renameat2}, EROFS, 1, 0},
     {"journalFull", "", kSame, kNone, {SYS_write}, ENOSPC, 1, 0},
     {"journalNotSynced", "", kSame, kNone, {SYS_fdatasync}, EIO, 1, 0},
+    {"renamedBefore", "journal:stop", kSame, kRename, {}, 0, 0, 1},
+    {"renamedAfter", "rename:stop", kSame, kRename, {}, 0, 0, 1},
+    {"renamedBetween", "link:stop", kSame, kRename, {SYS_renameat2}, EINVAL, 0, 1},
     {"otherJournal", "journal", kOther, kNone, {}, 0, 1, 0},
     {"copy", "copy", kOther, kNone, {}, 0, 1, 0},
-    {"copyThenSync", "copy", kOther, Then::OthersRename, {}, 0, 1, 0},
+    {"copyThenSync", "copy", kOther, kRename, {}, 0, 1, 0},
     {"link", "link", kOther, kNone, {}, 0, 0, 1},
     {"otherOnlyLinksLink", "link", kOther, kNone, {SYS_renameat2}, EINVAL, 0, 1},
-    {"linkThenSync", "link", kOther, Then::OthersRename, {}, 0, 0, 1},
+    {"linkThenSync", "link", kOther, kRename, {}, 0, 0, 1},
     {"linkThenChange", "link", kOther, Then::CopyChanges, {}, 0, 1, 1},
     {"compare", "compare", kOther, kNone, {}, 0, 0, 1},
     {"unlink", "unlink", kOther, kNone, {}, 0, 0, 1},
     {"otherDone", "done", kOther, kNone, {}, 0, 0, 1},
+    {"renamedAfterCopy", "copy:stop", kOther, kRename, {}, 0, 0, 1},
+    {"renamedAfterLink", "link:stop", kOther, kRename, {}, 0, 0, 1},
+    {"renamedAfterCompare", "compare:stop", kOther, kRename, {}, 0, 0, 1},
+    {"changedAfterLink", "link:stop", kOther, Then::CopyChanges, {}, 0, 1, 0},
     {"copyUnreadable", "", kOther, kNone, {SYS_pread64}, EIO, 1, 0},
     {"copyNotSynced", "", kOther, kNone, {SYS_fsync}, ENOSPC, 1, 0},
     {"copyWithoutTime", "", kOther, kNone, {SYS_utimensat}, EPERM, 1, 0},
@@ -172,6 +181,23 @@ const Interruption kInterruptions[] = {
 
 class MoverInterrupted : public testing::TestWithParam<Interruption> {};
 
+// What other programs do with the files: they give them new flags and numbers, or other bytes.
+void disturb(const MailFolders& mail, Then then) {
+    for (const std::string& folder : {mail.source, mail.target}) {
+        for (const fs::path& file : MailFolders::files(folder)) {
+            const bool isChanged = then == Then::CopyChanges && folder == mail.target;
+            if (isChanged) {
+                std::ofstream(file, std::ios::app) << "more";
+            } else if (then == Then::OthersRename && file.parent_path().filename() != "tmp") {
+                const std::string name = file.filename();
+                const std::string base = stableBase(parseMaildirName(name).base);
+                fs::rename(file, file.parent_path() / (base + ",U=12:2,RS"));
+            }
+        }
+    }
+}
+
+// Disturbs the move where it stops.
 int moveInChild(const MailFolders& mail, const Interruption& row) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -181,19 +207,11 @@ int moveInChild(const MailFolders& mail, const Interruption& row) {
         ::_exit(Mover(journal, nullptr).move("q", mail.source, kFile, mail.target) ? 0 : 1);
     }
     int status = 0;
-    ::waitpid(child, &status, 0);
-    return status;
-}
-
-// What the programs that synchronise do with the files that they find.
-void renameAll(const std::string& folder) {
-    for (const fs::path& file : MailFolders::files(folder)) {
-        if (file.parent_path().filename() != "tmp") {
-            const std::string name = file.filename();
-            const std::string base(stableBase(parseMaildirName(name).base));
-            fs::rename(file, file.parent_path() / (base + ",U=12:2,RS"));
-        }
+    while (::waitpid(child, &status, WUNTRACED) == child && WIFSTOPPED(status)) {
+        disturb(mail, row.then);
+        ::kill(child, SIGCONT);
     }
+    return status;
 }
 
 TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
@@ -205,16 +223,13 @@ TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
     mail.write(kFile);
 
     const int status = moveInChild(mail, row);
-    ASSERT_EQ(WIFSIGNALED(status), row.faultPoint[0] != '\0') << status;
-    if (!WIFSIGNALED(status)) {
+    const bool isKilled = !std::string_view(row.faultPoint).ends_with(kStop) && *row.faultPoint;
+    ASSERT_EQ(WIFSIGNALED(status), isKilled) << status;
+    if (isKilled) {
+        disturb(mail, row.then);
+    } else {
         EXPECT_EQ(WEXITSTATUS(status), row.atSource);
         EXPECT_TRUE(mail.journal().openMoves().empty());
-    }
-    if (row.then == Then::OthersRename) {
-        renameAll(mail.source);
-        renameAll(mail.target);
-    } else if (row.then == Then::CopyChanges) {
-        std::ofstream(MailFolders::files(mail.target).at(0), std::ios::app) << "more";
     }
     const test::LogCapture log;
     Journal journal = mail.journal();
@@ -228,6 +243,8 @@ TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
     ASSERT_EQ(atTarget.size(), row.atTarget);
     const fs::path file = atSource.empty() ? atTarget[0] : atSource[0];
     EXPECT_TRUE(contents(file) == kBytes);
+    EXPECT_TRUE(file.string().ends_with(row.then == Then::OthersRename ? ":2,RS" : ":2,FS"))
+        << file;
     struct stat found {};
     ASSERT_EQ(::stat(file.c_str(), &found), 0);
     EXPECT_EQ(found.st_mtim.tv_sec, kModified.tv_sec);
