@@ -165,7 +165,7 @@ bool isAt(int file, const std::string& path) {
 Result<std::string> removeSource(int source, const std::string& oldPath, std::string copy) {
     std::string path = oldPath;
     for (int search = 0; search <= kSearches; ++search) {
-        if (!path.empty() && isAt(source, path)) {
+        if (isAt(source, path)) {
             if (path != oldPath) {
                 copy = withFlagsOf(copy, std::string_view(path).substr(path.rfind('/') + 1));
             }

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "mailhost/maildir/FaultPoint.h"
@@ -33,6 +34,13 @@ std::optional<MessagePath> parseMessagePath(const std::string& path) {
     const bool isPart = parsed.part == "cur" || parsed.part == "new" || parsed.part == "tmp";
     const bool isName = !parsed.name.empty() && !parsed.name.starts_with('.');
     return isPart && isName ? std::optional(parsed) : std::nullopt;
+}
+
+bool isSameFolder(const std::string& one, const std::string& other) {
+    struct stat first {};
+    struct stat second {};
+    return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 std::string stableBaseOfFile(std::string_view fileName) {

@@ -23,6 +23,9 @@ struct MessagePath {
 // None if `path` is not absolute or not the path of a message.
 std::optional<MessagePath> parseMessagePath(const std::string& path);
 
+// Whether both paths lead to one folder, for instance through a symbolic link.
+bool isSameFolder(const std::string& one, const std::string& other);
+
 // stableBase() of a file name with flags.
 std::string stableBaseOfFile(std::string_view fileName);
 

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "mailhost/maildir/MaildirName.h"
@@ -21,13 +20,6 @@ namespace {
 
 Error refusal(int code, const std::string& text) {
     return {"POSIX", code, printableLine(text)};
-}
-
-bool isSameFolder(const std::string& one, const std::string& other) {
-    struct stat first {};
-    struct stat second {};
-    return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 std::optional<Error> whyNotWritable(const std::string& folder) {

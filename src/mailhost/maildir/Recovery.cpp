@@ -32,7 +32,7 @@ std::optional<Places> placesOf(const Journal::Move& move) {
     const auto source = parseMessagePath(move.source);
     const auto target = parseMessagePath(move.target);
     if (!source || !target || source->part == "tmp" || target->part != "cur" ||
-        source->folder == target->folder) {
+        isSameFolder(source->folder, target->folder)) {
         return std::nullopt;
     }
     const std::string temporary = target->folder + "/tmp/" + target->name;

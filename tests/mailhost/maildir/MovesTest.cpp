@@ -420,6 +420,7 @@ TEST(Journal, KeepsWhatItCanRead) {
             Journal journal = std::move(Journal::open(path).value());
             EXPECT_EQ(journal.openMoves().size(), row.moves);
             EXPECT_EQ(journal.pendingAccounts().size(), row.accounts);
+            EXPECT_EQ(fs::file_size(path) == 0, row.moves + row.accounts == 0);
             if (row.moves > 0) {
                 EXPECT_EQ(journal.openMoves()[0], late);
             }
@@ -453,11 +454,13 @@ TEST(Mover, RecoveryRemovesNothingThatNoMoverHasMade) {
     mail.write("cur/1", "same");
     std::ofstream(mail.target + "/cur/2") << "same";
     const std::string source = mail.source + "/cur/1";
+    fs::create_directory_symlink(mail.source, mail.path("Same"));
     const Journal::Move moves[] = {
         {"", source, mail.target + "/cur/2", victim},
         {"", source, mail.target + "/cur/2", ""},
         {"", source, victim, victim},
-        {"", source, source, source},
+        {"", source, source, ""},
+        {"", source, mail.path("Same/cur/1"), ""},
         {"", "", "/", "cur"},
     };
     for (const Journal::Move& move : moves) {
