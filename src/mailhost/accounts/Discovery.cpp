@@ -148,9 +148,10 @@ void AccountSearch::addMbsyncAccounts(const std::string& file) {
         account.maildir = mbsync.maildir;
         account.layout = mbsync.layout;
         const bool isUsualInbox = mbsync.inbox == folders_.home + "/Maildir";
-        // mbsync has a usual Inbox, which few people mean who do not name it.
+        // mbsync's Inbox where none is named. Further accounts rarely have their mail there.
         const bool hasInbox = !mbsync.inbox.empty() && mbsync.inbox != mbsync.maildir &&
-                              (!isUsualInbox || isMailFolder(mbsync.inbox));
+                              (!isUsualInbox || (isMailFolder(mbsync.inbox) &&
+                                                 !maildirs_.contains(canonicalPath(mbsync.inbox))));
         const bool isBelow = isAtOrBelow(mbsync.inbox, mbsync.maildir);
         const std::string name =
             hasInbox && isBelow ? mbsync.inbox.substr(mbsync.maildir.size() + 1) : mbsync.inbox;

@@ -41,7 +41,6 @@ const std::array<RoleNames, 9> kRoleNames{{
       "Deleted Messages",
       "Deleted Items",
       "Rubbish",
-      // German, French, Spanish, Italian, Portuguese
       "Papierkorb",
       "Gelöscht",
       "Gelöschte Elemente",
@@ -62,7 +61,6 @@ const std::array<RoleNames, 9> kRoleNames{{
       "Itens Eliminados",
       "Itens Apagados",
       "Mensagens apagadas",
-      // Dutch, Swedish, Danish, Norwegian, Finnish
       "Prullenbak",
       "Prullenmand",
       "Verwijderde items",
@@ -77,7 +75,6 @@ const std::array<RoleNames, 9> kRoleNames{{
       "Slettede beskeder",
       "Roskakori",
       "Poistetut",
-      // Polish, Russian, Ukrainian, Czech, Hungarian, Romanian, Greek, Turkish, Catalan
       "Kosz",
       "Elementy usunięte",
       "Usunięte",
@@ -98,7 +95,6 @@ const std::array<RoleNames, 9> kRoleNames{{
       "Çöp",
       "Silinmiş Öğeler",
       "Paperera",
-      // Japanese, Chinese, Korean, Arabic, Hebrew, Vietnamese
       "ごみ箱",
       "ゴミ箱",
       "削除済みアイテム",

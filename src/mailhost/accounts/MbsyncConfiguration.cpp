@@ -222,7 +222,7 @@ std::optional<MbsyncAccount> MbsyncReader::accountOf(const Channel& channel) con
         // The patterns count below this mailbox, so all of the account lies there.
         account.maildir += "/" + mailbox;
         account.maildir = pathOf(account.maildir);
-    } else if (!maildir->inbox.empty() && !isInboxRoot) {
+    } else if (!isInboxRoot) {
         account.inbox = inbox;
     }
     return account;

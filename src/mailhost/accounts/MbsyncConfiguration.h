@@ -13,7 +13,7 @@ struct MbsyncAccount {
     std::string store;    // the name of the Maildir store in the file
     std::string user;     // at the server; often the mail address, empty if unknown
     std::string maildir;  // absolute
-    std::string inbox;    // the absolute path of the Inbox; empty: as the folders' names say
+    std::string inbox;    // its absolute path; empty: as the folders' names say
     Layout layout = Layout::Auto;
 };
 
