@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "mailhost/maildir/MaildirName.h"
 #include "platform/base/Log.h"
 #include "platform/files/Path.h"
 
@@ -118,6 +119,9 @@ bool AccountMail::readAhead(std::chrono::milliseconds budget) {
 
 std::optional<AccountMail::Place> AccountMail::find(std::string_view identifier,
                                                     std::string_view folderStandardId) {
+    if (!isIdentifier(identifier)) {
+        return std::nullopt;  // a search for it would list all folders
+    }
     std::vector<List> order = lists_;
     std::stable_partition(order.begin(), order.end(), [folderStandardId](const List& list) {
         return std::to_string(static_cast<int>(list.code)) == folderStandardId;

@@ -87,6 +87,12 @@ std::string identifierOf(std::string_view base) {
     return "q" + sha256(stableBase(base)).substr(0, kIdentifierDigits);
 }
 
+bool isIdentifier(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    return text.size() == kIdentifierDigits + 1 && text.starts_with('q') &&
+           text.find_first_not_of(kDigits, 1) == std::string_view::npos;
+}
+
 std::optional<std::string_view> fieldOf(std::string_view base, std::string_view name) {
     std::optional<std::string_view> value;
     bool isFirst = true;

@@ -30,6 +30,9 @@ std::string stableBase(std::string_view base);
 // SHA-256 of stableBase().
 std::string identifierOf(std::string_view base);
 
+// Whether a text has the form of an identifier.
+bool isIdentifier(std::string_view text);
+
 // The text of the field "NAME=" of a base, for instance of "U"; none if it is missing.
 std::optional<std::string_view> fieldOf(std::string_view base, std::string_view name);
 
