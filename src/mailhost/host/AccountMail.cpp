@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "mailhost/maildir/MaildirName.h"
+
 #include "platform/base/Log.h"
 #include "platform/files/Path.h"
 
@@ -75,13 +76,18 @@ void AccountMail::refresh() {
     if (folders_.inbox.empty()) {
         findFoldersAgain();
     }
+    bool wasFolderMissing = isFolderMissing();  // all folders of a Maildir go together
     for (auto& [path, folder] : readers_) {
         const auto error = folder.reader.refresh();
         if (!error) {
             folder.missingSince.reset();
         } else if (!folder.missingSince) {
+            if (!wasFolderMissing) {
+                Log::write("MailHost the last list of %@ stays for ten minutes: %@",
+                           {configuration_.address, error->description()});
+            }
+            wasFolderMissing = true;
             folder.missingSince = Clock::now();
-            Log::write("MailHost the last list stays for ten minutes: %@", {error->description()});
         }
     }
 }

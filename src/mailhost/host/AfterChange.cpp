@@ -117,6 +117,7 @@ struct AfterChange::State final {
 
     void finish(const std::string& name) {
         Account& account = accounts[name];
+        account.notifier->setEnabled(false);
         account.notifier.release()->deleteLater();  // it is calling
         account.end = FileDescriptor();
         if (const auto failure = failureOf(account.process)) {
