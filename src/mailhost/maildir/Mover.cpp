@@ -59,6 +59,13 @@ Error notMoved(const Error& error, const std::string& targetFolder) {
             printableLine("The message was not moved to " + targetFolder + ": " + error.text)};
 }
 
+Error gone(const std::string& folder) {
+    return {"POSIX",
+            ENOENT,
+            printableLine("The message is no longer in " + folder +
+                          ": another program has moved or removed it")};
+}
+
 std::optional<Error> whyNoMessage(const std::string& path) {
     struct stat found {};
     if (::lstat(path.c_str(), &found) != 0) {
@@ -99,6 +106,10 @@ Result<std::string> Mover::move(const std::string& identifier,
             return moved;
         }
         const bool isGone = moved.error().code == ENOENT;
+        if (isGone && attempt == kAttempts) {
+            // Unless it is the target that has gone.
+            return whyNotMovable(sourceFolder, file, targetFolder).value_or(gone(sourceFolder));
+        }
         if ((!isGone && moved.error().code != EEXIST) || attempt == kAttempts) {
             return notMoved(moved.error(), targetFolder);
         }

@@ -280,7 +280,7 @@ TEST(Mover, OnlyMovesWhatStaysSafe) {
         {"source kept from writing", kFile, "chmod 500 Inbox/cur", EACCES, "may not be changed"},
         {"same folder", kFile, "rm -r Archive; ln -s Inbox Archive", EINVAL, "already"},
         {"symbolic link", kFile, "ln -sf /etc/passwd Inbox/cur/*", EINVAL, "was not moved"},
-        {"gone", "cur/1.2.h:2,", "true", ENOENT, "was not moved"},
+        {"gone", "cur/1.2.h:2,", "true", ENOENT, "is no longer in"},
         {"other place", "cur/../../journal", "true", EINVAL, "not the file of a message"},
     };
     const test::OrdinaryPermissions ordinary;
