@@ -99,7 +99,6 @@ Result<std::string> Mover::move(const std::string& identifier,
         return *error;
     }
     std::string path = sourceFolder + "/" + file;
-    const std::string base = stableBaseOfFile(file.substr(file.find('/') + 1));
     for (int attempt = 1;; ++attempt) {
         auto moved = moveFile(identifier, path, targetFolder);
         if (moved) {
@@ -116,10 +115,8 @@ Result<std::string> Mover::move(const std::string& identifier,
         if (attempt > 1) {
             std::this_thread::sleep_for(kBetweenAttempts);
         }
-        const auto found = findMessage(sourceFolder, base);
-        if (found && found.value()) {
-            path = *found.value();
-        }
+        const std::string found = currentPath(path);
+        path = found.empty() ? path : found;
     }
 }
 

@@ -1,7 +1,7 @@
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -31,10 +31,12 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::string kFile = "cur/1700000000.M1P2Q3.host,S=5,U=7:2,FS";
-constexpr timespec kModified{1600000000, 123456789};
+const fs::file_time_type kModified{std::chrono::nanoseconds(-123'456'789)};
 const std::string kBytes(700'000, 'x');
 
 enum class Where { SameFileSystem, OtherFileSystem };
+constexpr Where kSame = Where::SameFileSystem;
+constexpr Where kOther = Where::OtherFileSystem;
 
 dev_t deviceOf(const fs::path& path) {
     struct stat found {};
@@ -51,12 +53,8 @@ class MailFolders {
 public:
     explicit MailFolders(Where where)
         : source(below_.path("Inbox")), target(below_.path("Archive")) {
-        if (where == Where::OtherFileSystem) {
-            other_ = otherFileSystem();
-            target = other_.empty() ? "" : other_ + "/Archive";
-        }
-        if (target.empty()) {
-            return;  // there is no other file system
+        if (where == kOther && !(other_ = otherFileSystem()).empty()) {
+            target = other_ + "/Archive";
         }
         for (const std::string& folder : {source, target}) {
             for (const char* part : {"/cur", "/new", "/tmp"}) {
@@ -68,14 +66,13 @@ public:
     MailFolders(const MailFolders&) = delete;
     MailFolders& operator=(const MailFolders&) = delete;
 
-    bool exists() const { return !target.empty(); }
+    bool areThere(Where where) const { return where == kSame || !other_.empty(); }
     Journal journal() const { return std::move(Journal::open(path("journal")).value()); }
     std::string path(std::string_view below) const { return below_.path(below); }
 
     void write(const std::string& file, std::string_view bytes = kBytes) const {
         const std::string path = below_.writeFile("Inbox/" + file, bytes);
-        const timespec times[]{kModified, kModified};
-        ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+        fs::last_write_time(path, kModified);
     }
 
     // The messages of a folder; with those that are on their way.
@@ -138,8 +135,6 @@ struct Interruption {
     std::size_t atTarget;
 };
 
-constexpr Where kSame = Where::SameFileSystem;
-constexpr Where kOther = Where::OtherFileSystem;
 constexpr Then kNone = Then::Nothing;
 constexpr Then kRename = Then::OthersRename;
 constexpr std::string_view kStop = ":stop";
@@ -217,7 +212,7 @@ int moveInChild(const MailFolders& mail, const Interruption& row) {
 TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
     const Interruption& row = GetParam();
     const MailFolders mail(row.where);
-    if (!mail.exists()) {
+    if (!mail.areThere(row.where)) {
         GTEST_SKIP() << "there is no second file system";
     }
     mail.write(kFile);
@@ -245,10 +240,7 @@ TEST_P(MoverInterrupted, MessageIsThereOnceAndWhole) {
     EXPECT_TRUE(contents(file) == kBytes);
     EXPECT_TRUE(file.string().ends_with(row.then == Then::OthersRename ? ":2,RS" : ":2,FS"))
         << file;
-    struct stat found {};
-    ASSERT_EQ(::stat(file.c_str(), &found), 0);
-    EXPECT_EQ(found.st_mtim.tv_sec, kModified.tv_sec);
-    EXPECT_EQ(found.st_mtim.tv_nsec, kModified.tv_nsec);
+    EXPECT_EQ(fs::last_write_time(file), kModified);
 }
 
 INSTANTIATE_TEST_SUITE_P(All,
@@ -286,7 +278,7 @@ TEST(Mover, OnlyMovesWhatStaysSafe) {
     const test::OrdinaryPermissions ordinary;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const MailFolders mail(Where::SameFileSystem);
+        const MailFolders mail(kSame);
         mail.write(row.file == hashed ? hashed : kFile);
         ASSERT_EQ(std::system(("cd " + mail.path("") + " && " + row.before).c_str()), 0);
         const auto before = MailFolders::files(mail.source);
@@ -312,8 +304,8 @@ TEST(Mover, OnlyMovesWhatStaysSafe) {
 }
 
 TEST(Mover, CopyThatIsGivenUpLeavesNothingBehind) {
-    const MailFolders mail(Where::OtherFileSystem);
-    if (!mail.exists()) {
+    const MailFolders mail(kOther);
+    if (!mail.areThere(kOther)) {
         GTEST_SKIP() << "there is no second file system";
     }
     mail.write(kFile);
@@ -346,7 +338,7 @@ TEST(Mover, NeitherMessagesNorFlagsAreLostWhileAnotherProgramSetsFlags) {
     } rows[] = {{kSame, {}}, {kSame, {SYS_renameat2}}, {kOther, {}}};
     for (const auto& row : rows) {
         const MailFolders mail(row.where);
-        if (!mail.exists()) {
+        if (!mail.areThere(row.where)) {
             continue;
         }
         std::map<std::string, std::size_t> flags;
@@ -448,7 +440,7 @@ TEST(Journal, IsOnlyEverARegularFile) {
 }
 
 TEST(Mover, RecoveryRemovesNothingThatNoMoverHasMade) {
-    const MailFolders mail(Where::SameFileSystem);
+    const MailFolders mail(kSame);
     const std::string victim = mail.target + "/tmp/victim";
     std::ofstream(victim) << "kept";
     mail.write("cur/1", "same");
