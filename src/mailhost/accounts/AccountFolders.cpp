@@ -142,7 +142,7 @@ std::optional<MailFolder> FolderFinder::listedFolder(std::string_view name) cons
 
 MailFolder FolderFinder::folderAt(const std::string& path) const {
     const bool isBelow = path != account_.maildir && isAtOrBelow(path, account_.maildir);
-    return {readableName(isBelow ? path.substr(account_.maildir.size() + 1)
+    return {readableName(isBelow ? pathBelow(path, account_.maildir)
                                  : platform::Path::lastPathComponent(path)),
             path};
 }

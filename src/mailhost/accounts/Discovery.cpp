@@ -20,10 +20,13 @@
 #include "platform/base/ByteBuffer.h"
 #include "platform/base/Utf8.h"
 #include "platform/files/FileManager.h"
+#include "platform/files/Path.h"
 
 namespace quillet::mailhost {
 
 namespace {
+
+using platform::Path::appendingPathComponent;
 
 constexpr std::size_t kLongestFile = 1 << 20;
 
@@ -57,7 +60,7 @@ std::string inboxOf(const std::string& maildir) {
         return maildir;
     }
     for (const std::string& name : visibleFoldersIn(maildir)) {
-        const std::string path = maildir + "/" + name;
+        std::string path = appendingPathComponent(maildir, name);
         if (platform::equalsIgnoringAsciiCase(name, "inbox") && isMailFolder(path)) {
             return path;
         }
@@ -78,6 +81,8 @@ private:
     NotmuchConfiguration notmuchConfiguration();
     std::string msmtpSender();
     void addMbsyncAccounts(const std::string& file);
+    void addMbsyncAccount(const MbsyncAccount& mbsync);
+    std::string mbsyncInbox(const MbsyncAccount& mbsync) const;
     void addMaildirsIn(const std::string& root);
     bool addMaildir(const std::string& maildir, Layout layout);
     void add(AccountConfiguration account, const std::string& inbox);
@@ -85,6 +90,7 @@ private:
 
     bool giveAddress(AccountConfiguration& account, const std::string& address);
     void giveSender();
+    std::string unknownAddressLine(const AccountConfiguration& account) const;
     std::string shown(const std::string& path) const {
         return abbreviatedPath(path, folders_.home);
     }
@@ -144,29 +150,44 @@ std::string AccountSearch::msmtpSender() {
 
 void AccountSearch::addMbsyncAccounts(const std::string& file) {
     for (const MbsyncAccount& mbsync : readMbsyncConfiguration(textOf(file), folders_.home)) {
-        AccountConfiguration account;
-        account.maildir = mbsync.maildir;
-        account.layout = mbsync.layout;
-        const bool isUsualInbox = mbsync.inbox == folders_.home + "/Maildir";
-        // mbsync's Inbox where none is named. Further accounts rarely have their mail there.
-        const bool hasInbox = !mbsync.inbox.empty() && mbsync.inbox != mbsync.maildir &&
-                              (!isUsualInbox || (isMailFolder(mbsync.inbox) &&
-                                                 !maildirs_.contains(canonicalPath(mbsync.inbox))));
-        const bool isBelow = isAtOrBelow(mbsync.inbox, mbsync.maildir);
-        const std::string name =
-            hasInbox && isBelow ? mbsync.inbox.substr(mbsync.maildir.size() + 1) : mbsync.inbox;
-        if (hasInbox && !platform::equalsIgnoringAsciiCase(name, "inbox")) {
-            account.inbox.push_back(isBelow && name.find('/') == std::string::npos ? name
-                                                                                   : mbsync.inbox);
-        }
-        const std::string maildir = canonicalPath(account.maildir);
-        if (!maildirs_.contains(maildir)) {
-            if (isAccountAddress(mbsync.user)) {
-                giveAddress(account, mbsync.user);
-            }
-            add(std::move(account), hasInbox ? mbsync.inbox : std::string());
+        if (!maildirs_.contains(canonicalPath(mbsync.maildir))) {
+            addMbsyncAccount(mbsync);
         }
     }
+}
+
+void AccountSearch::addMbsyncAccount(const MbsyncAccount& mbsync) {
+    AccountConfiguration account;
+    account.maildir = mbsync.maildir;
+    account.layout = mbsync.layout;
+    const std::string inbox = mbsyncInbox(mbsync);
+    if (isAtOrBelow(inbox, mbsync.maildir)) {
+        const std::string name = pathBelow(inbox, mbsync.maildir);
+        if (name.find('/') != std::string::npos) {
+            account.inbox.push_back(inbox);
+        } else if (!platform::equalsIgnoringAsciiCase(name, "inbox")) {
+            account.inbox.push_back(name);
+        }
+    } else if (!inbox.empty()) {
+        account.inbox.push_back(inbox);
+    }
+    const bool isAddress = isAccountAddress(mbsync.user);
+    if (isAddress && !giveAddress(account, mbsync.user)) {
+        found_.problems.push_back(shown(mbsync.maildir) + ": " + mbsync.user +
+                                  " is the address of another Maildir; this one is left out");
+        maildirs_.insert(canonicalPath(mbsync.maildir));
+    } else {
+        add(std::move(account), inbox);
+    }
+}
+
+// Empty if the names of the folders say it.
+std::string AccountSearch::mbsyncInbox(const MbsyncAccount& mbsync) const {
+    // mbsync's Inbox where none is named. Further accounts rarely have their mail there.
+    const bool isUsual = mbsync.inbox == folders_.home + "/Maildir";
+    const bool counts = !isUsual || (isMailFolder(mbsync.inbox) &&
+                                     !maildirs_.contains(canonicalPath(mbsync.inbox)));
+    return counts && mbsync.inbox != mbsync.maildir ? mbsync.inbox : std::string();
 }
 
 void AccountSearch::addMaildirsIn(const std::string& root) {
@@ -176,7 +197,7 @@ void AccountSearch::addMaildirsIn(const std::string& root) {
     for (const std::string& name : visibleFoldersIn(root)) {
         // Folders beside each other that are no accounts: "Archive", "Sent" …
         if (roleOfFolder(readableName(name)).role == FolderRole::None) {
-            addMaildir(root + "/" + name, Layout::Auto);
+            addMaildir(appendingPathComponent(root, name), Layout::Auto);
         }
     }
 }
@@ -258,14 +279,17 @@ void AccountSearch::findAddresses(
     giveSender();
 }
 
+std::string AccountSearch::unknownAddressLine(const AccountConfiguration& account) const {
+    const std::string maildir = shown(account.maildir);
+    std::string line = maildir + ": no mail address is known; ";
+    line += "write [account YOU@EXAMPLE.COM] with maildir = " + maildir;
+    return line + " into " + shown(folders_.config + "/quillet/mail-host.conf");
+}
+
 Discovery AccountSearch::result() {
     for (AccountConfiguration& account : accounts_) {
         if (account.address.empty()) {
-            const std::string maildir = shown(account.maildir);
-            found_.problems.push_back(
-                maildir +
-                ": no mail address is known; write [account YOU@EXAMPLE.COM] with maildir = " +
-                maildir + " into " + shown(folders_.config + "/quillet/mail-host.conf"));
+            found_.problems.push_back(unknownAddressLine(account));
             continue;
         }
         if (platform::equalsIgnoringAsciiCase(account.address, notmuch_.address) &&

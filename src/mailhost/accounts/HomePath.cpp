@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "platform/base/Ascii.h"
+
 namespace quillet::mailhost {
 
 std::optional<std::string> absolutePath(std::string_view text, const std::string& home) {
@@ -34,6 +36,10 @@ std::string canonicalPath(const std::string& path) {
 bool isAtOrBelow(std::string_view path, std::string_view folder) {
     return path.starts_with(folder) &&
            (path.size() == folder.size() || folder.ends_with('/') || path[folder.size()] == '/');
+}
+
+std::string pathBelow(std::string_view path, std::string_view folder) {
+    return std::string(platform::trimmedStart(path.substr(folder.size()), "/"));
 }
 
 }  // namespace quillet::mailhost

@@ -19,4 +19,7 @@ std::string canonicalPath(const std::string& path);
 // Whether a path is `folder` or lies below it, as text.
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 
+// The part of a path that is at or below `folder`, without "/" in front.
+std::string pathBelow(std::string_view path, std::string_view folder);
+
 }  // namespace quillet::mailhost

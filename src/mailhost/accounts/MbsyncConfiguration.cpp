@@ -218,10 +218,9 @@ std::optional<MbsyncAccount> MbsyncReader::accountOf(const Channel& channel) con
     const bool isInboxRoot = maildir->path.empty() || maildir->layout == Layout::MaildirPlusPlus;
     const std::string inbox = maildir->inbox.empty() ? pathOf("Maildir") : maildir->inbox;
     account.maildir = isInboxRoot ? inbox : maildir->path;
-    if (channel.hasPatterns && !mailbox.empty() && !isInboxRoot) {
-        // The patterns count below this mailbox, so all of the account lies there.
-        account.maildir += "/" + mailbox;
-        account.maildir = pathOf(account.maildir);
+    if (channel.hasPatterns && mailbox.ends_with('/') && !isInboxRoot) {
+        // All folders of the channel, the Inbox too, lie below this one.
+        account.maildir = *absolutePath(account.maildir + "/" + mailbox, home_);
     } else if (!isInboxRoot) {
         account.inbox = inbox;
     }

@@ -72,7 +72,7 @@ TEST(Configuration, GeneralValuesSurviveWriting) {
         bool notify = false;
     };
     const std::vector<Case> cases{
-        {"[GENERAL]\nOpen = NeoMutt # c\nnotices=No\nnotify\t=\tyes", "neomutt", false, true},
+        {"[GENERAL]\nOpen = NeoMutt # c\nnotices=No\nnotify\t= yes", "neomutt", false, true},
         {"[general] # c\nopen = \"my prog\" '# {file}' x#{x} # c", "\"my prog\" '# {file}' x#{x}"},
         {"[general]\nopen = \"sh -c \\\"cat # {file}\\\"\"", "sh -c \"cat # {file}\""},
     };

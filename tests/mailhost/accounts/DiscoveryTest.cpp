@@ -82,7 +82,7 @@ const std::vector<DiscoveryCase> kCases{
      "[account two@example.com]\nmaildir = ~/Mail/two\nlayout = legacy\ninbox = ~/in/two\n\n"
      "[account three@example.com]\nmaildir = ~/three\nlayout = maildir++\n\n"
      "[account four@example.com]\nmaildir = ~/four\ninbox = Posteingang\n",
-     unknown("~/again")},
+     "~/again: Two@example.com is the address of another Maildir; this one is left out\n"},
     {"MbsyncInBothPlacesAndUsualInbox",
      {{".config/isyncrc", channel("a", "a@x.example", "Path ~/Mail/a/")},
       {".mbsyncrc",
@@ -95,8 +95,8 @@ const std::vector<DiscoveryCase> kCases{
     {"ChannelWithAMailboxAndPatternsIsAnAccountOfItsOwn",
      {{".mbsyncrc",
        "IMAPStore f\nUser f@x.example\n\nIMAPStore g\nUser g@x.example\n\nMaildirStore near\n"
-       "Path ~/Mail/\n\nChannel f\nFar :f:\nNear :near:f\nPatterns *\n\n"
-       "Channel g\nFar :g:\nNear :near:g\nPatterns *\n"}},
+       "Path ~/Mail/\n\nChannel f\nFar :f:\nNear :near:f/\nPatterns *\n\n"
+       "Channel g\nFar :g:\nNear :near:g/\nPatterns *\n"}},
      {},
      {},
      "[account f@x.example]\nmaildir = ~/Mail/f\n\n[account g@x.example]\nmaildir = ~/Mail/g\n",
