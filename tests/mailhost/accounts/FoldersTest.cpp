@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "mailhost/accounts/AccountFolders.h"
+#include "mailhost/accounts/FolderRoleNames.h"
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -127,6 +128,17 @@ void expectRoles(const std::vector<RoleCase>& cases) {
         account.maildir = maildir.path();
         one.configure(account);
         EXPECT_EQ(rolesOf(findFolders(account), maildir.path()), one.found);
+    }
+}
+
+TEST(FolderRoles, NoNameStandsForTwoRoles) {
+    for (const RoleNames& entry : folderRoleNames()) {
+        for (const std::string_view name : entry.names) {
+            EXPECT_EQ(roleOfFolder(name).role, entry.role) << name;
+            EXPECT_EQ(roleOfFolder(std::string(name) + "/1999").year > 0,
+                      entry.role == FolderRole::Archive)
+                << name;
+        }
     }
 }
 
