@@ -88,6 +88,7 @@ private:
     void add(AccountConfiguration account, const std::string& inbox);
     bool isKnown(const std::string& maildir, const std::string& inbox) const;
 
+    bool hasAddress(const std::string& address) const;
     bool giveAddress(AccountConfiguration& account, const std::string& address);
     void giveSender();
     std::string unknownAddressLine(const AccountConfiguration& account) const;
@@ -152,6 +153,11 @@ void AccountSearch::addMbsyncAccounts(const std::string& file) {
     for (const MbsyncAccount& mbsync : readMbsyncConfiguration(textOf(file), folders_.home)) {
         if (!maildirs_.contains(canonicalPath(mbsync.maildir))) {
             addMbsyncAccount(mbsync);
+        } else if (isAccountAddress(mbsync.user) && !hasAddress(mbsync.user)) {
+            // Mail of one account must not get into the Archive or the Trash of another.
+            found_.problems.push_back(shown(mbsync.maildir) +
+                                      ": it has mail of another account; write [account " +
+                                      mbsync.user + "] with maildir, inbox, archive and trash");
         }
     }
 }
@@ -239,17 +245,17 @@ bool AccountSearch::isKnown(const std::string& maildir, const std::string& inbox
            });
 }
 
+bool AccountSearch::hasAddress(const std::string& address) const {
+    return std::any_of(accounts_.begin(), accounts_.end(), [&](const auto& account) {
+        return platform::equalsIgnoringAsciiCase(account.address, address);
+    });
+}
+
 // False if the address cannot be one or another Maildir has it.
 bool AccountSearch::giveAddress(AccountConfiguration& account, const std::string& address) {
-    const bool isUsed =
-        std::any_of(accounts_.begin(), accounts_.end(), [&](const AccountConfiguration& other) {
-            return platform::equalsIgnoringAsciiCase(other.address, address);
-        });
-    if (isUsed || !isAccountAddress(address)) {
-        return false;
-    }
-    account.address = address;
-    return true;
+    const bool isGiven = isAccountAddress(address) && !hasAddress(address);
+    account.address = isGiven ? address : std::string();
+    return isGiven;
 }
 
 // A sender says nothing about which Maildir is meant, so it counts only if one alone is left.

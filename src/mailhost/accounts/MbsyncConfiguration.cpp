@@ -4,9 +4,9 @@
 #include <array>
 #include <map>
 #include <optional>
-#include <set>
 #include <utility>
 
+#include "mailhost/accounts/FolderLayout.h"
 #include "mailhost/accounts/HomePath.h"
 
 #include "platform/base/Ascii.h"
@@ -65,6 +65,14 @@ struct Channel {
     bool hasPatterns = false;
 };
 
+// The stores of a channel between a server and a Maildir.
+struct Tie {
+    const ImapStore* imap = nullptr;
+    const MaildirStore* maildir = nullptr;
+    std::string_view farMailbox;
+    std::string_view nearMailbox;
+};
+
 class MbsyncReader {
 public:
     explicit MbsyncReader(const std::string& home) : home_(home) {}
@@ -79,9 +87,11 @@ private:
     void readSetting(std::string_view key, const std::string& value);
     void readMaildirSetting(std::string_view key, const std::string& value);
     void readChannelSetting(std::string_view key, const std::string& value);
-    std::string pathOf(const std::string& text) const;
+    std::string pathOf(std::string_view text) const;
     std::string userOf(const ImapStore& store) const;
-    std::optional<MbsyncAccount> accountOf(const Channel& channel) const;
+    std::optional<Tie> tieOf(const Channel& channel) const;
+    MbsyncAccount accountOf(const Tie& tie, bool hasPatterns) const;
+    static std::string mappedInbox(const Tie& tie, const MbsyncAccount& account);
 
     const std::string& home_;
     Section section_ = Section::None;
@@ -186,8 +196,8 @@ void MbsyncReader::readChannelSetting(std::string_view key, const std::string& v
     }
 }
 
-std::string MbsyncReader::pathOf(const std::string& text) const {
-    return absolutePath(text, home_).value_or(*absolutePath("~/" + text, home_));
+std::string MbsyncReader::pathOf(std::string_view text) const {
+    return absolutePath(text, home_).value_or(*absolutePath("~/" + std::string(text), home_));
 }
 
 std::string MbsyncReader::userOf(const ImapStore& store) const {
@@ -195,45 +205,66 @@ std::string MbsyncReader::userOf(const ImapStore& store) const {
     return store.user.empty() && user != users_.end() ? user->second : store.user;
 }
 
-std::optional<MbsyncAccount> MbsyncReader::accountOf(const Channel& channel) const {
-    const ImapStore* imap = nullptr;
-    const MaildirStore* maildir = nullptr;
-    MbsyncAccount account;
-    std::string mailbox;
+std::optional<Tie> MbsyncReader::tieOf(const Channel& channel) const {
+    Tie tie;
     for (const ChannelSide& side : channel.sides) {
-        if (const auto store = imapStores_.find(side.store); store != imapStores_.end()) {
-            imap = &store->second;
+        if (const auto imap = imapStores_.find(side.store); imap != imapStores_.end()) {
+            tie.imap = &imap->second;
+            tie.farMailbox = side.mailbox;
         } else if (const auto found = maildirStores_.find(side.store);
                    found != maildirStores_.end()) {
-            maildir = &found->second;
-            account.store = side.store;
-            mailbox = side.mailbox;
+            tie.maildir = &found->second;
+            tie.nearMailbox = side.mailbox;
         }
     }
-    if (imap == nullptr || maildir == nullptr) {
-        return std::nullopt;
-    }
-    account.user = userOf(*imap);
-    account.layout = maildir->layout;
-    const bool isInboxRoot = maildir->path.empty() || maildir->layout == Layout::MaildirPlusPlus;
-    const std::string inbox = maildir->inbox.empty() ? pathOf("Maildir") : maildir->inbox;
-    account.maildir = isInboxRoot ? inbox : maildir->path;
-    if (channel.hasPatterns && mailbox.ends_with('/') && !isInboxRoot) {
+    return tie.imap != nullptr && tie.maildir != nullptr ? std::optional(tie) : std::nullopt;
+}
+
+MbsyncAccount MbsyncReader::accountOf(const Tie& tie, bool hasPatterns) const {
+    const MaildirStore& store = *tie.maildir;
+    const std::string inbox = store.inbox.empty() ? pathOf("Maildir") : store.inbox;
+    MbsyncAccount account;
+    account.user = userOf(*tie.imap);
+    account.layout = store.layout;
+    if (store.path.empty() || store.layout == Layout::MaildirPlusPlus) {
+        account.maildir = inbox;
+    } else if (hasPatterns && tie.nearMailbox.ends_with('/')) {
         // All folders of the channel, the Inbox too, lie below this one.
-        account.maildir = *absolutePath(account.maildir + "/" + mailbox, home_);
-    } else if (!isInboxRoot) {
+        account.maildir = pathOf(store.path + "/" + std::string(tie.nearMailbox));
+    } else {
+        account.maildir = store.path;
         account.inbox = inbox;
     }
     return account;
 }
 
+// The path of another folder that the channel makes the Inbox; empty if there is none.
+std::string MbsyncReader::mappedInbox(const Tie& tie, const MbsyncAccount& account) {
+    const auto isInbox = [](std::string_view mailbox) {
+        return mailbox.empty() || mailbox == "INBOX";
+    };
+    return isInbox(tie.farMailbox) && !isInbox(tie.nearMailbox)
+               ? folderPath(account.maildir, tie.nearMailbox, account.layout)
+               : std::string();
+}
+
 std::vector<MbsyncAccount> MbsyncReader::accounts() const {
     std::vector<MbsyncAccount> accounts;
-    std::set<std::string> maildirs;
+    std::map<std::pair<std::string, std::string>, std::size_t> known;
     for (const Channel& channel : channels_) {
-        std::optional<MbsyncAccount> account = accountOf(channel);
-        if (account && maildirs.insert(account->maildir).second) {
-            accounts.push_back(std::move(*account));
+        const std::optional<Tie> tie = tieOf(channel);
+        if (!tie) {
+            continue;
+        }
+        MbsyncAccount account = accountOf(*tie, channel.hasPatterns);
+        const std::string inbox = channel.hasPatterns ? std::string() : mappedInbox(*tie, account);
+        const auto [entry, isNew] =
+            known.try_emplace({account.maildir, account.user}, accounts.size());
+        if (isNew) {
+            accounts.push_back(std::move(account));
+        }
+        if (!inbox.empty()) {
+            accounts[entry->second].inbox = inbox;
         }
     }
     return accounts;

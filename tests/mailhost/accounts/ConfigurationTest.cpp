@@ -93,8 +93,7 @@ TEST(Configuration, AccountValuesSurviveWriting) {
         std::function<void(Account&)> change;
     };
     const std::vector<Case> cases{
-        {"name = \"  \\\"A\\\" \\\\ \\n # b, \" # c",
-         [](Account& a) { a.name = "  \"A\" \\ \\n # b, "; }},
+        {R"(name = "  \"A\" \\ \n # b, " # c)", [](Account& a) { a.name = R"(  "A" \ \n # b, )"; }},
         {"name = Berg, Anna#1", [](Account& a) { a.name = "Berg, Anna#1"; }},
         {"name =", [](Account&) {}},
         {"layout = Maildir++", [](Account& a) { a.layout = Layout::MaildirPlusPlus; }},
@@ -116,7 +115,7 @@ TEST(Configuration, AccountValuesSurviveWriting) {
              a.todoIsFlagged = true;
              a.todo = {"flagged", "To Do"};
          }},
-        {"after-change = sh -c 'a # \"b' x\\ y \"\" # c",
+        {R"(after-change = sh -c 'a # "b' x\ y "" # c)",
          [](Account& a) {
              a.afterChange = {"sh", "-c", "a # \"b", "x y", ""};
          }},

@@ -101,6 +101,17 @@ const std::vector<DiscoveryCase> kCases{
      {},
      "[account f@x.example]\nmaildir = ~/Mail/f\n\n[account g@x.example]\nmaildir = ~/Mail/g\n",
      ""},
+    {"ChannelThatGivesTheInboxAnotherName",
+     {{".mbsyncrc",
+       "IMAPStore f\nUser f@x.example\n\nIMAPStore g\nUser g@x.example\n\nMaildirStore near\n"
+       "Path ~/Mail/\nInbox ~/Mail/INBOX\n\nChannel t\nFar :f:\"Deleted Items\"\n"
+       "Near :near:Trash\n\nChannel f\nFar :f:\nNear :near:from-f\n\n"
+       "Channel g\nFar :g:INBOX\nNear :near:from-g\n"}},
+     {"Mail/from-f", "Mail/from-g", "Mail/Trash"},
+     {},
+     "[account f@x.example]\nmaildir = ~/Mail\ninbox = from-f\n",
+     "~/Mail: it has mail of another account; write [account g@x.example] with maildir, inbox, "
+     "archive and trash\n"},
     {"NotmuchRootAndItsUser",
      {{".notmuch-config",
        "[database]\npath=post\n[user]\nname=Anna \"A\" Berg\nprimary_email=anna@x.example\n"},
