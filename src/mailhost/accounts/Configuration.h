@@ -22,7 +22,7 @@ struct AccountConfiguration {
     std::vector<std::string> trash;    // the first one takes deleted messages
     std::vector<std::string> todo;
     std::vector<std::string> memo;
-    bool todoIsFlagged = false;            // "todo = flagged": the flagged messages of the Inbox
+    bool todoIsFlagged = false;            // "todo = flagged"; see also AccountFolders
     bool onlyUnread = false;               // "show = unread"
     std::vector<std::string> afterChange;  // words of a command; empty: none
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <set>
 #include <utility>
 
@@ -37,31 +36,15 @@ bool isOneLine(std::string_view text) {
            !platform::firstInvalidUtf8(text);
 }
 
-// The names of the folders in a folder, without hidden ones.
-std::vector<std::string> visibleFoldersIn(const std::string& path) {
-    std::vector<std::string> names;
-    std::error_code failure;
-    std::filesystem::directory_iterator entry(path, failure);
-    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
-        std::error_code ignored;
-        std::string name = entry->path().filename().string();
-        if (!name.starts_with('.') && entry->is_directory(ignored)) {
-            names.push_back(std::move(name));
-        }
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 // Where the mail of an account arrives: the Maildir itself, or its folder "Inbox". Empty: nowhere,
 // so that it is no account.
 std::string inboxOf(const std::string& maildir) {
     if (isMailFolder(maildir)) {
         return maildir;
     }
-    for (const std::string& name : visibleFoldersIn(maildir)) {
-        std::string path = appendingPathComponent(maildir, name);
-        if (platform::equalsIgnoringAsciiCase(name, "inbox") && isMailFolder(path)) {
+    for (const FolderEntry& entry : foldersIn(maildir)) {
+        std::string path = appendingPathComponent(maildir, entry.name);
+        if (platform::equalsIgnoringAsciiCase(entry.name, "inbox") && isMailFolder(path)) {
             return path;
         }
     }
@@ -200,10 +183,11 @@ void AccountSearch::addMaildirsIn(const std::string& root) {
     if (addMaildir(root, Layout::Auto)) {
         return;
     }
-    for (const std::string& name : visibleFoldersIn(root)) {
+    for (const FolderEntry& entry : foldersIn(root)) {
         // Folders beside each other that are no accounts: "Archive", "Sent" …
-        if (roleOfFolder(readableName(name)).role == FolderRole::None) {
-            addMaildir(appendingPathComponent(root, name), Layout::Auto);
+        if (!entry.name.starts_with('.') &&
+            roleOfFolder(readableName(entry.name)).role == FolderRole::None) {
+            addMaildir(appendingPathComponent(root, entry.name), Layout::Auto);
         }
     }
 }

@@ -8,7 +8,6 @@
 #include <set>
 #include <sys/stat.h>
 #include <utility>
-#include <vector>
 
 #include "mailhost/accounts/AccountFolders.h"
 #include "mailhost/accounts/ModifiedUtf7.h"
@@ -28,28 +27,6 @@ constexpr std::size_t kMostFolders = 10'000;
 constexpr unsigned kMostLevels = 16;
 constexpr std::string_view kKMailSuffix = ".directory";
 constexpr std::string_view kRootName = "INBOX";
-
-struct Entry {
-    std::string name;
-    bool isLink = false;
-};
-
-// The folders in a folder, links to folders too, by name.
-std::vector<Entry> foldersIn(const std::string& path) {
-    std::vector<Entry> entries;
-    std::error_code failure;
-    std::filesystem::directory_iterator entry(path, failure);
-    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
-        std::error_code ignored;
-        if (entry->is_directory(ignored) && entries.size() < kMostFolders) {
-            entries.push_back({entry->path().filename().string(), entry->is_symlink(ignored)});
-        }
-    }
-    std::sort(entries.begin(), entries.end(), [](const Entry& one, const Entry& other) {
-        return one.name < other.name;
-    });
-    return entries;
-}
 
 bool isPartOfMaildir(std::string_view name) {
     return name == "cur" || name == "new" || name == "tmp";
@@ -172,7 +149,7 @@ private:
     }
 
     void addPlacesIn(const Place& parent) {
-        for (const Entry& entry : foldersIn(parent.path)) {
+        for (const FolderEntry& entry : foldersIn(parent.path)) {
             std::optional<Place> place = placeIn(layout_, parent, entry.name);
             if (place && visited_.size() + folders_.size() + links_.size() < kMostFolders) {
                 (entry.isLink ? links_ : folders_).push_back(std::move(*place));
@@ -187,14 +164,14 @@ private:
     std::vector<MailFolder> found_;
 };
 
-bool hasLegacyFolder(const std::string& maildir, const std::vector<Entry>& entries) {
-    return std::any_of(entries.begin(), entries.end(), [&](const Entry& top) {
+bool hasLegacyFolder(const std::string& maildir, const std::vector<FolderEntry>& entries) {
+    return std::any_of(entries.begin(), entries.end(), [&](const FolderEntry& top) {
         if (top.name.starts_with('.') || isPartOfMaildir(top.name)) {
             return false;
         }
         const std::string path = appendingPathComponent(maildir, top.name);
-        const std::vector<Entry> below = foldersIn(path);
-        return std::any_of(below.begin(), below.end(), [&](const Entry& entry) {
+        const std::vector<FolderEntry> below = foldersIn(path);
+        return std::any_of(below.begin(), below.end(), [&](const FolderEntry& entry) {
             return entry.name.starts_with('.') &&
                    isMailFolder(appendingPathComponent(path, entry.name));
         });
@@ -236,14 +213,30 @@ Surrounding surroundingOf(Layout layout, bool isFirst, bool isLast) {
 
 }  // namespace
 
+std::vector<FolderEntry> foldersIn(const std::string& path) {
+    std::vector<FolderEntry> entries;
+    std::error_code failure;
+    std::filesystem::directory_iterator entry(path, failure);
+    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+        std::error_code ignored;
+        if (entry->is_directory(ignored) && entries.size() < kMostFolders) {
+            entries.push_back({entry->path().filename().string(), entry->is_symlink(ignored)});
+        }
+    }
+    std::sort(entries.begin(), entries.end(), [](const FolderEntry& one, const FolderEntry& other) {
+        return one.name < other.name;
+    });
+    return entries;
+}
+
 bool isMailFolder(const std::string& path) {
     return folderExists(appendingPathComponent(path, "cur"));
 }
 
 Layout detectLayout(const std::string& maildir) {
-    const std::vector<Entry> entries = foldersIn(maildir);
+    const std::vector<FolderEntry> entries = foldersIn(maildir);
     const auto hasFolder = [&](bool isHidden) {
-        return std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) {
+        return std::any_of(entries.begin(), entries.end(), [&](const FolderEntry& entry) {
             return entry.name.starts_with('.') == isHidden &&
                    isMailFolder(appendingPathComponent(maildir, entry.name));
         });
@@ -251,7 +244,7 @@ Layout detectLayout(const std::string& maildir) {
     if (hasFolder(true) || (isMailFolder(maildir) && !hasFolder(false))) {
         return Layout::MaildirPlusPlus;
     }
-    if (std::any_of(entries.begin(), entries.end(), [](const Entry& entry) {
+    if (std::any_of(entries.begin(), entries.end(), [](const FolderEntry& entry) {
             return isKMailContainer(entry.name);
         })) {
         return Layout::KMail;

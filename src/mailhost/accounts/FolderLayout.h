@@ -2,11 +2,21 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mailhost/accounts/Configuration.h"
 
 // Where a layout puts the folders of a Maildir. mailFolders() of AccountFolders.h lists them.
 namespace quillet::mailhost {
+
+struct FolderEntry {
+    std::string name;
+    bool isLink = false;
+};
+
+// The folders in a folder of the file system, links to folders too, by name; at most 10,000. Empty
+// if it cannot be listed.
+std::vector<FolderEntry> foldersIn(const std::string& path);
 
 // Whether a folder of messages is at the path: it has "cur". Symbolic links are followed.
 bool isMailFolder(const std::string& path);
