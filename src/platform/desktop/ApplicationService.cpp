@@ -18,7 +18,7 @@ namespace quillet::platform {
 
 namespace {
 
-constexpr QLatin1String kInterface("org.freedesktop.Application");
+constexpr QLatin1String kApplicationInterface("org.freedesktop.Application");
 constexpr QLatin1String kTokenEntry("activation-token");
 constexpr QLatin1String kStartupIdEntry("desktop-startup-id");
 constexpr int kAnswerTime = 5000;  // milliseconds
@@ -123,7 +123,10 @@ ApplicationService::Claim ApplicationService::State::claim() {
 bool ApplicationService::State::handOver(const ApplicationCall& call) const {
     const bool isOpen = !call.urls.empty();
     auto message = QDBusMessage::createMethodCall(
-        name_, path_, kInterface, isOpen ? QStringLiteral("Open") : QStringLiteral("Activate"));
+        name_,
+        path_,
+        kApplicationInterface,
+        isOpen ? QStringLiteral("Open") : QStringLiteral("Activate"));
     if (isOpen) {
         QStringList urls;
         for (const std::string& url : call.urls) {
@@ -155,7 +158,7 @@ QString ApplicationService::State::introspect(const QString& /*path*/) const {
 bool ApplicationService::State::handleMessage(const QDBusMessage& message,
                                               const QDBusConnection& connection) {
     const QString interface = message.interface();
-    if (!interface.isEmpty() && interface != kInterface) {
+    if (!interface.isEmpty() && interface != kApplicationInterface) {
         return false;
     }
     const auto* method =
