@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <functional>
 #include <string_view>
-#include <sys/stat.h>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "mailhost/maildir/HeaderFile.h"
 #include "mailhost/maildir/KnownMessages.h"
 #include "mailhost/maildir/MaildirName.h"
+#include "mailhost/maildir/MessageFiles.h"
 #include "mailhost/maildir/MessageHeader.h"
 
 #include "platform/files/Path.h"
@@ -37,11 +37,6 @@ struct RowTexts {
     bool isRead = false;  // false: the file could not be read, which may pass
     unsigned lastReading = 0;
 };
-
-bool isRegularFile(const std::string& path) {
-    struct stat found {};
-    return ::lstat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode);
-}
 
 // Whether a file is no message any more. Of others that cannot be read a row without texts tells.
 bool isGone(const platform::Error& error) {

@@ -43,6 +43,11 @@ bool isSameFolder(const std::string& one, const std::string& other) {
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
+bool isRegularFile(const std::string& path) {
+    struct stat found {};
+    return ::lstat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode);
+}
+
 std::string stableBaseOfFile(std::string_view fileName) {
     return stableBase(parseMaildirName(fileName).base);
 }

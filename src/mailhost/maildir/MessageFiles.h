@@ -7,8 +7,8 @@
 #include "platform/base/Error.h"
 #include "platform/base/Result.h"
 
-// What moves and their recovery do with the files of mail folders. Errors are of the domain
-// "POSIX". Any thread.
+// What reading, moves and their recovery do with the files of mail folders. Errors are of the
+// domain "POSIX". Any thread.
 namespace quillet::mailhost {
 
 // The path of a message taken apart: FOLDER/cur/NAME, or "new" or "tmp" instead of "cur".
@@ -25,6 +25,9 @@ std::optional<MessagePath> parseMessagePath(const std::string& path);
 
 // Whether both paths lead to one folder, for instance through a symbolic link.
 bool isSameFolder(const std::string& one, const std::string& other);
+
+// Whether a regular file, and no symbolic link to one, is at the path.
+bool isRegularFile(const std::string& path);
 
 // stableBase() of a file name with flags.
 std::string stableBaseOfFile(std::string_view fileName);

@@ -42,11 +42,6 @@ std::optional<Places> placesOf(const Journal::Move& move) {
     return Places{*source, *target};
 }
 
-bool isRegularFile(const std::string& path) {
-    struct stat found {};
-    return ::lstat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode);
-}
-
 bool isSameFile(const std::string& one, const std::string& other) {
     struct stat first {};
     struct stat second {};

@@ -18,7 +18,7 @@ namespace quillet::platform {
 
 namespace {
 
-constexpr QLatin1String kApplicationInterface("org.freedesktop.Application");
+constexpr QLatin1String kServedInterface("org.freedesktop.Application");
 constexpr QLatin1String kTokenEntry("activation-token");
 constexpr QLatin1String kStartupIdEntry("desktop-startup-id");
 constexpr int kAnswerTime = 5000;  // milliseconds
@@ -125,7 +125,7 @@ bool ApplicationService::State::handOver(const ApplicationCall& call) const {
     auto message = QDBusMessage::createMethodCall(
         name_,
         path_,
-        kApplicationInterface,
+        kServedInterface,
         isOpen ? QStringLiteral("Open") : QStringLiteral("Activate"));
     if (isOpen) {
         QStringList urls;
@@ -158,7 +158,7 @@ QString ApplicationService::State::introspect(const QString& /*path*/) const {
 bool ApplicationService::State::handleMessage(const QDBusMessage& message,
                                               const QDBusConnection& connection) {
     const QString interface = message.interface();
-    if (!interface.isEmpty() && interface != kApplicationInterface) {
+    if (!interface.isEmpty() && interface != kServedInterface) {
         return false;
     }
     const auto* method =
