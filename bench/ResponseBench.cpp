@@ -6,17 +6,11 @@
 // the container come from the environment; nobody else should use them.
 
 #include <QApplication>
-#include <QElapsedTimer>
-#include <QEvent>
 #include <QProcess>
 #include <QTest>
-#include <QTimer>
-#include <QWindow>
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -25,27 +19,22 @@
 #include <vector>
 
 #include "app/PanelController.h"
+#include "bench/PanelClock.h"
 #include "host/StoreWriter.h"
 #include "model/HostInterface.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
-#include "views/TodayTableView.h"
-#include "views/TodayTableViewCell.h"
 
 namespace {
 
 using namespace quillet;
+using bench::now;
+using bench::PaintClock;
+using bench::waitFor;
 
 constexpr int kMessages = 1000;
-constexpr int kLimit = 30'000;  // milliseconds
 // Milliseconds until the panel, which watches the files, has also followed their change.
 constexpr int kQuiet = 300;
-
-// Seconds since 1970, as both processes see them.
-double now() {
-    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
 
 std::string newestOf(int round) {
     return std::to_string(round) + ".0@example.org";
@@ -91,46 +80,6 @@ int runHost(const std::string& dataFolder) {
     return 0;
 }
 
-// Runs the event loop until the condition holds.
-void waitFor(const std::function<bool()>& condition) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > kLimit) {
-            throw std::runtime_error("nothing came in time");
-        }
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, kLimit);
-    }
-}
-
-// Notes when the window has been painted with the expected message on top of its list.
-class PaintClock : public QObject {
-public:
-    explicit PaintClock(PanelController& panel) : panel_(panel) { qApp->installEventFilter(this); }
-
-    void expect(std::string messageId) {
-        messageId_ = std::move(messageId);
-        time_ = 0;
-    }
-    double time() const { return time_; }  // 0: not yet
-
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint && watched->isWidgetType() && time_ == 0) {
-            const auto messages = panel_.widget().dataToShow();
-            if (messages && !messages->empty() && messages->front()->messageId() == messageId_) {
-                // Runs once the whole window has been painted and handed over.
-                QTimer::singleShot(0, this, [this] { time_ = time_ == 0 ? now() : time_; });
-            }
-        }
-        return false;
-    }
-
-private:
-    PanelController& panel_;
-    std::string messageId_;
-    double time_ = 0;
-};
-
 // A process whose standard output is read line by line.
 class Peer : public QProcess {
 public:
@@ -161,17 +110,7 @@ void print(const char* what, std::vector<double> seconds) {
 }
 
 double clickReply(PanelController& panel, Peer& sampleHost) {
-    const auto& table = static_cast<TodayTableView&>(*panel.widget().myTableView());
-    // Clicks on a row that nobody can have seen yet do nothing.
-    if (!QTest::qWaitFor([&table] { return table.standsStill(0); }, kLimit)) {
-        throw std::runtime_error("the row does not stand still");
-    }
-    const QWidget* button = static_cast<TodayTableViewCell*>(table.cellAtRow(0))->replyButton();
-    const double start = now();
-    QTest::mouseClick(panel.panel().windowHandle(),
-                      Qt::LeftButton,
-                      {},
-                      button->mapTo(&panel.panel(), button->rect().center()));
+    const double start = bench::clickFirstRow(panel, bench::RowButton::Reply);
     return nlohmann::json::parse(sampleHost.nextLine()).at("time").get<double>() - start;
 }
 
