@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/quillet-handoff")
-set(package_targets handoff model util extension dates url plist files base desktop options)
+set(package_targets handoff model util extension dates url plist files base session desktop options)
 list(TRANSFORM package_targets PREPEND quillet_ OUTPUT_VARIABLE package_libraries)
 foreach(name IN LISTS package_targets)
     set_target_properties(quillet_${name} PROPERTIES EXPORT_NAME ${name})
