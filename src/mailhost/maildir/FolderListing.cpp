@@ -16,7 +16,6 @@ namespace quillet::mailhost {
 
 namespace {
 
-constexpr int kMostListings = 3;
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 // The system's clock for times of files stands still for up to 10 ms. A folder that changed less
 // than this ago may change again and keep its time.
@@ -131,9 +130,9 @@ platform::Result<FolderStamps> stampsOf(const std::string& folder) {
     return stamps;
 }
 
-platform::Result<FolderListing> listMailFolder(const std::string& folder) {
+platform::Result<FolderListing> listMailFolder(const std::string& folder, int mostListings) {
     FolderListing listing;
-    for (int i = 0; i < kMostListings && !listing.isSettled; ++i) {
+    for (int i = 0; i < mostListings && !listing.isSettled; ++i) {
         if (auto error = listOnce(folder, listing)) {
             return *error;
         }

@@ -46,8 +46,11 @@ std::string fileInFolder(bool isInNew, std::string_view name);
 
 platform::Result<FolderStamps> stampsOf(const std::string& folder);
 
-// Lists a mail folder again while it changes, three times at most. An error if "cur" is missing, or
-// if either cannot be listed.
-platform::Result<FolderListing> listMailFolder(const std::string& folder);
+inline constexpr int kMostListings = 3;
+
+// Lists a mail folder again while it changes, `mostListings` times at most. An error if "cur" is
+// missing, or if either cannot be listed.
+platform::Result<FolderListing> listMailFolder(const std::string& folder,
+                                               int mostListings = kMostListings);
 
 }  // namespace quillet::mailhost

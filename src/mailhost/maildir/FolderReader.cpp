@@ -60,7 +60,7 @@ struct FolderReader::State {
         return platform::Path::appendingPathComponent(path, messages.fileOf(message));
     }
     bool isSettled() const { return isListingSettled && !messages.isAnyMissing(); }
-    std::optional<platform::Error> list();
+    std::optional<platform::Error> list(int mostListings);
     void readDate(KnownMessage& message) const;
     const RowTexts* textsOf(KnownMessage& message);
     void forgetOldTexts();
@@ -68,9 +68,9 @@ struct FolderReader::State {
     std::optional<std::string> search(const Find& find);
 };
 
-std::optional<platform::Error> FolderReader::State::list() {
+std::optional<platform::Error> FolderReader::State::list(int mostListings) {
     settledStamps.reset();
-    platform::Result<FolderListing> listing = listMailFolder(path);
+    platform::Result<FolderListing> listing = listMailFolder(path, mostListings);
     if (!listing) {
         return listing.error();
     }
@@ -139,7 +139,7 @@ std::optional<std::string> FolderReader::State::search(const Find& find) {
     }
     int settled = 0;
     for (int i = 0; i < kMostSearches && settled < kSettledSearches; ++i) {
-        if (list()) {
+        if (list(kMostListings)) {
             return std::nullopt;
         }
         message = find();
@@ -173,7 +173,8 @@ std::optional<platform::Error> FolderReader::refresh() {
             return std::nullopt;
         }
     }
-    return state_->list();
+    // A folder that was changing all the time probably still is.
+    return state_->list(state_->isListingSettled ? kMostListings : 1);
 }
 
 bool FolderReader::isUnsettled() const {

@@ -37,8 +37,8 @@ inline constexpr std::size_t kNewestRows = 50;
 // its base name, so that reading again costs a listing. One thread at a time.
 //
 // A listing that runs beside renames misses some files and doubles others. So a folder is listed
-// again while it changes, three times at most, and a message that was there counts as gone only
-// after two settled listings without it.
+// again while it changes, three times at most (once if it was changing at the last refresh, too),
+// and a message that was there counts as gone only after two settled listings without it.
 class FolderReader {
 public:
     explicit FolderReader(std::string path);
