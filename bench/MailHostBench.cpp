@@ -256,10 +256,10 @@ void Measurement::storm(Report& report) {
     checkRows(place_, mail_);
     const double milliseconds = (stormed - start) * 1e3;
     const double plain =
-        plainStat(inbox_) * (milliseconds / 1e3) + plainReading(inbox_, sizes_.storm);
+        plainListing(inbox_) * (milliseconds / 1e3) + plainReading(inbox_, sizes_.storm);
     report.add(
         "storm, processor of the host, percent of a core", {processor / milliseconds * 100}, 10);
-    report.add("  plain: all facts each second, new headers, percent",
+    report.add("  plain: all names each second, new headers, percent",
                {plain / milliseconds * 100});
     report.add("end of the storm until all is published, ms", {(published.time() - stormed) * 1e3});
 }
