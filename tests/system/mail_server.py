@@ -82,11 +82,11 @@ ssl = no
                 assert status[0] == "OK", status
 
     def store(self, folder, name, change, flag):
-        """Sets or clears (`change`: "+" or "-") a flag, as another client does."""
+        """Changes a flag, as another client does."""
         with self.connection() as imap:
             imap.select(f'"{folder}"')
             for number in imap.search(None, "HEADER", "Message-ID", f'"<{name}@"')[1][0].split():
-                imap.store(number, change + "FLAGS.SILENT", flag)
+                imap.store(number, change, flag)
 
     def mail(self):
         boxes = Mailboxes()
