@@ -348,6 +348,12 @@ void ConfigurationReader::readAfterChange(std::string_view value) {
         command.empty() ? std::vector<std::string>() : wordsOf(command);
     if (words) {
         account_.afterChange = std::move(*words);
+        // What a shell would do with the home folder.
+        for (std::string& word : account_.afterChange) {
+            if (word.starts_with("~/")) {
+                word.replace(0, 1, folders_.home);
+            }
+        }
     } else {
         addProblem("after-change: the quotes of the command do not match");
     }

@@ -110,7 +110,9 @@ Outcome MailHost::carryOut(const HostCommand& command) {
 Outcome MailHost::move(AccountMail& account, const HostCommand& command) {
     const auto place = account.find(command.identifier, command.folderStandardId);
     if (!place) {
-        return notFound();
+        account.refresh();  // the Maildir may have gone a moment ago
+        return account.isFolderMissing() ? failed("a mail folder is missing or cannot be read")
+                                         : notFound();
     }
     if (!targetOf(account.folders(), command)) {
         account.findFoldersAgain();

@@ -119,9 +119,9 @@ TEST(Configuration, AccountValuesSurviveWriting) {
          [](Account& a) {
              a.afterChange = {"sh", "-c", "a # \"b", "x y", ""};
          }},
-        {"after-change = \"mbsync work\"",
+        {"after-change = \"mbsync -c ~/rc work\"",
          [](Account& a) {
-             a.afterChange = {"mbsync", "work"};
+             a.afterChange = {"mbsync", "-c", "/home/u/rc", "work"};
          }},
         {"after-change = # nothing", [](Account&) {}},
     };
