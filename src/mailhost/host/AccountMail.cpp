@@ -1,6 +1,7 @@
 #include "mailhost/host/AccountMail.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "mailhost/maildir/MaildirName.h"
@@ -132,7 +133,11 @@ std::optional<AccountMail::Place> AccountMail::find(std::string_view identifier,
     std::stable_partition(order.begin(), order.end(), [folderStandardId](const List& list) {
         return std::to_string(static_cast<int>(list.code)) == folderStandardId;
     });
+    std::set<std::string_view> searched;  // the Inbox may be in two lists
     for (const List& list : order) {
+        if (!searched.insert(list.folder.path).second) {
+            continue;
+        }
         const FolderReader& reader = readers_.at(list.folder.path).reader;
         if (auto file = reader.fileOf(identifier)) {
             return Place{list.folder.path, *std::move(file)};

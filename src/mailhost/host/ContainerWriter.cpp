@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <sstream>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -89,14 +90,19 @@ std::optional<Error> ContainerWriter::readList() {
     return std::nullopt;
 }
 
-std::optional<Error> ContainerWriter::writeList() const {
+std::optional<Error> ContainerWriter::writeList() {
     std::string text;
     for (const auto& [file, digests] : written_) {
         for (const std::string& digest : digests) {
             text.append(digest).append(" ").append(file).append("\n");
         }
     }
-    return FileManager::writeFileAtomically(listFile_, text);
+    if (text == listOnDisk_) {  // as after a try that found the container busy
+        return std::nullopt;
+    }
+    auto error = FileManager::writeFileAtomically(listFile_, text);
+    listOnDisk_ = error ? std::nullopt : std::optional(std::move(text));
+    return error;
 }
 
 std::string ContainerWriter::pathOf(const std::string& file) const {
@@ -213,7 +219,7 @@ std::optional<Error> ContainerWriter::writeOne(const Files& files, const std::st
     auto error = FileManager::removeItem(path);
     const auto neighbours = ExtensionUtilities::directoryContent(folderOf(path));
     if (!error && isOfToday(file) && neighbours && neighbours->empty()) {
-        error = FileManager::removeItem(folderOf(path));
+        ::rmdir(folderOf(path).c_str());  // fails if hidden files of another program are there
     }
     return error;
 }

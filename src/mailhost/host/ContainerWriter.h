@@ -41,7 +41,7 @@ private:
     using Digests = std::set<std::string>;  // SHA-256 of contents that this host wrote or may write
 
     std::optional<platform::Error> readList();
-    std::optional<platform::Error> writeList() const;
+    std::optional<platform::Error> writeList();
     std::string pathOf(const std::string& file) const;
     std::optional<platform::Error> foreignFile(const Files& files);
     std::optional<platform::Error> foreignNeighbour(const std::string& folder) const;
@@ -56,6 +56,7 @@ private:
     platform::FileCoordinator coordinator_;
     bool isListRead_ = false;
     std::map<std::string, Digests> written_;
+    std::optional<std::string> listOnDisk_;  // as this host wrote it
 };
 
 }  // namespace quillet::mailhost

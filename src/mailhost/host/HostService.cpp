@@ -96,8 +96,11 @@ void HostService::refreshInPace() {
     const auto next = lastRefresh_ ? *lastRefresh_ + kPace : Clock::now();
     if (Clock::now() >= next) {
         refresh();
-    } else if (!refreshTimer_.isActive()) {
-        refreshTimer_.start(std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now()));
+        return;
+    }
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
+    if (!refreshTimer_.isActive() || refreshTimer_.remainingTimeAsDuration() > wait) {
+        refreshTimer_.start(wait);
     }
 }
 

@@ -130,16 +130,17 @@ Outcome MailHost::moveTo(AccountMail& account,
     if (const auto refusal = whyNotMovable(place.folder, place.file, target)) {
         return failed(refusal->description());
     }
-    const auto moved = mover_.move(command.identifier, place.folder, place.file, target);
-    if (!moved) {
-        return moved.error().code == ENOENT ? notFound() : failed(moved.error().description());
-    }
-    account.forget(command.identifier);
+    // Before the move: a command that runs for nothing does no harm, one that is forgotten may.
     if (!account.configuration().afterChange.empty()) {
         if (const auto error = journal_.setPending(command.account, true)) {
             Log::write("MailHost journal %@", {error->description()});
         }
     }
+    const auto moved = mover_.move(command.identifier, place.folder, place.file, target);
+    if (!moved) {
+        return moved.error().code == ENOENT ? notFound() : failed(moved.error().description());
+    }
+    account.forget(command.identifier);
     return {Outcome::Kind::Moved, {}, moved.value()};
 }
 

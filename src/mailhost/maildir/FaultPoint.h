@@ -10,5 +10,5 @@ void faultPoint(const char* name);
 #else
 namespace quillet::mailhost {
 inline void faultPoint(const char* /*name*/) {}
-}
+}  // namespace quillet::mailhost
 #endif

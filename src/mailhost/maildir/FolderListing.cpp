@@ -1,5 +1,6 @@
 #include "mailhost/maildir/FolderListing.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
@@ -20,6 +21,8 @@ constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 // The system's clock for times of files stands still for up to 10 ms. A folder that changed less
 // than this ago may change again and keep its time.
 constexpr std::int64_t kYoungest = 20'000'000;  // nanoseconds
+// Some file systems keep whole seconds only, or even ones.
+constexpr std::int64_t kYoungestWhole = 2 * kNanosecondsPerSecond + kYoungest;
 
 struct Subfolder {
     const char* name;
@@ -41,7 +44,10 @@ bool isYoung(const FolderStamps& stamps) {
     timespec time{};
     ::clock_gettime(CLOCK_REALTIME, &time);
     const std::int64_t now = nanosecondsOf(time);
-    return std::abs(now - stamps[0].time) < kYoungest || std::abs(now - stamps[1].time) < kYoungest;
+    return std::any_of(stamps.begin(), stamps.end(), [now](const FolderStamp& stamp) {
+        const bool isWhole = stamp.time % kNanosecondsPerSecond == 0;
+        return std::abs(now - stamp.time) < (isWhole ? kYoungestWhole : kYoungest);
+    });
 }
 
 bool isMessageFile(int folder, const dirent& entry) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <functional>
 #include <string_view>
 #include <thread>
 #include <unordered_map>
@@ -38,7 +37,7 @@ struct RowTexts {
     unsigned lastReading = 0;
 };
 
-// Whether a file is no message any more. Of others that cannot be read a row without texts tells.
+// Whether a file is no message any more. Others that cannot be read have a row without texts.
 bool isGone(const platform::Error& error) {
     return error.code == ENOENT || error.code == ELOOP || error.code == EINVAL ||
            error.code == ENXIO;
@@ -47,14 +46,15 @@ bool isGone(const platform::Error& error) {
 }  // namespace
 
 struct FolderReader::State {
-    using Find = std::function<KnownMessage*()>;
-
     std::string path;
     KnownMessages messages;
     std::optional<FolderStamps> settledStamps;  // of the last listing, if it was settled
     bool isListingSettled = true;
     std::unordered_map<std::string, RowTexts> texts;  // by stable base
     unsigned reading = 0;
+    // Places in messages.all() of those whose dates are still to be read; none: not chosen since
+    // messages changed.
+    std::optional<std::vector<std::size_t>> ahead;
 
     std::string pathOf(const KnownMessage& message) const {
         return platform::Path::appendingPathComponent(path, messages.fileOf(message));
@@ -64,8 +64,11 @@ struct FolderReader::State {
     void readDate(KnownMessage& message) const;
     const RowTexts* textsOf(KnownMessage& message);
     void forgetOldTexts();
+    // Whether the folder is as its last listing, a settled one, found it.
+    bool isUnchanged() const;
     KnownMessage* findIdentifier(std::string_view identifier);
-    std::optional<std::string> search(const Find& find);
+    std::optional<std::string> search(std::string_view identifier);
+    void chooseAhead();
 };
 
 std::optional<platform::Error> FolderReader::State::list(int mostListings) {
@@ -79,6 +82,7 @@ std::optional<platform::Error> FolderReader::State::list(int mostListings) {
         settledStamps = listing.value().stamps;
     }
     messages.merge(std::move(listing.value()));
+    ahead.reset();
     messages.readTimes(path);
     return std::nullopt;
 }
@@ -119,30 +123,38 @@ void FolderReader::State::forgetOldTexts() {
     });
 }
 
+// Rows come first: they need no search.
 KnownMessage* FolderReader::State::findIdentifier(std::string_view identifier) {
     for (const auto& [base, row] : texts) {
         if (row.identifier == identifier) {
             return messages.find(base);
         }
     }
-    std::vector<KnownMessage>& all = messages.all();
-    const auto found = std::find_if(all.begin(), all.end(), [&](const KnownMessage& message) {
-        return identifierOf(parseMaildirName(messages.nameOf(message)).base) == identifier;
-    });
-    return found == all.end() ? nullptr : &*found;
+    return messages.findIdentifier(identifier);
 }
 
-std::optional<std::string> FolderReader::State::search(const Find& find) {
-    const KnownMessage* message = find();
+bool FolderReader::State::isUnchanged() const {
+    if (!settledStamps || !isSettled()) {
+        return false;
+    }
+    const platform::Result<FolderStamps> stamps = stampsOf(path);
+    return stamps && stamps.value() == *settledStamps;
+}
+
+std::optional<std::string> FolderReader::State::search(std::string_view identifier) {
+    const KnownMessage* message = findIdentifier(identifier);
     if (message != nullptr && isRegularFile(pathOf(*message))) {
         return messages.fileOf(*message);
+    }
+    if (message == nullptr && isUnchanged()) {
+        return std::nullopt;
     }
     int settled = 0;
     for (int i = 0; i < kMostSearches && settled < kSettledSearches; ++i) {
         if (list(kMostListings)) {
             return std::nullopt;
         }
-        message = find();
+        message = findIdentifier(identifier);
         const bool isListed = message != nullptr && message->isListed;
         if (isListed && isRegularFile(pathOf(*message))) {
             return messages.fileOf(*message);
@@ -162,16 +174,9 @@ FolderReader::FolderReader(std::string path) : state_(std::make_unique<State>())
 FolderReader::~FolderReader() = default;
 FolderReader::FolderReader(FolderReader&&) noexcept = default;
 
-const std::string& FolderReader::path() const {
-    return state_->path;
-}
-
 std::optional<platform::Error> FolderReader::refresh() {
-    if (state_->settledStamps && state_->isSettled()) {
-        const platform::Result<FolderStamps> stamps = stampsOf(state_->path);
-        if (stamps && stamps.value() == *state_->settledStamps) {
-            return std::nullopt;
-        }
+    if (state_->isUnchanged()) {
+        return std::nullopt;
     }
     // A folder that was changing all the time probably still is.
     return state_->list(state_->isListingSettled ? kMostListings : 1);
@@ -217,39 +222,48 @@ std::vector<MessageRow> FolderReader::newest(const RowFilter& filter, std::int64
     return rows;
 }
 
-bool FolderReader::readAhead(std::chrono::milliseconds budget) {
-    const auto end = std::chrono::steady_clock::now() + budget;
-    std::vector<KnownMessage*> unread;
-    for (KnownMessage& message : state_->messages.all()) {
+// The newest files last, so that they are read first.
+void FolderReader::State::chooseAhead() {
+    const std::vector<KnownMessage>& all = messages.all();
+    ahead.emplace();
+    for (std::size_t index = 0; index < all.size(); ++index) {
+        const KnownMessage& message = all[index];
         if (message.date == KnownMessage::kUnread && !message.isHidden && message.isListed &&
             !message.isVanished) {
-            unread.push_back(&message);
+            ahead->push_back(index);
         }
     }
-    const auto isOlder = [](const KnownMessage* one, const KnownMessage* other) {
-        return one->modified < other->modified;
-    };
-    std::make_heap(unread.begin(), unread.end(), isOlder);
-    while (!unread.empty() && std::chrono::steady_clock::now() < end) {
-        std::pop_heap(unread.begin(), unread.end(), isOlder);
-        state_->readDate(*unread.back());
-        unread.pop_back();
+    std::sort(ahead->begin(), ahead->end(), [&all](std::size_t one, std::size_t other) {
+        return all[one].modified < all[other].modified;
+    });
+}
+
+bool FolderReader::readAhead(std::chrono::milliseconds budget) {
+    if (!state_->ahead) {
+        state_->chooseAhead();
     }
-    return !unread.empty();
+    // Choosing does not count: it may take longer than the budget in a large folder.
+    const auto end = std::chrono::steady_clock::now() + budget;
+    std::vector<std::size_t>& ahead = *state_->ahead;
+    while (!ahead.empty() && std::chrono::steady_clock::now() < end) {
+        KnownMessage& message = state_->messages.all()[ahead.back()];
+        ahead.pop_back();
+        if (message.date == KnownMessage::kUnread) {
+            state_->readDate(message);
+        }
+    }
+    return !ahead.empty();
 }
 
 std::optional<std::string> FolderReader::fileOf(std::string_view identifier) const {
-    return state_->search([&] { return state_->findIdentifier(identifier); });
-}
-
-std::optional<std::string> FolderReader::fileWithBase(std::string_view stableBase) const {
-    return state_->search([&] { return state_->messages.find(stableBase); });
+    return state_->search(identifier);
 }
 
 void FolderReader::forget(std::string_view identifier) {
     if (const KnownMessage* const message = state_->findIdentifier(identifier)) {
         state_->texts.erase(state_->messages.stableBaseOf(*message));
         state_->messages.forget(*message);
+        state_->ahead.reset();
     }
 }
 

@@ -45,8 +45,6 @@ public:
     ~FolderReader();
     FolderReader(FolderReader&& other) noexcept;
 
-    const std::string& path() const;
-
     // Lists the folder again unless neither "cur" nor "new" has changed since. An error if one of
     // them cannot be listed, or if "cur" is missing: what was known stays.
     std::optional<platform::Error> refresh();
@@ -63,11 +61,10 @@ public:
     // with an old name or time is found in the end. False when all are read.
     bool readAhead(std::chrono::milliseconds budget);
 
-    // The file of a message, as in MessageRow, by its identifier or by its base name (see
-    // stableBase); none if it is not there. Lists anew, and answers none only after two settled
-    // listings without it.
+    // The file of a message, as in MessageRow, by its identifier; none if it is not there. Unless
+    // the folder is as it was at the last listing, lists it again, and answers none only after two
+    // settled listings without the message, or if the folder does not settle in ten listings.
     std::optional<std::string> fileOf(std::string_view identifier) const;
-    std::optional<std::string> fileWithBase(std::string_view stableBase) const;
 
     // Leaves out a message that was moved away, without waiting for two listings.
     void forget(std::string_view identifier);

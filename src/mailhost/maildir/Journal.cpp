@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "mailhost/maildir/JournalLine.h"
+#include "mailhost/maildir/MessageFiles.h"
 
 #include "platform/base/ByteBuffer.h"
 #include "platform/files/FileDescriptor.h"
@@ -64,6 +65,7 @@ struct Journal::State {
     std::size_t length = 0;  // bytes, all of them whole lines
     std::vector<Move> moves;
     std::vector<std::string> accounts;
+    bool isSpoilt = false;  // half a line could not be taken back
 
     // Takes the whole lines and returns their length.
     std::size_t read(std::string_view text);
@@ -125,6 +127,9 @@ std::optional<Error> Journal::State::compact(std::string_view text) {
 }
 
 std::optional<Error> Journal::State::append(const std::string& line, bool mustSync) {
+    if (isSpoilt) {
+        return posixError(EIO, path);
+    }
     const ssize_t written =
         platform::uninterrupted([&] { return ::write(file.get(), line.data(), line.size()); });
     const int code = written < 0 ? errno : ENOSPC;
@@ -136,9 +141,7 @@ std::optional<Error> Journal::State::append(const std::string& line, bool mustSy
     }
     const Error error = posixError(isWhole ? errno : code, path);
     // Half a line would spoil the next one.
-    if (::ftruncate(file.get(), static_cast<off_t>(length)) != 0) {
-        return posixError(errno, path);
-    }
+    isSpoilt = ::ftruncate(file.get(), static_cast<off_t>(length)) != 0;
     return error;
 }
 
@@ -171,6 +174,10 @@ Result<Journal> Journal::open(const std::string& path) {
         return posixError(errno, path);
     }
     if (auto error = state->compact(bytes.view().substr(0, state->length))) {
+        return *error;
+    }
+    // The file may be new: its lines are worth nothing without its name.
+    if (auto error = syncFolder(path.substr(0, path.rfind('/')))) {
         return *error;
     }
     return Journal(std::move(state));

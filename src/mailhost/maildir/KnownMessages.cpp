@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <fcntl.h>
 #include <functional>
 #include <utility>
 
 #include "mailhost/maildir/MaildirName.h"
+#include "mailhost/maildir/MessageFiles.h"
 
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/Uninterrupted.h"
@@ -18,8 +20,13 @@ namespace {
 
 constexpr std::uint8_t kListingsToMiss = 2;
 
-std::string stableBaseOfName(std::string_view fileName) {
-    return stableBase(parseMaildirName(fileName).base);
+// The first 64 bits of an identifier, never 0.
+std::uint64_t startOfIdentifier(std::string_view identifier) {
+    constexpr int kHexadecimal = 16;
+    const std::string_view digits = identifier.substr(1, 16);
+    std::uint64_t bits = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), bits, kHexadecimal);
+    return bits == 0 ? 1 : bits;
 }
 
 // Orders by hash, and by the text where hashes are equal, so that no choice of names makes two
@@ -36,7 +43,7 @@ int compareBases(const KnownMessage& one,
     }
     const std::string_view name = nameOf(one, names);
     const std::string_view otherName = nameOf(other, otherNames);
-    return name == otherName ? 0 : stableBaseOfName(name).compare(stableBaseOfName(otherName));
+    return name == otherName ? 0 : stableBaseOfFile(name).compare(stableBaseOfFile(otherName));
 }
 
 void setFactsOfName(KnownMessage& message, std::string_view fileName) {
@@ -56,6 +63,7 @@ void takeOver(const KnownMessage& before,
     if (nameBefore != name) {
         listed.modified = before.modified;
         listed.date = before.date;
+        listed.identifier = before.identifier;
         setFactsOfName(listed, name);
         return;
     }
@@ -81,7 +89,7 @@ std::vector<KnownMessage> KnownMessages::takeApart(const FolderListing& listing)
     listed.reserve(listing.files.size());
     for (const FolderListing::File& file : listing.files) {
         KnownMessage message;
-        message.hash = std::hash<std::string>()(stableBaseOfName(listing.nameOf(file)));
+        message.hash = std::hash<std::string>()(stableBaseOfFile(listing.nameOf(file)));
         message.at = file.at;
         message.length = file.length;
         message.isInNew = file.isInNew;
@@ -90,7 +98,7 @@ std::vector<KnownMessage> KnownMessages::takeApart(const FolderListing& listing)
     const auto compare = [&](const KnownMessage& one, const KnownMessage& other) {
         return compareBases(one, listing.names, other, listing.names);
     };
-    // Those that count come first: "cur" was listed after "new".
+    // Of equal ones the later is kept: "cur" was listed after "new".
     std::sort(listed.begin(), listed.end(), [&](const auto& one, const auto& other) {
         const int order = compare(one, other);
         return order < 0 || (order == 0 && one.at > other.at);
@@ -171,7 +179,7 @@ void KnownMessages::readTimes(const std::string& folder) {
 }
 
 std::string KnownMessages::stableBaseOf(const KnownMessage& message) const {
-    return stableBaseOfName(nameOf(message));
+    return stableBaseOfFile(nameOf(message));
 }
 
 KnownMessage* KnownMessages::find(std::string_view stableBase) {
@@ -183,6 +191,19 @@ KnownMessage* KnownMessages::find(std::string_view stableBase) {
     for (; message != messages_.end() && message->hash == hash; ++message) {
         if (stableBaseOf(*message) == stableBase) {
             return &*message;
+        }
+    }
+    return nullptr;
+}
+
+KnownMessage* KnownMessages::findIdentifier(std::string_view identifier) {
+    const std::uint64_t start = startOfIdentifier(identifier);
+    for (KnownMessage& message : messages_) {
+        if (message.identifier == 0) {
+            message.identifier = startOfIdentifier(identifierOf(stableBaseOf(message)));
+        }
+        if (message.identifier == start && identifierOf(stableBaseOf(message)) == identifier) {
+            return &message;
         }
     }
     return nullptr;

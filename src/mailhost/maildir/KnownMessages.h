@@ -18,6 +18,7 @@ struct KnownMessage {
     std::uint64_t hash = 0;           // of the stable base
     std::uint64_t nameTime = 0;       // see timeOf()
     std::uint64_t uid = 0;            // see uidOf()
+    std::uint64_t identifier = 0;     // its first 64 bits; 0: not asked for yet
     std::int64_t modified = kUnread;  // seconds since 1970, or kUnread
     std::int64_t date = kUnread;      // of the header: seconds since 1970, kUnread or kNone
     std::uint32_t at = 0;             // of the name
@@ -54,6 +55,9 @@ public:
 
     // The message with that stable base; null: none. Valid until the next merge().
     KnownMessage* find(std::string_view stableBase);
+    // The message with that identifier (see isIdentifier()); null: none. The first call takes some
+    // 0.1 s for 100,000 messages.
+    KnownMessage* findIdentifier(std::string_view identifier);
 
     // Takes one of all() out.
     void forget(const KnownMessage& message) {

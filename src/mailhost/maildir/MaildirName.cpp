@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "mailhost/maildir/Sha256.h"
+
 #include "platform/base/Ascii.h"
 
 namespace quillet::mailhost {
@@ -38,6 +39,13 @@ std::uint64_t numberAtStart(std::string_view text) {
     std::uint64_t number = 0;
     const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
     return read.ec == std::errc() ? number : 0;
+}
+
+// A size. Whatever else stands there could make a name too long.
+bool isNumber(std::string_view text) {
+    constexpr std::size_t kMostDigits = 20;
+    return !text.empty() && text.size() <= kMostDigits &&
+           std::all_of(text.begin(), text.end(), platform::isAsciiDigit);
 }
 
 void appendEscaped(std::string& text, std::string_view host) {
@@ -126,7 +134,8 @@ std::string newMaildirName(std::string_view oldFileName, const UniqueName& uniqu
             "Q" + std::to_string(unique.counter) + ".";
     appendEscaped(name, unique.host);
     for (const std::string_view field : kKeptFields) {
-        if (const auto value = fieldOf(old.base, field)) {
+        const auto value = fieldOf(old.base, field);
+        if (value && isNumber(*value)) {
             name.append(",").append(field).append("=").append(*value);
         }
     }

@@ -160,7 +160,7 @@ TEST(FolderReader, MessageKeepsItsRowUnderNewNamesAndLeavesAfterTwoSettledListin
     EXPECT_EQ(filesOf(reader), (Files{"cur/1.a,U=5:2,FS", "cur/2.b:2,S"}));
 }
 
-TEST(FolderReader, FileIsFoundAgainByIdentifierAndBaseOrIsGone) {
+TEST(FolderReader, FileIsFoundAgainByIdentifierOrIsGone) {
     const MailFolder folder;
     folder.add("new/1.a", "", 5);
     folder.add("cur/2.b:2,T", "", 4);
@@ -170,14 +170,14 @@ TEST(FolderReader, FileIsFoundAgainByIdentifierAndBaseOrIsGone) {
     EXPECT_EQ(reader.fileOf(identifierOf("1.a")), "new/1.a");
     EXPECT_EQ(reader.fileOf(identifierOf("2.b")), "cur/2.b:2,T");
     folder.rename("new/1.a", "cur/1.a:2,S");
-    EXPECT_EQ(reader.fileWithBase("1.a"), "cur/1.a:2,S");
+    EXPECT_EQ(reader.fileOf(identifierOf("1.a")), "cur/1.a:2,S");
     folder.rename("cur/1.a:2,S", "cur/1.a:2,RS");
     EXPECT_EQ(reader.fileOf(identifierOf("1.a")), "cur/1.a:2,RS");
     std::filesystem::remove(folder.path("cur/1.a:2,RS"));
     folder.add("new/3.c", "", 4);
     EXPECT_EQ(reader.fileOf(identifierOf("1.a")), std::nullopt);
     EXPECT_EQ(reader.fileOf("q"), std::nullopt);
-    EXPECT_EQ(reader.fileWithBase("3.c"), "new/3.c");
+    EXPECT_EQ(reader.fileOf(identifierOf("3.c")), "new/3.c");
 }
 
 TEST(FolderReader, FolderWithoutCurIsAnErrorAndWhatWasKnownStays) {
