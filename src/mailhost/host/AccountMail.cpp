@@ -7,6 +7,7 @@
 #include "mailhost/maildir/MaildirName.h"
 
 #include "platform/base/Log.h"
+#include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
 
 namespace quillet::mailhost {
@@ -62,6 +63,9 @@ std::vector<std::string> AccountMail::watchedFolders() const {
         watched.push_back(appendingPathComponent(path, "cur"));
         watched.push_back(appendingPathComponent(path, "new"));
     }
+    if (folders_.inbox.empty()) {
+        watched.push_back(configuration_.maildir);
+    }
     return watched;
 }
 
@@ -73,24 +77,43 @@ bool AccountMail::isGone(const Folder& folder) {
     return folder.missingSince && Clock::now() - *folder.missingSince >= kPatience;
 }
 
+bool AccountMail::isMaildirMissing() const {
+    return !platform::FileManager::folderExists(configuration_.maildir);
+}
+
 void AccountMail::refresh() {
     if (folders_.inbox.empty()) {
         findFoldersAgain();
     }
-    bool wasFolderMissing = isFolderMissing();  // all folders of a Maildir go together
     for (auto& [path, folder] : readers_) {
-        const auto error = folder.reader.refresh();
-        if (!error) {
+        if (const auto error = folder.reader.refresh()) {
+            noteMissing(folder, *error);
+        } else {
+            folder.wasRead = true;
             folder.missingSince.reset();
-        } else if (!folder.missingSince) {
-            if (!wasFolderMissing) {
-                Log::write("MailHost the last list of %@ stays for ten minutes: %@",
-                           {configuration_.address, error->description()});
-            }
-            wasFolderMissing = true;
-            folder.missingSince = Clock::now();
         }
     }
+}
+
+// One line for all folders of a Maildir, which go together.
+void AccountMail::noteMissing(Folder& folder, const platform::Error& error) {
+    if (!folder.wasRead || folder.missingSince) {
+        return;
+    }
+    if (std::none_of(readers_.begin(), readers_.end(), [](const auto& entry) {
+            return isMissing(entry.second);
+        })) {
+        Log::write("MailHost the last list of %@ stays for ten minutes: %@",
+                   {configuration_.address, error.description()});
+    }
+    folder.missingSince = Clock::now();
+}
+
+bool AccountMail::isAwaited() const {
+    return isMaildirMissing() && Clock::now() - start_ < kPatience &&
+           std::none_of(readers_.begin(), readers_.end(), [](const auto& entry) {
+               return entry.second.wasRead;
+           });
 }
 
 PublishedAccount AccountMail::published(std::int64_t now) {
@@ -112,7 +135,7 @@ bool AccountMail::isUnsettled() const {
 }
 
 bool AccountMail::isFolderMissing() const {
-    return folders_.inbox.empty() ||
+    return isMaildirMissing() ||
            std::any_of(readers_.begin(), readers_.end(), [](const auto& entry) {
                return isMissing(entry.second);
            });
@@ -146,10 +169,8 @@ std::optional<AccountMail::Place> AccountMail::find(std::string_view identifier,
     return std::nullopt;
 }
 
-void AccountMail::forget(std::string_view identifier) {
-    for (auto& [path, folder] : readers_) {
-        folder.reader.forget(identifier);
-    }
+void AccountMail::forget(const Place& place, std::string_view identifier) {
+    readers_.at(place.folder).reader.forget(identifier);
 }
 
 }  // namespace quillet::mailhost

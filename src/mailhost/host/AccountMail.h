@@ -30,7 +30,8 @@ public:
 
     const AccountConfiguration& configuration() const { return configuration_; }
     const AccountFolders& folders() const { return folders_; }
-    // The folders whose changes matter: "cur" and "new" of each that is shown.
+    // The folders whose changes matter: "cur" and "new" of each that is shown, and the Maildir as
+    // long as it has no Inbox.
     std::vector<std::string> watchedFolders() const;
 
     // Looks for the account's folders again: some may have been made since. Changes nothing while
@@ -41,9 +42,13 @@ public:
     void refresh();
     // What the widget shows, as of the last refresh(). `now`: seconds since 1970.
     PublishedAccount published(std::int64_t now);
+    // Whether the last list in the container stays: the Maildir was not there yet, for instance on
+    // a disk that comes late.
+    bool isAwaited() const;
 
-    // Whether a folder was changing when it was listed, or is missing: see FolderReader.
+    // Whether a folder was changing when it was listed: see FolderReader.
     bool isUnsettled() const;
+    // Whether the Maildir, or a folder that was there before, is missing.
     bool isFolderMissing() const;
     // See FolderReader::readAhead().
     bool readAhead(std::chrono::milliseconds budget);
@@ -51,8 +56,8 @@ public:
     // Where a message lies, first in the folders of the standard folder that a command names (as it
     // is written there). None if it is in no folder that is shown.
     std::optional<Place> find(std::string_view identifier, std::string_view folderStandardId);
-    // Leaves out a message that was moved away.
-    void forget(std::string_view identifier);
+    // Leaves out a message that was moved away from there.
+    void forget(const Place& place, std::string_view identifier);
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -61,7 +66,8 @@ private:
         explicit Folder(const std::string& path) : reader(path) {}
 
         FolderReader reader;
-        std::optional<Clock::time_point> missingSince;
+        bool wasRead = false;
+        std::optional<Clock::time_point> missingSince;  // none before it was read
     };
     struct List {
         MailFolder folder;
@@ -69,6 +75,8 @@ private:
         RowFilter filter;
     };
 
+    bool isMaildirMissing() const;
+    void noteMissing(Folder& folder, const platform::Error& error);
     static bool isMissing(const Folder& folder);
     static bool isGone(const Folder& folder);
     void addList(const MailFolder& folder, StandardFolder code, bool onlyFlagged);
@@ -78,6 +86,7 @@ private:
     std::vector<List> lists_;
     std::map<std::string, Folder> readers_;  // by path: a folder may be in two lists
     std::vector<std::string> toldProblems_;
+    Clock::time_point start_ = Clock::now();
 };
 
 }  // namespace quillet::mailhost

@@ -1,6 +1,9 @@
 #include "mailhost/host/CommandLine.h"
 
+#include <algorithm>
 #include <array>
+
+#include "platform/base/Ascii.h"
 
 namespace quillet::mailhost {
 
@@ -44,6 +47,18 @@ panel; if the host is running already, it gets them.
     "running, there is no session bus, or the container cannot be written\n",
 };
 
+// Whether a text can be a name on the session bus, which is also the name of a folder.
+bool isIdentifierOfProgram(const std::string& text) {
+    constexpr std::size_t kLongest = 255;
+    const auto isAllowed = [](char character) {
+        return platform::isAsciiAlphanumeric(character) || character == '-' || character == '_' ||
+               character == '.';
+    };
+    return text.size() <= kLongest && std::all_of(text.begin(), text.end(), isAllowed) &&
+           text.find('.') != std::string::npos && !text.starts_with('.') && !text.ends_with('.') &&
+           text.find("..") == std::string::npos;
+}
+
 CommandLine interpret(const ProgramArguments& arguments) {
     CommandLine line;
     line.urls = arguments.words();
@@ -51,11 +66,17 @@ CommandLine interpret(const ProgramArguments& arguments) {
     line.container = arguments.value("container");
     line.identifier = arguments.value("identifier").value_or(line.identifier);
     line.logs = arguments.has("log");
+    if (!isIdentifierOfProgram(line.identifier)) {
+        throw UsageError{"\"" + line.identifier + "\" is no identifier, such as it.tarno.quillet"};
+    }
     if (arguments.has("once") && arguments.has("detect")) {
         throw UsageError{R"("--once" and "--detect" do not go together)"};
     }
-    if (arguments.has("detect") && line.configuration) {
-        throw UsageError{R"("--detect" reads no configuration)"};
+    for (const char* const option : {"config", "container", "identifier", "log"}) {
+        if (arguments.has("detect") && arguments.has(option)) {
+            throw UsageError{R"("--detect" and "--)" + std::string(option) +
+                             "\" do not go together"};
+        }
     }
     if (arguments.has("once")) {
         line.task = CommandLine::Task::Once;

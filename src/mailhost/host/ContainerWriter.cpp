@@ -49,11 +49,12 @@ ContainerWriter::ContainerWriter(std::string dataFolder, std::string listFile)
       listFile_(std::move(listFile)),
       coordinator_(dataFolder_) {}
 
-platform::Result<ContainerWriter::Changes> ContainerWriter::publish(const Files& files) {
+platform::Result<ContainerWriter::Changes> ContainerWriter::publish(
+    const Files& files, const std::set<std::string>& kept) {
     if (const auto error = readList()) {
         return *error;
     }
-    const Changes changes = changesFor(files);
+    const Changes changes = changesFor(files, kept);
     if (const auto error = foreignFile(files)) {
         return *error;
     }
@@ -66,7 +67,7 @@ platform::Result<ContainerWriter::Changes> ContainerWriter::publish(const Files&
     if (const auto error = writeChanges(files, changes)) {
         return *error;
     }
-    settle(files);
+    settle(files, changes);
     return changes;
 }
 
@@ -109,7 +110,8 @@ std::string ContainerWriter::pathOf(const std::string& file) const {
     return appendingPathComponent(dataFolder_, file);
 }
 
-ContainerWriter::Changes ContainerWriter::changesFor(const Files& files) {
+ContainerWriter::Changes ContainerWriter::changesFor(const Files& files,
+                                                     const std::set<std::string>& kept) {
     Changes changes;
     for (const auto& [file, bytes] : files) {
         if (contentsOf(pathOf(file)) != bytes) {
@@ -119,7 +121,7 @@ ContainerWriter::Changes ContainerWriter::changesFor(const Files& files) {
         }
     }
     for (const auto& [file, digests] : written_) {
-        if (!files.contains(file)) {
+        if (!files.contains(file) && !kept.contains(folderOf(file))) {
             changes.files.insert(file);
         }
     }
@@ -172,8 +174,10 @@ std::optional<Error> ContainerWriter::intend(const Files& files, const Changes& 
 }
 
 // What was written long ago needs no place in the list any more; the next list leaves it out.
-void ContainerWriter::settle(const Files& files) {
-    std::erase_if(written_, [&files](const auto& entry) { return !files.contains(entry.first); });
+void ContainerWriter::settle(const Files& files, const Changes& changes) {
+    for (const std::string& file : changes.files) {
+        written_.erase(file);
+    }
     for (const auto& [file, bytes] : files) {
         written_[file] = {sha256(bytes)};
     }

@@ -34,8 +34,8 @@ public:
 
     // Makes the host's files in the container exactly `files`: writes those that differ, each one
     // whole, and removes those that it wrote before and that are not among them. Files with the
-    // right contents are not written again.
-    platform::Result<Changes> publish(const Files& files);
+    // right contents are not written again. What lies in the folders `kept` stays as it is.
+    platform::Result<Changes> publish(const Files& files, const std::set<std::string>& kept = {});
 
 private:
     using Digests = std::set<std::string>;  // SHA-256 of contents that this host wrote or may write
@@ -47,9 +47,9 @@ private:
     std::optional<platform::Error> foreignNeighbour(const std::string& folder) const;
     std::optional<platform::Error> writeChanges(const Files& files, const Changes& changes) const;
     std::optional<platform::Error> writeOne(const Files& files, const std::string& file) const;
-    Changes changesFor(const Files& files);
+    Changes changesFor(const Files& files, const std::set<std::string>& kept);
     std::optional<platform::Error> intend(const Files& files, const Changes& changes);
-    void settle(const Files& files);
+    void settle(const Files& files, const Changes& changes);
 
     std::string dataFolder_;
     std::string listFile_;

@@ -1,6 +1,8 @@
 #include "mailhost/host/HostConfiguration.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <map>
 #include <utility>
 
 #include "mailhost/maildir/MessageHeader.h"
@@ -13,6 +15,23 @@ namespace quillet::mailhost {
 namespace {
 
 constexpr std::size_t kLargestConfiguration = std::size_t{1024} * 1024;  // bytes
+
+bool hasAccount(const Configuration& configuration, const std::string& address) {
+    const auto& accounts = configuration.accounts;
+    return std::any_of(accounts.begin(), accounts.end(), [&](const AccountConfiguration& account) {
+        return account.address == address;
+    });
+}
+
+// An Inbox that gets mail for two addresses keeps the one that was commonest first.
+std::string addressOfInbox(const std::string& inbox) {
+    static std::map<std::string, std::string> known;
+    std::string& address = known[inbox];
+    if (address.empty()) {
+        address = commonestDeliveredTo(inbox);
+    }
+    return address;
+}
 
 }  // namespace
 
@@ -55,11 +74,18 @@ Configuration HostConfiguration::found() {
             platform::Log::write("MailHost %@", {problem});
         }
     }
+    for (const AccountConfiguration& known : lastFound_.accounts) {
+        const bool isFound = hasAccount(discovery.configuration, known.address);
+        if (!isFound && !platform::FileManager::folderExists(known.maildir)) {
+            discovery.configuration.accounts.push_back(known);
+        }
+    }
+    lastFound_ = discovery.configuration;
     return std::move(discovery.configuration);
 }
 
 Discovery discover(const UserFolders& folders) {
-    return discoverAccounts(folders, commonestDeliveredTo);
+    return discoverAccounts(folders, addressOfInbox);
 }
 
 }  // namespace quillet::mailhost

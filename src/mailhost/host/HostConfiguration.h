@@ -21,7 +21,9 @@ public:
     const std::string& file() const { return file_; }
 
     // The configuration as it is now, or lines for the user that say what is wrong with the file.
-    // Logs what keeps accounts from being found, unless it did so the last time.
+    // Logs what keeps accounts from being found, unless it did so the last time. An account that
+    // was found before stays while its Maildir is missing, for instance because a disk is not
+    // there.
     std::variant<Configuration, std::vector<std::string>> read();
     // Whether the file was changed, made or removed since the last read().
     bool isChanged() const;
@@ -34,9 +36,10 @@ private:
     bool mustExist_;
     std::optional<std::string> contents_;  // as read() found them
     std::vector<std::string> toldProblems_;
+    Configuration lastFound_;
 };
 
-// Accounts as they are found without a configuration file. Any thread.
+// Accounts as they are found without a configuration file. Main thread only.
 Discovery discover(const UserFolders& folders);
 
 }  // namespace quillet::mailhost

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <set>
 #include <utility>
 
 #include "model/HostInterface.h"
@@ -69,10 +70,15 @@ void MailHost::refresh() {
 platform::Result<ContainerWriter::Changes> MailHost::publish() {
     const auto now = static_cast<std::int64_t>(std::time(nullptr));
     std::vector<PublishedAccount> published;
+    std::set<std::string> kept;
     for (AccountMail& account : accounts_) {
         published.push_back(account.published(now));
+        if (account.isAwaited()) {
+            published.back().lists.clear();
+            kept.insert(accountFolder(account.configuration().address));
+        }
     }
-    return writer_.publish(containerFiles(published));
+    return writer_.publish(containerFiles(published), kept);
 }
 
 AccountMail* MailHost::find(const std::string& address) {
@@ -140,7 +146,7 @@ Outcome MailHost::moveTo(AccountMail& account,
     if (!moved) {
         return moved.error().code == ENOENT ? notFound() : failed(moved.error().description());
     }
-    account.forget(command.identifier);
+    account.forget(place, command.identifier);
     return {Outcome::Kind::Moved, {}, moved.value()};
 }
 
@@ -171,13 +177,9 @@ bool MailHost::readAhead(std::chrono::milliseconds budget) {
     });
 }
 
-std::vector<std::string> MailHost::afterChange(const std::string& account) const {
-    for (const AccountMail& each : accounts_) {
-        if (each.configuration().address == account) {
-            return each.configuration().afterChange;
-        }
-    }
-    return {};
+std::vector<std::string> MailHost::afterChange(const std::string& account) {
+    const AccountMail* const found = find(account);
+    return found == nullptr ? std::vector<std::string>() : found->configuration().afterChange;
 }
 
 }  // namespace quillet::mailhost

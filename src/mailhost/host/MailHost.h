@@ -54,7 +54,7 @@ public:
     bool readAhead(std::chrono::milliseconds budget);
 
     // The command to run after changes of an account, by its address; empty if there is none.
-    std::vector<std::string> afterChange(const std::string& account) const;
+    std::vector<std::string> afterChange(const std::string& account);
 
 private:
     AccountMail* find(const std::string& address);

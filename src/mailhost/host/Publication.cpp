@@ -57,10 +57,12 @@ std::string messageFile(const PublishedAccount& account,
         {"account", account.address}, {"folder", list.folder}, {"data", std::move(messages)}});
 }
 
-// The code comes first: no name begins with "." then, which would hide the file.
-std::string fileName(const PublishedList& list) {
+// The code comes first: no name begins with "." then, which would hide the file. Folders of
+// different places may have one name; `number` tells them apart.
+std::string fileName(const PublishedList& list, int number) {
+    const std::string suffix = number == 1 ? "" : "-" + std::to_string(number);
     return platform::FileLock::nameFor(
-        std::to_string(static_cast<int>(list.code)) + "-" + list.folder, ".plist");
+        std::to_string(static_cast<int>(list.code)) + "-" + list.folder + suffix, ".plist");
 }
 
 Value accountValue(const PublishedAccount& account) {
@@ -73,6 +75,10 @@ Value accountValue(const PublishedAccount& account) {
 
 }  // namespace
 
+std::string accountFolder(const std::string& address) {
+    return appendingPathComponent(ExtensionUtilities::kTodayFolder, address);
+}
+
 ContainerWriter::Files containerFiles(const std::vector<PublishedAccount>& accounts) {
     ContainerWriter::Files files;
     Array accountValues;
@@ -81,8 +87,11 @@ ContainerWriter::Files containerFiles(const std::vector<PublishedAccount>& accou
         const std::string folder =
             appendingPathComponent(std::string(ExtensionUtilities::kTodayFolder), account.address);
         for (const PublishedList& list : account.lists) {
-            files[appendingPathComponent(folder, fileName(list))] =
-                messageFile(account, accountValues.size(), list);
+            std::string file = appendingPathComponent(folder, fileName(list, 1));
+            for (int number = 2; files.contains(file); ++number) {
+                file = appendingPathComponent(folder, fileName(list, number));
+            }
+            files[file] = messageFile(account, accountValues.size(), list);
         }
     }
     files[std::string(ExtensionUtilities::kAccountsFile)] =

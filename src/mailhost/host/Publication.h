@@ -24,6 +24,9 @@ struct PublishedAccount {
     std::vector<PublishedList> lists;
 };
 
+// The folder of an account's messages below the data folder.
+std::string accountFolder(const std::string& address);
+
 // What the container holds for these accounts: the account list and one file for each list. The
 // same accounts make the same bytes. Any thread.
 ContainerWriter::Files containerFiles(const std::vector<PublishedAccount>& accounts);
