@@ -13,8 +13,19 @@ import pathlib
 import pwd
 import re
 import subprocess
+import time
 
 ADDRESS = "anna@example.com"
+
+
+def eventually(condition, what, seconds=30):
+    """Waits for the condition; returns what it returned."""
+    end = time.monotonic() + seconds
+    while not (value := condition()):
+        if time.monotonic() > end:
+            raise AssertionError(f"waited in vain: {what}")
+        time.sleep(0.01)
+    return value
 
 
 def message(identifier, subject=None, size=0):
