@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "app/PanelController.h"
+#include "bench/FigureTable.h"
 #include "bench/FolderClock.h"
 #include "bench/MailHostProcess.h"
 #include "bench/MaildirMaker.h"
@@ -35,7 +36,7 @@ namespace {
 
 constexpr std::size_t kHeadersRead = 600;  // about as many as the host has to read
 constexpr double kStormRate = 130;         // messages in a second, as mbsync stores them
-constexpr int kQuietTime = 5000;           // milliseconds
+constexpr std::size_t kQuietSeconds = 5;   // at most: as many as there are rounds
 constexpr int kSmallFolder = 30;           // messages
 // Milliseconds until host and panel have followed all changes and the host does not pace itself any
 // more.
@@ -45,37 +46,6 @@ struct Sizes {
     std::size_t messages = 50'000;
     std::size_t storm = 2'000;
     std::size_t rounds = 15;
-};
-
-// The table of figures.
-class Report {
-public:
-    explicit Report(const Sizes& sizes) {
-        std::printf("The mail host, %zu messages in the Inbox, a storm of %zu, %zu rounds\n",
-                    sizes.messages,
-                    sizes.storm,
-                    sizes.rounds);
-        std::printf("%-52s%10s%10s%10s%10s\n", "figure", "median", "minimum", "maximum", "goal");
-    }
-
-    void add(const char* figure, const std::vector<double>& values) { print(figure, values, "-"); }
-    // The median must not be larger than `goal`.
-    void add(const char* figure, const std::vector<double>& values, double goal) {
-        char text[32];
-        std::snprintf(text, sizeof text, "%.1f", goal);
-        print(figure, values, text);
-        isFast_ = isFast_ && median(values) <= goal;
-    }
-    bool isFast() const { return isFast_; }
-
-private:
-    static void print(const char* figure, const std::vector<double>& values, const char* goal) {
-        const auto [least, most] = std::minmax_element(values.begin(), values.end());
-        std::printf("%-52s%10.2f%10.2f%10.2f%10s\n", figure, median(values), *least, *most, goal);
-        std::fflush(stdout);
-    }
-
-    bool isFast_ = true;
 };
 
 void check(bool isRight, const char* what) {
@@ -125,10 +95,10 @@ public:
         MaildirMaker(peerInbox_, sizes.rounds + 100).fill();
     }
 
-    void once(Report& report);
-    void background(Report& report);
-    void answers(Report& report);
-    void storm(Report& report);
+    void once(FigureTable& table);
+    void background(FigureTable& table);
+    void answers(FigureTable& table);
+    void storm(FigureTable& table);
     void endHost() { host_.reset(); }
 
 private:
@@ -153,7 +123,7 @@ private:
     std::unique_ptr<MailHostProcess> host_;
 };
 
-void Measurement::once(Report& report) {
+void Measurement::once(FigureTable& table) {
     std::vector<double> clock, peak, listing, facts, headers;
     runOnce(place_);  // fills the system's caches
     for (std::size_t round = 0; round < sizes_.rounds; ++round) {
@@ -165,31 +135,31 @@ void Measurement::once(Report& report) {
         headers.push_back(plainReading(inbox_, kHeadersRead));
         checkRows(place_, mail_);
     }
-    report.add("--once, whole process, ms", clock, 1000);
-    report.add("  plain: names of all files, ms", listing);
-    report.add("  plain: names and facts of all files, ms", facts);
-    report.add("  plain: first 4 KB of 600 files, ms", headers);
-    report.add("--once, peak memory, MiB", peak, 40);
+    table.add("--once, whole process, ms", clock, 1000);
+    table.add("  plain: names of all files, ms", listing);
+    table.add("  plain: names and facts of all files, ms", facts);
+    table.add("  plain: first 4 KB of 600 files, ms", headers);
+    table.add("--once, peak memory, MiB", peak, 40);
 }
 
-void Measurement::background(Report& report) {
+void Measurement::background(FigureTable& table) {
     host_ = std::make_unique<MailHostProcess>(place_);
     host_->waitUntilQuiet();
-    report.add("reading the rest in the background, processor ms", {host_->use().processor});
-    report.add("  plain: first 4 KB of all files, ms", {plainReading(inbox_, sizes_.messages)});
-    report.add("resident memory afterwards, MiB", {host_->residentMemory()});
+    table.add("reading the rest in the background, processor ms", {host_->use().processor});
+    table.add("  plain: first 4 KB of all files, ms", {plainReading(inbox_, sizes_.messages)});
+    table.add("resident memory afterwards, MiB", {host_->residentMemory()});
     QTest::qWait(kPause);
     const ProcessUse before = host_->use();
-    QTest::qWait(kQuietTime);
+    QTest::qWait(static_cast<int>(std::min(sizes_.rounds, kQuietSeconds)) * 1000);
     const ProcessUse after = host_->use();
-    report.add("5 s of quiet: switches of the context",
-               {static_cast<double>(after.switches - before.switches)},
-               0);
-    report.add("5 s of quiet: processor ms", {after.processor - before.processor}, 0);
+    table.add("while nothing happens: switches of the context",
+              {static_cast<double>(after.switches - before.switches)},
+              0);
+    table.add("while nothing happens: processor ms", {after.processor - before.processor}, 0);
     checkRows(place_, mail_);
 }
 
-void Measurement::answers(Report& report) {
+void Measurement::answers(FigureTable& table) {
     PanelController panel(platform::Look::Light);
     PaintClock painted(panel);
     painted.expect(mail_.newest().front().identifier);
@@ -227,15 +197,15 @@ void Measurement::answers(Report& report) {
     checkRows(place_, mail_);
     panel.hide();
     platform::drainBackgroundQueue();
-    report.add("new message until it is published, ms", publishing, 300);
-    report.add("new message until its row is painted, ms", painting, 400);
-    report.add("click until the file is in the archive, ms", moving, median(plainRename) + 10);
-    report.add("  plain: journal line and rename, ms", plainRename);
-    report.add("click until the store no longer shows it, ms", hiding, median(plainWhole) + 30);
-    report.add("  plain: the same and both folders on the disk, ms", plainWhole);
+    table.add("new message until it is published, ms", publishing, 300);
+    table.add("new message until its row is painted, ms", painting, 400);
+    table.add("click until the file is in the archive, ms", moving, median(plainRename) + 10);
+    table.add("  plain: journal line and rename, ms", plainRename);
+    table.add("click until the store no longer shows it, ms", hiding, median(plainWhole) + 30);
+    table.add("  plain: the same and both folders on the disk, ms", plainWhole);
 }
 
-void Measurement::storm(Report& report) {
+void Measurement::storm(FigureTable& table) {
     QTest::qWait(kPause);
     FolderClock published(std::filesystem::path(place_.inboxFile()).parent_path());
     const ProcessUse before = host_->use();
@@ -257,11 +227,10 @@ void Measurement::storm(Report& report) {
     const double milliseconds = (stormed - start) * 1e3;
     const double plain =
         plainListing(inbox_) * (milliseconds / 1e3) + plainReading(inbox_, sizes_.storm);
-    report.add(
+    table.add(
         "storm, processor of the host, percent of a core", {processor / milliseconds * 100}, 10);
-    report.add("  plain: all names each second, new headers, percent",
-               {plain / milliseconds * 100});
-    report.add("end of the storm until all is published, ms", {(published.time() - stormed) * 1e3});
+    table.add("  plain: all names each second, new headers, percent", {plain / milliseconds * 100});
+    table.add("end of the storm until all is published, ms", {(published.time() - stormed) * 1e3});
 }
 
 int run(const std::string& program,
@@ -273,17 +242,21 @@ int run(const std::string& program,
     ::setenv("XDG_STATE_HOME", (folder + "/state").c_str(), 1);
     ::setenv("QUILLET_CONTAINER", (folder + "/container").c_str(), 1);
     Measurement measurement(program, folder, sizes);
-    Report report(sizes);
-    measurement.once(report);
+    std::printf("The mail host, %zu messages in the Inbox, a storm of %zu, %zu rounds\n",
+                sizes.messages,
+                sizes.storm,
+                sizes.rounds);
+    FigureTable table;
+    measurement.once(table);
     const QApplication application(argc, argv);
-    report.add("resident memory, 3 folders of 30 messages, MiB",
-               {smallStoreMemory(program, folder + "/small")},
-               20);
-    measurement.background(report);
-    measurement.answers(report);
-    measurement.storm(report);
+    table.add("resident memory, 3 folders of 30 messages, MiB",
+              {smallStoreMemory(program, folder + "/small")},
+              20);
+    measurement.background(table);
+    measurement.answers(table);
+    measurement.storm(table);
     measurement.endHost();
-    return report.isFast() ? EXIT_SUCCESS : kTooSlow;
+    return table.isFast() ? EXIT_SUCCESS : kTooSlow;
 }
 
 }  // namespace
