@@ -16,6 +16,10 @@ using platform::Log;
 
 constexpr std::chrono::milliseconds kHurry{100};  // to another listing, of unsettled folders
 constexpr int kHurriedRefreshes = 3;
+// While folders go on changing, pauses last so many times as long as the reading before them, so
+// that large folders take no more of the processor than small ones.
+constexpr int kPauseShare = 15;
+constexpr std::chrono::seconds kSlowestPace{5};
 constexpr std::chrono::milliseconds kPublishAgain{20};
 // A third of one processor at most, and pauses in which commands are carried out.
 constexpr std::chrono::milliseconds kReadAheadBudget{5};
@@ -93,7 +97,7 @@ void HostService::watchFolders() {
 }
 
 void HostService::refreshInPace() {
-    const auto next = lastRefresh_ ? *lastRefresh_ + kPace : Clock::now();
+    const auto next = lastRefresh_ ? *lastRefresh_ + pace_ : Clock::now();
     if (Clock::now() >= next) {
         refresh();
         return;
@@ -105,11 +109,13 @@ void HostService::refreshInPace() {
 }
 
 void HostService::refresh() {
+    const auto start = Clock::now();
     host_.refresh();
     watchFolders();
-    lastRefresh_ = Clock::now();
     refreshAgainIfNeeded();
     publish(Notify::IfChanged);
+    lastRefresh_ = Clock::now();
+    pace_ = std::clamp<Clock::duration>(kPauseShare * (*lastRefresh_ - start), kPace, kSlowestPace);
     if (!readAheadTimer_.isActive()) {
         readAheadTimer_.start(kReadAheadPause);
     }
@@ -118,7 +124,8 @@ void HostService::refresh() {
 void HostService::refreshAgainIfNeeded() {
     if (host_.isUnsettled()) {
         const bool isHurried = ++hurriedRefreshes_ <= kHurriedRefreshes;
-        refreshTimer_.start(isHurried ? kHurry : std::chrono::milliseconds(kPace));
+        refreshTimer_.start(isHurried ? kHurry
+                                      : std::chrono::ceil<std::chrono::milliseconds>(pace_));
         return;
     }
     hurriedRefreshes_ = 0;

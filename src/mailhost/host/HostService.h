@@ -20,8 +20,8 @@ namespace quillet::mailhost {
 // the widget. Main thread only.
 class HostService {
 public:
-    // How often folders are read again while they go on changing, and how often if nothing says
-    // that they changed: network file systems do not.
+    // How often folders are read again at most while they go on changing (less often if reading
+    // takes long), and how often if nothing says that they changed: network file systems do not.
     static constexpr std::chrono::seconds kPace{1};
     static constexpr std::chrono::minutes kRescan{10};
     // How often a folder that is missing is looked for.
@@ -62,6 +62,7 @@ private:
     QTimer rescanTimer_;
     QTimer readAheadTimer_;
     std::optional<Clock::time_point> lastRefresh_;
+    Clock::duration pace_ = kPace;
     int hurriedRefreshes_ = 0;  // since the folders were last settled
     bool mustNotify_ = false;   // once publish() is through
     std::string lastProblem_;   // of publish(), told once
