@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <utility>
 
 #include "model/HostInterface.h"
@@ -16,14 +17,19 @@ using platform::Log;
 
 constexpr std::chrono::milliseconds kHurry{100};  // to another listing, of unsettled folders
 constexpr int kHurriedRefreshes = 3;
-// While folders go on changing, pauses last so many times as long as the reading before them, so
-// that large folders take no more of the processor than small ones.
+// While folders go on changing, pauses last so many times the processor time of the reading before
+// them, so that large folders take no more of the processor than small ones.
 constexpr int kPauseShare = 15;
 constexpr std::chrono::seconds kSlowestPace{5};
 constexpr std::chrono::milliseconds kPublishAgain{20};
 // A third of one processor at most, and pauses in which commands are carried out.
 constexpr std::chrono::milliseconds kReadAheadBudget{5};
 constexpr std::chrono::milliseconds kReadAheadPause{10};
+
+std::chrono::microseconds processorTimeSince(std::clock_t start) {
+    static_assert(CLOCKS_PER_SEC == 1'000'000);
+    return std::chrono::microseconds(std::clock() - start);
+}
 
 std::string folderOfFile(const std::string& path) {
     const std::size_t slash = path.rfind('/');
@@ -109,13 +115,14 @@ void HostService::refreshInPace() {
 }
 
 void HostService::refresh() {
-    const auto start = Clock::now();
+    const std::clock_t start = std::clock();
     host_.refresh();
     watchFolders();
     refreshAgainIfNeeded();
     publish(Notify::IfChanged);
     lastRefresh_ = Clock::now();
-    pace_ = std::clamp<Clock::duration>(kPauseShare * (*lastRefresh_ - start), kPace, kSlowestPace);
+    pace_ =
+        std::clamp<Clock::duration>(kPauseShare * processorTimeSince(start), kPace, kSlowestPace);
     if (!readAheadTimer_.isActive()) {
         readAheadTimer_.start(kReadAheadPause);
     }
