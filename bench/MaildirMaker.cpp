@@ -77,7 +77,7 @@ std::string messageText(std::size_t number, std::int64_t seconds) {
         ".7F3A2@mail.example.org>\nMIME-Version: 1.0\n"
         "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\n";
     for (int line = 0; line < 12; ++line) {
-        text += "Liebe Anna, das Gespräch dauert wohl länger, als wir gedacht haben.\n";
+        text += "Liebe Anna, das Gespräch beginnt um elf Uhr und dauert bis zum Abend.\n";
     }
     return text;
 }
