@@ -109,6 +109,11 @@ struct AfterChange::State final {
         account.process = started.value();
         account.end =
             FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, started.value(), 0)));
+        if (!account.end) {
+            tell(name, "its end cannot be watched");
+            finished(name);
+            return;
+        }
         account.notifier =
             std::make_unique<QSocketNotifier>(account.end.get(), QSocketNotifier::Read);
         QObject::connect(

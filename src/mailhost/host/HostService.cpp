@@ -21,7 +21,6 @@ constexpr int kHurriedRefreshes = 3;
 // them, so that large folders take no more of the processor than small ones.
 constexpr int kPauseShare = 15;
 constexpr std::chrono::seconds kSlowestPace{5};
-constexpr std::chrono::milliseconds kPublishAgain{20};
 // A third of one processor at most, and pauses in which commands are carried out.
 constexpr std::chrono::milliseconds kReadAheadBudget{5};
 constexpr std::chrono::milliseconds kReadAheadPause{10};
@@ -83,14 +82,21 @@ void HostService::configurationMayHaveChanged() {
 void HostService::rescan() {
     const auto read = configuration_.read();
     if (const auto* configuration = std::get_if<Configuration>(&read)) {
+        toldProblems_.clear();
         host_.configure(*configuration);
     } else {
-        for (const std::string& line : std::get<1>(read)) {
-            Log::write("MailHost the configuration stays as it was: %@", {line});
-        }
+        tellOfProblems(std::get<1>(read));
     }
     host_.findFoldersAgain();
     refresh();
+}
+
+void HostService::tellOfProblems(const std::vector<std::string>& lines) {
+    if (std::exchange(toldProblems_, lines) != lines) {
+        for (const std::string& line : lines) {
+            Log::write("MailHost the configuration stays as it was: %@", {line});
+        }
+    }
 }
 
 void HostService::watchFolders() {
@@ -119,7 +125,10 @@ void HostService::refresh() {
     host_.refresh();
     watchFolders();
     refreshAgainIfNeeded();
-    publish(Notify::IfChanged);
+    // While folders change, listings come in a hurry, but what they show does not.
+    if (!host_.isUnsettled() || !lastPublish_ || Clock::now() - *lastPublish_ >= pace_) {
+        publish(Notify::IfChanged);
+    }
     lastRefresh_ = Clock::now();
     pace_ =
         std::clamp<Clock::duration>(kPauseShare * processorTimeSince(start), kPace, kSlowestPace);
@@ -153,10 +162,13 @@ void HostService::publish(Notify notify) {
     mustNotify_ = mustNotify_ || notify == Notify::Always;
     const auto changes = host_.publish();
     if (!changes && changes.error().code == EWOULDBLOCK) {
-        publishTimer_.start(kPublishAgain);
+        publishTimer_.start(publishPause_);
+        publishPause_ = std::min(2 * publishPause_, kLongestPublishPause);
         return;
     }
     publishTimer_.stop();
+    publishPause_ = kFirstPublishPause;
+    lastPublish_ = Clock::now();
     const std::string problem = changes ? std::string() : changes.error().description();
     if (std::exchange(lastProblem_, problem) != problem && !problem.empty()) {
         Log::write("MailHost the container cannot be written: %@", {problem});

@@ -35,12 +35,16 @@ public:
     void receive(const platform::ApplicationCall& call);
 
 private:
+    static constexpr std::chrono::milliseconds kFirstPublishPause{20};
+    static constexpr std::chrono::milliseconds kLongestPublishPause{1000};
+
     using Clock = std::chrono::steady_clock;
     enum class Notify { IfChanged, Always };
 
     void startTimers();
     void configurationMayHaveChanged();
     void rescan();
+    void tellOfProblems(const std::vector<std::string>& lines);
     // Watches the shown folders, unless they are the same as before.
     void watchFolders();
     void refreshInPace();
@@ -64,8 +68,11 @@ private:
     std::optional<Clock::time_point> lastRefresh_;
     Clock::duration pace_ = kPace;
     int hurriedRefreshes_ = 0;  // since the folders were last settled
-    bool mustNotify_ = false;   // once publish() is through
-    std::string lastProblem_;   // of publish(), told once
+    std::optional<Clock::time_point> lastPublish_;
+    std::chrono::milliseconds publishPause_ = kFirstPublishPause;  // to the next try
+    std::vector<std::string> toldProblems_;                        // of the configuration
+    bool mustNotify_ = false;                                      // once publish() is through
+    std::string lastProblem_;                                      // of publish(), told once
 };
 
 }  // namespace quillet::mailhost

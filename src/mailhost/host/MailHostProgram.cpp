@@ -67,6 +67,12 @@ bool shallEnd() {
     return StopSignals::received() != 0;
 }
 
+// Where a host keeps its state, and the data folder that it writes.
+struct Places {
+    std::string stateFolder;
+    std::string dataFolder;
+};
+
 // What a host has to itself: its state, and the container that it writes.
 struct Parts {
     FileLock lock;
@@ -135,6 +141,10 @@ int handOver(const CommandLine& line) {
                                               : fail(running + ", and does not answer");
 }
 
+int failWithoutParts(const platform::Error& error, const CommandLine& line) {
+    return error.code == EWOULDBLOCK ? handOver(line) : fail(error.description());
+}
+
 void endWithBus(QDBusConnection bus, QTimer& end) {
     end.setSingleShot(true);
     QObject::connect(&end, &QTimer::timeout, &QCoreApplication::quit);
@@ -146,21 +156,36 @@ void endWithBus(QDBusConnection bus, QTimer& end) {
                 SLOT(start()));
 }
 
-int serve(MailHost& host,
-          Parts& parts,
+// A start that writes the container once has the parts for a moment.
+platform::Result<Parts> awaitParts(const std::string& stateFolder, const std::string& dataFolder) {
+    constexpr int kTries = 80;
+    for (int tries = 1; tries < kTries; ++tries) {
+        auto parts = openParts(stateFolder, dataFolder);
+        if (parts || parts.error().code != EWOULDBLOCK) {
+            return parts;
+        }
+        std::this_thread::sleep_for(kOncePause);
+    }
+    return openParts(stateFolder, dataFolder);
+}
+
+// Runs until the end. Whoever waits for the host by its name on the bus is called back by the event
+// loop, after the first reading.
+int serve(const CommandLine& line,
+          const Places& places,
           HostConfiguration& configuration,
-          const CommandLine& line,
-          StopSignals& signals) {
+          const Configuration& first) {
+    StopSignals signals(kEndLimit);
     auto& bus = platform::SessionBus::shared();
     if (!bus.connection().isConnected()) {
         return fail("there is no session bus on which the panel could ask for anything");
     }
-    HostService service(
-        host, parts.journal, configuration, CommandLog(line.logs ? &std::cout : nullptr));
+    HostService* service = nullptr;
     ApplicationService application(
         bus, line.identifier, [&service](const platform::ApplicationCall& call) {
-            service.receive(call);
+            service->receive(call);
         });
+    // The name first: of two hosts that start at once, the one that ends never has it.
     const auto claim = application.claim();
     if (claim == ApplicationService::Claim::Later) {
         return handOver(line);
@@ -169,15 +194,36 @@ int serve(MailHost& host,
         return fail("the session bus does not give the name " + line.identifier + ": " +
                     application.lastError());
     }
+    auto parts = awaitParts(places.stateFolder, places.dataFolder);
+    if (!parts) {
+        return failWithoutParts(parts.error(), line);
+    }
+    MailHost host(parts.value().journal, parts.value().writer, shallEnd);
+    HostService theService(
+        host, parts.value().journal, configuration, CommandLog(line.logs ? &std::cout : nullptr));
+    service = &theService;
     QTimer end;
     endWithBus(bus.connection(), end);
     signals.connect(&QCoreApplication::quit);
+    host.configure(first);
     host.recover();
-    service.start();
+    theService.start();
     if (!line.urls.empty()) {
-        service.receive(callOf(line));
+        theService.receive(callOf(line));
     }
     return QCoreApplication::exec();
+}
+
+int writeOnce(const CommandLine& line, const Places& places, const Configuration& configuration) {
+    const StopSignals signals(kEndLimit);
+    auto parts = openParts(places.stateFolder, places.dataFolder);
+    if (!parts) {
+        return failWithoutParts(parts.error(), line);
+    }
+    MailHost host(parts.value().journal, parts.value().writer, shallEnd);
+    host.configure(configuration);
+    host.recover();
+    return publishOnce(host, CommandLog(line.logs ? &std::cout : nullptr));
 }
 
 // The state of each identifier has a folder of its own.
@@ -201,21 +247,12 @@ int runMailHost(const CommandLine& line, int argc, char** argv) {
     if (const auto* const problems = std::get_if<std::vector<std::string>>(&read)) {
         return failWithAll(*problems);
     }
-    StopSignals signals(kEndLimit);
     std::signal(SIGPIPE, SIG_IGN);  // whoever reads the log may leave
     const QCoreApplication application(argc, argv);
-    auto parts = openParts(stateFolder(folders, line.identifier), *dataFolder);
-    if (!parts) {
-        return parts.error().code == EWOULDBLOCK ? handOver(line)
-                                                 : fail(parts.error().description());
-    }
-    MailHost host(parts.value().journal, parts.value().writer, shallEnd);
-    host.configure(std::get<Configuration>(read));
-    if (line.task == CommandLine::Task::Once) {
-        host.recover();
-        return publishOnce(host, CommandLog(line.logs ? &std::cout : nullptr));
-    }
-    return serve(host, parts.value(), configuration, line, signals);
+    const Places places{stateFolder(folders, line.identifier), *dataFolder};
+    const auto& first = std::get<Configuration>(read);
+    return line.task == CommandLine::Task::Once ? writeOnce(line, places, first)
+                                                : serve(line, places, configuration, first);
 }
 
 }  // namespace quillet::mailhost

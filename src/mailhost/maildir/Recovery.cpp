@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "mailhost/maildir/MaildirName.h"
 #include "mailhost/maildir/MessageCopy.h"
 #include "mailhost/maildir/MessageFiles.h"
 #include "mailhost/maildir/Mover.h"
@@ -85,6 +86,10 @@ Result<bool> isDoubled(const Journal::Move& move, const Findings& found) {
                                   : haveSameContents(found.source, found.target);
 }
 
+std::string_view flagsOf(std::string_view path) {
+    return parseMaildirName(path.substr(path.rfind('/') + 1)).flags;
+}
+
 // Takes away the source of a message that has arrived. Returns what to say.
 Result<std::string> finish(const Journal::Move& move, const Findings& found) {
     const auto isSame = isDoubled(move, found);
@@ -98,8 +103,8 @@ Result<std::string> finish(const Journal::Move& move, const Findings& found) {
         return *error;
     }
     const std::string sourceName = found.source.substr(found.source.rfind('/') + 1);
-    // Flags that the source got since the move began.
-    if (found.source != move.source && found.target == move.target) {
+    // Flags that the source got since the move began, and the target did not.
+    if (found.source != move.source && flagsOf(found.target) == flagsOf(move.target)) {
         withFlagsOf(found.target, sourceName);
     }
     if (::unlink(found.source.c_str()) != 0) {
