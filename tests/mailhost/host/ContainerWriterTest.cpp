@@ -1,11 +1,12 @@
-#include "mailhost/host/ContainerWriter.h"
-
 #include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
+#include <set>
 #include <string>
+
+#include "mailhost/host/ContainerWriter.h"
 
 #include "platform/files/FileCoordinator.h"
 #include "tests/support/EnvironmentVariable.h"
@@ -21,9 +22,9 @@ using Files = ContainerWriter::Files;
 class ContainerWriterTest : public testing::Test {
 protected:
     // Publishes as a host that was just started does. Returns the errno value, 0 on success.
-    int publish(const Files& files) {
+    int publish(const Files& files, const std::set<std::string>& kept = {}) {
         ContainerWriter writer(data_, list_);
-        const auto changes = writer.publish(files);
+        const auto changes = writer.publish(files, kept);
         changed_ = changes ? changes.value().files.size() : 0;
         return changes ? 0 : static_cast<int>(changes.error().code);
     }
@@ -62,11 +63,18 @@ TEST_F(ContainerWriterTest, TheContainerHoldsWhatIsPublishedAndNothingIsWrittenT
     fs::remove_all(data_ + "/Today");
     ASSERT_EQ(publish(more), 0);
     EXPECT_EQ(contents(), more);
+    ASSERT_EQ(publish({{"Accounts.plist", "2"}}, {"Today/a@b"}), 0);
+    EXPECT_EQ(contents(), more);
     folder_.writeFile("container/SharedData/Today/other@host/store", "of another program");
     ASSERT_EQ(publish({{"Accounts.plist", "none"}}), 0);
-    const Files left{{"Accounts.plist", "none"}, {"Today/other@host/store", "of another program"}};
+    Files left{{"Accounts.plist", "none"}, {"Today/other@host/store", "of another program"}};
     EXPECT_EQ(contents(), left);
     EXPECT_FALSE(fs::exists(data_ + "/Today/a@b"));
+    ASSERT_EQ(publish(files_), 0);
+    folder_.writeFile("container/SharedData/Today/a@b/.hidden", "of another program");
+    ASSERT_EQ(publish({{"Accounts.plist", "none"}}), 0);
+    left["Today/a@b/.hidden"] = "of another program";
+    EXPECT_EQ(contents(), left);
 }
 
 TEST_F(ContainerWriterTest, NothingOfAnotherProgramIsReplacedOrMixedWith) {
