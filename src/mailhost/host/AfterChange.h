@@ -13,10 +13,11 @@ namespace quillet::mailhost {
 class AfterChange {
 public:
     // `commandOf` answers with the words of an account's command, empty if it has none. `finished`
-    // is called when no command is due any more, whether or not it succeeded. Both are called from
-    // the event loop. A command that fails is logged.
+    // is called when no command is due any more, whether or not it succeeded. `failed` says why a
+    // command failed, which is also logged. All are called from the event loop.
     AfterChange(std::function<std::vector<std::string>(const std::string& account)> commandOf,
-                std::function<void(const std::string& account)> finished);
+                std::function<void(const std::string& account)> finished,
+                std::function<void(const std::string& account, const std::string& failure)> failed);
     ~AfterChange();
 
     void changed(const std::string& account);

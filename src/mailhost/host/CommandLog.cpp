@@ -76,6 +76,22 @@ void CommandLog::writeCommand(const platform::ApplicationCall& call,
     write(*out_, line);
 }
 
+void CommandLog::writeUndone(const UndoList::Undone& undone) {
+    if (out_ == nullptr) {
+        return;
+    }
+    Line line = lineOfNow();
+    line["call"] = "undo";
+    line["mail"] = undone.account;
+    line["outcome"] = nameOf(undone.file ? Outcome::Kind::Moved : Outcome::Kind::Failed);
+    if (undone.file) {
+        line["target"] = undone.file.value();
+    } else {
+        line["reason"] = undone.file.error().description();
+    }
+    write(*out_, line);
+}
+
 void CommandLog::writeCall(const platform::ApplicationCall& call) {
     if (out_ == nullptr) {
         return;

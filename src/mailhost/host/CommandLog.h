@@ -22,6 +22,8 @@ public:
                       const std::string& url,
                       const HostCommand& command,
                       const Outcome& outcome);
+    // Of a message that a notice was to bring back.
+    void writeUndone(const UndoList::Undone& undone);
     void writeCall(const platform::ApplicationCall& call);
     void writeChanges(const ContainerWriter::Changes& changes);
 

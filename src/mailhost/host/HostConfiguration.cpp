@@ -41,6 +41,14 @@ HostConfiguration::HostConfiguration(const std::optional<std::string>& file, Use
       mustExist_(file.has_value()) {}
 
 std::variant<Configuration, std::vector<std::string>> HostConfiguration::read() {
+    auto read = readNow();
+    if (const auto* const configuration = std::get_if<Configuration>(&read)) {
+        current_ = *configuration;
+    }
+    return read;
+}
+
+std::variant<Configuration, std::vector<std::string>> HostConfiguration::readNow() {
     platform::ByteBuffer bytes;
     const auto error = platform::FileManager::readFile(file_, bytes, kLargestConfiguration);
     contents_ = error ? std::nullopt : std::optional<std::string>(bytes.view());

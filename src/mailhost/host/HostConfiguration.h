@@ -25,15 +25,19 @@ public:
     // was found before stays while its Maildir is missing, for instance because a disk is not
     // there.
     std::variant<Configuration, std::vector<std::string>> read();
+    // What read() returned last, unless something was wrong with it.
+    const Configuration& current() const { return current_; }
     // Whether the file was changed, made or removed since the last read().
     bool isChanged() const;
 
 private:
+    std::variant<Configuration, std::vector<std::string>> readNow();
     Configuration found();
 
     UserFolders folders_;
     std::string file_;
     bool mustExist_;
+    Configuration current_;
     std::optional<std::string> contents_;  // as read() found them
     std::vector<std::string> toldProblems_;
     Configuration lastFound_;

@@ -5,9 +5,12 @@
 #include <ctime>
 #include <utility>
 
+#include "mailhost/maildir/MaildirName.h"
+
 #include "model/HostInterface.h"
 #include "platform/base/Log.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
+#include "platform/desktop/SessionBus.h"
 
 namespace quillet::mailhost {
 
@@ -46,9 +49,18 @@ HostService::HostService(MailHost& host,
       configuration_(configuration),
       log_(log),
       afterChange_([this](const std::string& account) { return host_.afterChange(account); },
-                   [this](const std::string& account) { journal_.setPending(account, false); }) {}
+                   [this](const std::string& account) { journal_.setPending(account, false); },
+                   [this](const std::string& account, const std::string& failure) {
+                       notices_.tellAfterChangeFailed(account, failure);
+                   }),
+      notices_(platform::SessionBus::shared(),
+               {[this](UndoList::Burst burst) { undo(burst); },
+                [this](const std::string& url, const std::string& token) {
+                    receive({"notice", {url}, {token, {}}, false, {}});
+                }}) {}
 
 void HostService::start() {
+    configureNotices();
     startTimers();
     const auto changed = [this] { configurationMayHaveChanged(); };
     configurationWatcher_ = std::make_unique<platform::FolderWatcher>(
@@ -84,6 +96,7 @@ void HostService::rescan() {
     if (const auto* configuration = std::get_if<Configuration>(&read)) {
         toldProblems_.clear();
         host_.configure(*configuration);
+        configureNotices();
     } else {
         tellOfProblems(std::get<1>(read));
     }
@@ -124,6 +137,7 @@ void HostService::refresh() {
     const std::clock_t start = std::clock();
     host_.refresh();
     watchFolders();
+    isReadAhead_ = false;
     refreshAgainIfNeeded();
     // While folders change, listings come in a hurry, but what they show does not.
     if (!host_.isUnsettled() || !lastPublish_ || Clock::now() - *lastPublish_ >= pace_) {
@@ -154,6 +168,7 @@ void HostService::readAhead() {
     if (host_.readAhead(kReadAheadBudget)) {
         readAheadTimer_.start(kReadAheadPause);
     } else {
+        isReadAhead_ = true;
         publish(Notify::IfChanged);
     }
 }
@@ -161,6 +176,7 @@ void HostService::readAhead() {
 void HostService::publish(Notify notify) {
     mustNotify_ = mustNotify_ || notify == Notify::Always;
     const auto changes = host_.publish();
+    readForNotices();
     if (!changes && changes.error().code == EWOULDBLOCK) {
         publishTimer_.start(publishPause_);
         publishPause_ = std::min(2 * publishPause_, kLongestPublishPause);
@@ -192,8 +208,10 @@ void HostService::receive(const platform::ApplicationCall& call) {
     bool isMove = false;
     for (const std::string& url : call.urls) {
         const HostCommand command = readHostCommand(url);
+        const std::string subject = host_.subjectOf(command);
         const Outcome outcome = host_.carryOut(command);
         log_.writeCommand(call, url, command, outcome);
+        notices_.tell(command, outcome, subject, UndoList::Clock::now());
         isMove = isMove || (command.problem.empty() && !command.shows());
         if (outcome.kind == Outcome::Kind::Moved) {
             afterChange_.changed(command.account);
@@ -202,6 +220,32 @@ void HostService::receive(const platform::ApplicationCall& call) {
     if (isMove) {
         publish(Notify::Always);
     }
+}
+
+void HostService::configureNotices() {
+    notices_.configure(configuration_.current().notices, configuration_.current().notify);
+}
+
+void HostService::readForNotices() {
+    notices_.read(host_.shown(),
+                  isReadAhead_ && !host_.isUnsettled(),
+                  static_cast<std::int64_t>(std::time(nullptr)));
+}
+
+void HostService::undo(UndoList::Burst burst) {
+    const std::vector<UndoList::Undone> undone = host_.undo(burst);
+    for (const UndoList::Undone& each : undone) {
+        log_.writeUndone(each);
+        if (each.file) {
+            const std::string& path = each.file.value();
+            notices_.expect(identifierOf(parseMaildirName(path.substr(path.rfind('/') + 1)).base),
+                            static_cast<std::int64_t>(std::time(nullptr)));
+            afterChange_.changed(each.account);
+        }
+    }
+    notices_.tellUndone(undone);
+    refresh();
+    publish(Notify::Always);  // at once, also while folders change
 }
 
 }  // namespace quillet::mailhost

@@ -10,6 +10,7 @@
 #include "mailhost/host/CommandLog.h"
 #include "mailhost/host/HostConfiguration.h"
 #include "mailhost/host/MailHost.h"
+#include "mailhost/host/Notices.h"
 
 #include "platform/desktop/ApplicationService.h"
 #include "platform/desktop/FolderWatcher.h"
@@ -52,12 +53,17 @@ private:
     void refreshAgainIfNeeded();
     void readAhead();
     void publish(Notify notify);
+    void configureNotices();
+    void readForNotices();
+    // Brings the messages of a burst back and shows them.
+    void undo(UndoList::Burst burst);
 
     MailHost& host_;
     Journal& journal_;
     HostConfiguration& configuration_;
     CommandLog log_;
     AfterChange afterChange_;
+    Notices notices_;
     std::vector<std::string> watched_;
     std::unique_ptr<platform::FolderWatcher> watcher_;
     std::unique_ptr<platform::FolderWatcher> configurationWatcher_;
@@ -67,6 +73,7 @@ private:
     QTimer readAheadTimer_;
     std::optional<Clock::time_point> lastRefresh_;
     Clock::duration pace_ = kPace;
+    bool isReadAhead_ = false;  // since the last refresh()
     int hurriedRefreshes_ = 0;  // since the folders were last settled
     std::optional<Clock::time_point> lastPublish_;
     std::chrono::milliseconds publishPause_ = kFirstPublishPause;  // to the next try

@@ -31,9 +31,10 @@ const std::optional<MailFolder>& targetOf(const AccountFolders& folders,
 
 Outcome noTarget(const AccountMail& account, const HostCommand& command) {
     const bool isArchive = command.word == ExtensionUtilities::commandArchive;
-    return failed(std::string("no ") + (isArchive ? "Archive" : "Trash") +
-                  " folder is known; write " + (isArchive ? "archive" : "trash") +
-                  " = FOLDER below [account " + account.configuration().address + "]");
+    return failed(std::string("No ") + (isArchive ? "Archive" : "Trash") +
+                  " folder is known: write " + (isArchive ? "archive" : "trash") +
+                  " = FOLDER below [account " + account.configuration().address +
+                  "] into the configuration");
 }
 
 }  // namespace
@@ -69,16 +70,16 @@ void MailHost::refresh() {
 
 platform::Result<ContainerWriter::Changes> MailHost::publish() {
     const auto now = static_cast<std::int64_t>(std::time(nullptr));
-    std::vector<PublishedAccount> published;
     std::set<std::string> kept;
+    shown_.clear();
     for (AccountMail& account : accounts_) {
-        published.push_back(account.published(now));
+        shown_.push_back(account.published(now));
         if (account.isAwaited()) {
-            published.back().lists.clear();
+            shown_.back().lists.clear();
             kept.insert(accountFolder(account.configuration().address));
         }
     }
-    return writer_.publish(containerFiles(published), kept);
+    return writer_.publish(containerFiles(shown_), kept);
 }
 
 AccountMail* MailHost::find(const std::string& address) {
@@ -117,7 +118,7 @@ Outcome MailHost::move(AccountMail& account, const HostCommand& command) {
     const auto place = account.find(command.identifier, command.folderStandardId);
     if (!place) {
         account.refresh();  // the Maildir may have gone a moment ago
-        return account.isFolderMissing() ? failed("a mail folder is missing or cannot be read")
+        return account.isFolderMissing() ? failed("A mail folder is missing or cannot be read")
                                          : notFound();
     }
     if (!targetOf(account.folders(), command)) {
@@ -136,18 +137,50 @@ Outcome MailHost::moveTo(AccountMail& account,
     if (const auto refusal = whyNotMovable(place.folder, place.file, target)) {
         return failed(refusal->description());
     }
-    // Before the move: a command that runs for nothing does no harm, one that is forgotten may.
-    if (!account.configuration().afterChange.empty()) {
-        if (const auto error = journal_.setPending(command.account, true)) {
-            Log::write("MailHost journal %@", {error->description()});
-        }
-    }
+    setPending(command.account);
     const auto moved = mover_.move(command.identifier, place.folder, place.file, target);
     if (!moved) {
         return moved.error().code == ENOENT ? notFound() : failed(moved.error().description());
     }
     account.forget(place, command.identifier);
-    return {Outcome::Kind::Moved, {}, moved.value()};
+    const auto burst =
+        undoList_.add({command.account, place.folder, moved.value()}, UndoList::Clock::now());
+    return {Outcome::Kind::Moved, {}, moved.value(), burst};
+}
+
+void MailHost::setPending(const std::string& account) {
+    if (afterChange(account).empty()) {
+        return;
+    }
+    if (const auto error = journal_.setPending(account, true)) {
+        Log::write("MailHost journal %@", {error->description()});
+    }
+}
+
+std::vector<UndoList::Undone> MailHost::undo(UndoList::Burst burst) {
+    std::vector<UndoList::Undone> undone = undoList_.undo(
+        burst, UndoList::Clock::now(), [this](const std::string& account) { setPending(account); });
+    for (const UndoList::Undone& each : undone) {
+        if (!each.file) {
+            Log::write("MailHost undo %@", {each.file.error().description()});
+        }
+    }
+    return undone;
+}
+
+std::string MailHost::subjectOf(const HostCommand& command) const {
+    for (const PublishedAccount& account : shown_) {
+        for (const PublishedList& list : account.lists) {
+            const auto row =
+                std::find_if(list.rows.begin(), list.rows.end(), [&command](const auto& each) {
+                    return each.identifier == command.identifier;
+                });
+            if (row != list.rows.end() && account.address == command.account) {
+                return row->subject;
+            }
+        }
+    }
+    return {};
 }
 
 std::vector<std::string> MailHost::watchedFolders() const {

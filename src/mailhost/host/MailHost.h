@@ -10,6 +10,7 @@
 #include "mailhost/accounts/Configuration.h"
 #include "mailhost/host/AccountMail.h"
 #include "mailhost/host/ContainerWriter.h"
+#include "mailhost/host/UndoList.h"
 #include "mailhost/maildir/Journal.h"
 #include "mailhost/maildir/Mover.h"
 
@@ -22,8 +23,9 @@ struct Outcome {
     enum class Kind { Ignored, Failed, NotFound, Found, Moved };
 
     Kind kind = Kind::Ignored;
-    std::string reason;  // of Ignored and Failed: a sentence
-    std::string target;  // of Moved: the path of the message's file now
+    std::string reason;         // of Ignored and Failed: a sentence
+    std::string target;         // of Moved: the path of the message's file now
+    UndoList::Burst burst = 0;  // of Moved: what it is undone with
 };
 
 // The mail of all accounts, the container that shows it and the moves that commands ask for. Knows
@@ -47,6 +49,13 @@ public:
 
     // Carries a command out. After archive and delete the container has to be published.
     Outcome carryOut(const HostCommand& command);
+    // Moves the messages of a burst back: see UndoList. The folders have to be read again.
+    std::vector<UndoList::Undone> undo(UndoList::Burst burst);
+
+    // What the widget shows, as of the last publish().
+    const std::vector<PublishedAccount>& shown() const { return shown_; }
+    // The subject of a message that is shown; empty if it has none.
+    std::string subjectOf(const HostCommand& command) const;
 
     std::vector<std::string> watchedFolders() const;
     bool isUnsettled() const;
@@ -58,6 +67,9 @@ public:
 
 private:
     AccountMail* find(const std::string& address);
+    // Remembers that the account's command after changes has to run. Before a move: a command that
+    // runs for nothing does no harm, one that is forgotten may.
+    void setPending(const std::string& account);
     Outcome move(AccountMail& account, const HostCommand& command);
     Outcome moveTo(AccountMail& account,
                    const AccountMail::Place& place,
@@ -66,7 +78,9 @@ private:
     Journal& journal_;
     ContainerWriter& writer_;
     Mover mover_;
+    UndoList undoList_{mover_};
     std::list<AccountMail> accounts_;
+    std::vector<PublishedAccount> shown_;
 };
 
 }  // namespace quillet::mailhost

@@ -1,0 +1,34 @@
+#include "mailhost/host/NewMail.h"
+
+namespace quillet::mailhost {
+
+std::vector<NewMail::Message> NewMail::read(const std::vector<PublishedAccount>& shown,
+                                            bool isComplete,
+                                            std::int64_t now) {
+    const std::int64_t since = now - kNewFor;
+    std::vector<Message> found;
+    for (const PublishedAccount& account : shown) {
+        for (const PublishedList& list : account.lists) {
+            if (list.code != StandardFolder::Inbox) {
+                continue;
+            }
+            Folder& folder = folders_[account.address + '/' + list.folder];
+            for (const MessageRow& row : list.rows) {
+                const bool isNew = row.date > since &&
+                                   known_.emplace(row.identifier, row.date).second &&
+                                   folder.isComplete && row.date > folder.hiddenUntil;
+                if (isNew && row.isUnread) {
+                    found.push_back({account.address, row.identifier, row.from, row.subject});
+                }
+            }
+            folder.isComplete = folder.isComplete || isComplete;
+            folder.hiddenUntil = list.rows.size() == kNewestRows
+                                     ? list.rows.back().date
+                                     : std::numeric_limits<std::int64_t>::min();
+        }
+    }
+    std::erase_if(known_, [since](const auto& entry) { return entry.second <= since; });
+    return found;
+}
+
+}  // namespace quillet::mailhost
