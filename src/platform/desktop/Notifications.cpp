@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <utility>
@@ -39,9 +40,11 @@ public:
           invoked_(std::move(invoked)),
           closed_(std::move(closed)) {
         watcher_.addWatchedService(kNoticeService);
-        watcher_.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
-        connect(
-            &watcher_, &QDBusServiceWatcher::serviceUnregistered, this, [this] { forgetAll(); });
+        watcher_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+        connect(&watcher_,
+                &QDBusServiceWatcher::serviceOwnerChanged,
+                this,
+                [this](const QString& /*service*/, const QString& before) { forget(before); });
         bus_.addObserver(this, [this] {
             subscribe();
             forgetAll();
@@ -76,6 +79,7 @@ private:
     struct Shown {
         std::optional<Notice> next;  // has still to be sent
         uint number = 0;             // the service's; 0 until it answers
+        QString owner;               // the service that gave the number
         bool isWaiting = false;      // for the service's answer
         bool isToClose = false;
         std::string token;
@@ -97,7 +101,7 @@ private:
         connectTo("NotificationClosed", SLOT(notificationClosed(QDBusMessage)));
     }
 
-    // Calls `answered` with the answer, which may be an error, unless the service was lost since.
+    // Calls `answered` with the answer, which may be an error, unless the bus was lost since.
     template <typename Answered>
     void call(const QDBusMessage& message, Answered answered) {
         auto* const watcher =
@@ -179,6 +183,7 @@ private:
             return;
         }
         shown.number = answer.arguments().constFirst().toUInt();
+        shown.owner = answer.service();
         if (shown.isToClose) {
             closeNumber(shown.number);
             shown_.erase(id);
@@ -189,7 +194,27 @@ private:
 
     void closeNumber(uint number) { bus_.connection().send(callOf("CloseNotification") << number); }
 
-    // The service is gone, and another one counts anew.
+    // A service is gone, and another one counts anew. What it has not answered goes to the next
+    // one, or comes back as an error.
+    void forget(const QString& owner) {
+        if (owner.isEmpty()) {
+            return;
+        }
+        capabilities_.reset();
+        std::vector<Id> gone;
+        for (auto& [id, shown] : shown_) {
+            if (shown.isWaiting) {
+                shown.number = 0;
+            } else if (shown.owner == owner) {
+                gone.push_back(id);
+            }
+        }
+        for (const Id id : gone) {
+            shown_.erase(id);
+            closed_(id);
+        }
+    }
+
     void forgetAll() {
         ++losses_;
         capabilities_.reset();
@@ -207,8 +232,9 @@ private:
             return shown_.end();
         }
         const uint number = signal.arguments().constFirst().toUInt();
-        return std::find_if(shown_.begin(), shown_.end(), [number](const auto& entry) {
-            return number != 0 && entry.second.number == number;
+        return std::find_if(shown_.begin(), shown_.end(), [&](const auto& entry) {
+            return number != 0 && entry.second.number == number &&
+                   entry.second.owner == signal.service();
         });
     }
 
