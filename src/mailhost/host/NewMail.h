@@ -42,6 +42,11 @@ private:
         std::int64_t hiddenUntil = std::numeric_limits<std::int64_t>::min();
     };
 
+    // The rows of a folder that are new and unread.
+    std::vector<MessageRow> readFolder(const std::vector<MessageRow>& rows,
+                                       Folder& folder,
+                                       std::int64_t since);
+
     std::map<std::string, Folder> folders_;      // by account and name
     std::map<std::string, std::int64_t> known_;  // dates by identifier
 };

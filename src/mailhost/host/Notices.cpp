@@ -1,6 +1,5 @@
 #include "mailhost/host/Notices.h"
 
-#include <QTimer>
 #include <algorithm>
 #include <chrono>
 #include <set>
@@ -78,7 +77,11 @@ Notices::Notices(platform::SessionBus& bus, Requests requests)
           [this](Id notice, const std::string& key, const std::string& token) {
               invoked(notice, key, token);
           },
-          [this](Id notice) { closed(notice); }) {}
+          [this](Id notice) { closed(notice); }) {
+    closeOld_.setSingleShot(true);
+    closeOld_.setTimerType(Qt::PreciseTimer);
+    closeOld_.callOnTimeout([this] { closeOld(); });
+}
 
 void Notices::configure(bool showsMoves, bool showsNewMail) {
     showsMoves_ = showsMoves;
@@ -119,20 +122,21 @@ void Notices::tellMoved(const HostCommand& command,
     burst_.notice = notifications_.notify(
         {summary, linesOf(burst_.subjects), {{std::string(kUndo), localized("Undo")}}, {}},
         burst_.notice);
-    undoable_[burst_.notice] = burst_.burst;
-    closeWhenTooOld(burst_.notice, burst_.burst, burst_.subjects.size());
+    undoable_[burst_.notice] = {burst_.burst, Clock::now() + UndoList::kOpen};
+    closeOld();
 }
 
-// A notice whose button does nothing any more is in the way.
-void Notices::closeWhenTooOld(Id notice, UndoList::Burst burst, std::size_t moves) {
-    QTimer::singleShot(UndoList::kOpen, Qt::PreciseTimer, &timers_, [this, notice, burst, moves] {
-        if (burst_.burst == burst && burst_.subjects.size() > moves) {
-            return;  // the burst went on
-        }
-        if (undoable_.erase(notice) > 0) {
-            notifications_.close(notice);
-        }
-    });
+// A notice whose button does nothing any more is in the way. The oldest one has the least number.
+void Notices::closeOld() {
+    const auto now = Clock::now();
+    while (!undoable_.empty() && undoable_.begin()->second.end <= now) {
+        notifications_.close(undoable_.begin()->first);
+        undoable_.erase(undoable_.begin());
+    }
+    if (!undoable_.empty()) {
+        closeOld_.start(
+            std::chrono::ceil<std::chrono::milliseconds>(undoable_.begin()->second.end - now));
+    }
 }
 
 void Notices::tellRefused(const std::string& reason, Clock::time_point now) {
@@ -211,7 +215,7 @@ void Notices::show(Slot slot, Notice notice) {
 void Notices::invoked(Id notice, const std::string& key, const std::string& token) {
     notifications_.close(notice);  // some services leave it there
     if (const auto undoable = undoable_.extract(notice); key == kUndo && !undoable.empty()) {
-        requests_.undo(undoable.mapped());
+        requests_.undo(undoable.mapped().burst);
     } else if (key == kClick && notice == slots_[Slot::NewMail] && !announced_.empty()) {
         const NewMail::Message message = announced_.front();
         closed(notice);

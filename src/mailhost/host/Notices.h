@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QObject>
+#include <QTimer>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -55,6 +55,10 @@ private:
     using Id = platform::Notifications::Id;
     using Notice = platform::Notifications::Notice;
     enum class Slot { Refused, NotUndone, AfterChange, NewMail };
+    struct Undoable {
+        UndoList::Burst burst = 0;
+        Clock::time_point end;
+    };
     // The burst that goes on.
     struct BurstNotice {
         UndoList::Burst burst = 0;
@@ -66,7 +70,7 @@ private:
 
     void tellMoved(const HostCommand& command, const Outcome& outcome, const std::string& subject);
     void tellRefused(const std::string& reason, Clock::time_point now);
-    void closeWhenTooOld(Id notice, UndoList::Burst burst, std::size_t moves);
+    void closeOld();
     void announce();
     // One notice at a time of each kind.
     void show(Slot slot, Notice notice);
@@ -77,13 +81,13 @@ private:
     bool showsMoves_ = false;
     bool showsNewMail_ = false;
     BurstNotice burst_;
-    std::map<Id, UndoList::Burst> undoable_;
+    std::map<Id, Undoable> undoable_;
+    QTimer closeOld_;
     std::map<Slot, Id> slots_;
     std::size_t refused_ = 0;  // since failures follow each other
     Clock::time_point lastRefused_;
     NewMail newMail_;
     std::vector<NewMail::Message> announced_;  // still unread, newest first
-    QObject timers_;
     platform::Notifications notifications_;
 };
 
