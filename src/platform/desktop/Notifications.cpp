@@ -54,7 +54,9 @@ public:
     ~State() override { bus_.removeObserver(this); }
 
     Id notify(Notice notice, Id replaces) {
-        const Id id = shown_.contains(replaces) ? replaces : ++lastId_;
+        const auto found = shown_.find(replaces);
+        const bool isShown = found != shown_.end() && !found->second.isToClose;
+        const Id id = isShown ? replaces : ++lastId_;
         shown_[id].next = std::move(notice);
         sendNext(id);
         return id;
