@@ -14,7 +14,7 @@ namespace quillet::mailhost {
 // older ones never count. One thread.
 class NewMail {
 public:
-    static constexpr std::int64_t kNewFor = 24 * 60 * 60;  // seconds from a message's date
+    static constexpr std::int64_t kNewFor = 86'400;  // seconds from a message's date
 
     struct Message {
         std::string account;

@@ -49,9 +49,9 @@ Texts basesOf(const Texts& files) {
 }
 
 // What other programs do with the archived messages.
-void renameAll(const std::string& archive, const std::string& field, const std::string& flags) {
+void renameAll(const std::string& archive, const std::string& end) {
     for (const std::string& path : filesOf(archive)) {
-        fs::rename(path, path.substr(0, path.rfind(":2,")) + field + ":2," + flags);
+        fs::rename(path, path.substr(0, path.rfind(":2,")) + end);
     }
 }
 
@@ -69,8 +69,8 @@ TEST(UndoTest, ABurstComesBackUnderNewNamesWhateverOthersDidMeanwhile) {
         std::size_t failed;
     } rows[] = {
         {"at once", [] {}, seconds(0), "FS", {"1", "2"}, 0},
-        {"synced", [&] { renameAll(archive, ",U=7", "FS"); }, seconds(5), "FS", {"1", "2"}, 0},
-        {"flags changed", [&] { renameAll(archive, "", "R"); }, seconds(5), "R", {"1", "2"}, 0},
+        {"synced", [&] { renameAll(archive, ",U=7:2,FS"); }, seconds(5), "FS", {"1", "2"}, 0},
+        {"flags changed", [&] { renameAll(archive, ":2,R"); }, seconds(5), "R", {"1", "2"}, 0},
         {"at the end", [] {}, seconds(600), "FS", {"1", "2"}, 0},
         {"too late", [] {}, seconds(601), "", {}, 0},
         {"Inbox vanished", [&] { fs::remove_all(inbox); }, seconds(5), "", {}, 2},
@@ -91,7 +91,7 @@ TEST(UndoTest, ABurstComesBackUnderNewNamesWhateverOthersDidMeanwhile) {
         std::vector<UndoList::Burst> bursts;
         Texts usedBases;
         for (const std::string text : {"1", "2", "3"}) {
-            const std::string file = "cur/170000000" + text + ".M1P2Q3.host,U=" + text + ":2,FS";
+            const std::string file = "cur/170000000" + text + ".M1P2Q3.host,U=1:2,FS";
             usedBases.merge(basesOf({mail.writeFile("Inbox/" + file, text)}));
             const auto moved = mover.move("", inbox, file, archive);
             ASSERT_TRUE(moved);
