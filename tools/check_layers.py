@@ -28,6 +28,7 @@ MAY_INCLUDE = {
     MAILDIR: {MAILDIR, *SYSTEM},
     ACCOUNTS: {ACCOUNTS, *SYSTEM},
     MAIL_HOST: {MAIL_HOST, MAILDIR, ACCOUNTS, "handoff", "model", "util", *SYSTEM, DESKTOP},
+    "message": {"message", "handoff", "model", "util", *SYSTEM, DESKTOP, UI, PRESENTATION},
     "app": {"app", "views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
 }
 # Folders beside src/, which nothing in src/ may include.
