@@ -1,7 +1,9 @@
 #include "message/AttachmentName.h"
 
 #include <algorithm>
+#include <array>
 
+#include "platform/base/Ascii.h"
 #include "platform/base/StandardError.h"
 #include "platform/base/Utf8.h"
 #include "platform/files/Path.h"
@@ -26,8 +28,25 @@ std::string cutName(const std::string& name) {
     return name.substr(0, end) + extension;
 }
 
+struct KnownType {
+    std::string_view type;
+    const char* name;
+};
+
 std::string nameByType(std::string_view type) {
-    return type == "message/rfc822" ? "message.eml" : "attachment";
+    constexpr std::array<KnownType, 8> kTypes{{{"message/rfc822", "message.eml"},
+                                               {"image/png", "picture.png"},
+                                               {"image/jpeg", "picture.jpg"},
+                                               {"image/gif", "picture.gif"},
+                                               {"application/pdf", "attachment.pdf"},
+                                               {"text/calendar", "calendar.ics"},
+                                               {"text/html", "attachment.html"},
+                                               {"text/plain", "attachment.txt"}}};
+    const auto* const known =
+        std::find_if(kTypes.begin(), kTypes.end(), [type](const KnownType& each) {
+            return platform::equalsIgnoringAsciiCase(each.type, type);
+        });
+    return known == kTypes.end() ? "attachment" : known->name;
 }
 
 }  // namespace

@@ -17,13 +17,25 @@ namespace {
 constexpr std::size_t kLongestHtml = std::size_t{1} << 20U;          // bytes
 constexpr std::size_t kLongestText = std::size_t{1} << 20U;          // bytes
 constexpr std::size_t kLongestLinkedText = std::size_t{128} << 10U;  // bytes
-// Bytes of text that is shown in a moment, whatever it is: for a long word without a break the
-// toolkit's work is the square of them.
-constexpr std::size_t kLongestEasyText = std::size_t{16} << 10U;
-constexpr int kWidestPicture = 600;  // points
+constexpr std::size_t kLongestEasyText = std::size_t{16} << 10U;     // shown in a moment
+// For a long word without a break the toolkit's work is the square of its length.
+constexpr qsizetype kLongestLine = 1000;  // characters
+constexpr int kWidestPicture = 600;       // points
 
 QString beginningOf(const std::string& text, std::size_t longest) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(std::min(text.size(), longest)));
+}
+
+QString withShortLines(const QString& text) {
+    QStringList lines;
+    for (const QString& line : text.split(QLatin1Char('\n'))) {
+        qsizetype start = 0;
+        do {
+            lines.append(line.mid(start, kLongestLine));
+            start += kLongestLine;
+        } while (start < line.size());
+    }
+    return lines.join(QLatin1Char('\n'));
 }
 
 // In place of a picture that is not shown.
@@ -68,7 +80,7 @@ void MessageBody::showText(ShownForm form) {
     }
     const std::size_t longest = form == ShownForm::Whole ? kLongestText : kLongestEasyText;
     isCut_ = isCut_ || text.size() > longest;
-    setPlainText(beginningOf(text, longest));
+    setPlainText(withShortLines(beginningOf(text, longest)));
 }
 
 void MessageBody::showEvent(QShowEvent* event) {

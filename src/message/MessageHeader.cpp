@@ -1,5 +1,7 @@
 #include "message/MessageHeader.h"
 
+#include <algorithm>
+
 #include "platform/base/StandardError.h"
 #include "platform/base/Utf8.h"
 
@@ -71,6 +73,8 @@ std::string oneLine(const char* text) {
     }
     const std::string_view whole(text);
     std::string line = platform::printableLine(whole.substr(0, kLongestText));
+    const auto areBlanks = [](char one, char other) { return one == ' ' && other == ' '; };
+    line.erase(std::unique(line.begin(), line.end(), areBlanks), line.end());
     if (whole.size() > kLongestText) {
         line += "\u2026";
     }

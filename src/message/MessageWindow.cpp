@@ -46,13 +46,24 @@ QString titleOf(const ParsedMessage& message, MessageWindow::Kind kind) {
                : subject;
 }
 
+// Where a link leads, in the form in which it is shown and opened: without a user's name, which may
+// look like a host, and with the host in plain letters.
+QString targetOf(const QUrl& link) {
+    return link.toString(QUrl::RemoveUserInfo | QUrl::FullyEncoded);
+}
+
 }  // namespace
 
 QString choosePathToSave(QWidget& parent, const QString& name) {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     const bool isThere = QFileInfo(folder).isDir();
-    return QFileDialog::getSaveFileName(
-        &parent, localized("Save as…"), QDir(isThere ? folder : QDir::homePath()).filePath(name));
+    return QFileDialog::getSaveFileName(&parent,
+                                        localized("Save as…"),
+                                        QDir(isThere ? folder : QDir::homePath()).filePath(name),
+                                        {},
+                                        nullptr,
+                                        // The window's process may not make folders.
+                                        QFileDialog::ReadOnly);
 }
 
 MessageWindow::MessageWindow(ParsedMessage message,
@@ -85,14 +96,13 @@ void MessageWindow::addBody(QVBoxLayout& lines, ShownForm form) {
     if (body->isCut()) {
         lines.addWidget(makeNote(localized("Only the beginning is shown.")));
     }
-    QObject::connect(body, &QTextBrowser::highlighted, this, [this](const QUrl& link) {
-        tell(link.toString());
-    });
+    QObject::connect(
+        body, &QTextBrowser::highlighted, this, [this](const QUrl& link) { tell(targetOf(link)); });
     QObject::connect(body, &QTextBrowser::anchorClicked, this, [this, body](const QUrl& link) {
         if (link.isRelative()) {
             body->scrollToAnchor(link.fragment());
         } else {
-            open(link.toEncoded().toStdString());
+            open(targetOf(link).toStdString());
         }
     });
     body->setFocus();
@@ -141,7 +151,6 @@ void MessageWindow::save(const Attachment& attachment) {
 // The start of a link tells whose it is, so its end is what may be missing.
 void MessageWindow::tell(const QString& text) {
     status_->setText(text.simplified().left(kLongestStatus));
-    status_->setToolTip(QString());
 }
 
 }  // namespace quillet::message
