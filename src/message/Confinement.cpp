@@ -25,7 +25,7 @@ constexpr bool kHasSanitizer = false;
 
 constexpr rlim_t kMostMemory = rlim_t{512} << 20U;  // bytes that can be written
 constexpr std::chrono::milliseconds kBeat{200};
-constexpr time_t kLongestTurn = 1;  // seconds of processor time
+constexpr int kLongestTurn = 1;  // seconds of processor time
 
 void limit(int resource, rlim_t most) {
     rlimit now{};
@@ -69,11 +69,6 @@ void forbidChangesOfFiles() {
     ::syscall(SYS_landlock_restrict_self, rules.get(), 0);
 }
 
-void setTimer(time_t seconds) {
-    const itimerval timer{{0, 0}, {seconds, 0}};
-    ::setitimer(ITIMER_PROF, &timer, nullptr);
-}
-
 }  // namespace
 
 void confineProcess() {
@@ -90,17 +85,18 @@ TurnLimit::TurnLimit() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGPROF);
     sigprocmask(SIG_UNBLOCK, &signals, nullptr);
-    QObject::connect(&timer_, &QTimer::timeout, &TurnLimit::restart);
+    timer_.callOnTimeout([] { grant(kLongestTurn); });
     timer_.start(kBeat);
-    restart();
+    grant(kLongestTurn);
 }
 
 TurnLimit::~TurnLimit() {
-    setTimer(0);
+    grant(0);
 }
 
-void TurnLimit::restart() {
-    setTimer(kLongestTurn);
+void TurnLimit::grant(int seconds) {
+    const itimerval timer{{0, 0}, {seconds, 0}};
+    ::setitimer(ITIMER_PROF, &timer, nullptr);
 }
 
 }  // namespace quillet::message

@@ -19,8 +19,8 @@ public:
     TurnLimit(const TurnLimit&) = delete;
     TurnLimit& operator=(const TurnLimit&) = delete;
 
-    // Grants another second from now on.
-    static void restart();
+    // Grants so many seconds from now to the next turn of the event loop.
+    static void grant(int seconds);
 
 private:
     QTimer timer_;

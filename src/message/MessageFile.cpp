@@ -82,11 +82,36 @@ std::string written(Write write) {
                            : std::string(reinterpret_cast<const char*>(bytes->data), bytes->len);
 }
 
+std::string allOf(GMimeStream* stream, std::size_t expected) {
+    constexpr std::size_t kStep = std::size_t{64} << 10U;  // bytes
+    std::string bytes;
+    bytes.reserve(expected + kStep);
+    for (;;) {
+        const std::size_t used = bytes.size();
+        bytes.resize(used + kStep);
+        const ssize_t count = g_mime_stream_read(stream, bytes.data() + used, kStep);
+        bytes.resize(used + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (count <= 0) {
+            return bytes;
+        }
+    }
+}
+
 std::string decoded(GMimePart* part) {
     GMimeDataWrapper* const content = g_mime_part_get_content(part);
-    return content == nullptr ? std::string() : written([content](GMimeStream* stream) {
-        g_mime_data_wrapper_write_to_stream(content, stream);
-    });
+    GMimeStream* const encoded =
+        content == nullptr ? nullptr : g_mime_data_wrapper_get_stream(content);
+    if (encoded == nullptr) {
+        return {};
+    }
+    const auto stream = owned(g_mime_stream_filter_new(encoded));
+    const GMimeContentEncoding encoding = g_mime_data_wrapper_get_encoding(content);
+    const auto filter = owned(g_mime_filter_basic_new(encoding, FALSE));
+    g_mime_stream_filter_add(GMIME_STREAM_FILTER(stream.get()), filter.get());
+    g_mime_stream_reset(stream.get());
+    const gint64 length = g_mime_stream_length(encoded);
+    const auto size = static_cast<std::size_t>(std::max<gint64>(length, 0));
+    return allOf(stream.get(), encoding == GMIME_CONTENT_ENCODING_BASE64 ? size / 4 * 3 : size);
 }
 
 class PartReader {
@@ -181,6 +206,12 @@ private:
     std::size_t room_ = kLongestBody;
 };
 
+// Leaves the bytes to whom they belong. They are only read.
+struct ReturnBytes {
+    void operator()(GByteArray* array) const noexcept { g_byte_array_free(array, FALSE); }
+};
+using BorrowedBytes = std::unique_ptr<GByteArray, ReturnBytes>;
+
 // Mail that came out of an mbox file may still have the line that began it there.
 std::string_view withoutMboxLine(std::string_view bytes) {
     if (bytes.starts_with("From ") || bytes.starts_with(">From ")) {
@@ -199,7 +230,10 @@ ParsedMessage parseMessage(std::string_view bytes) {
     // Text of no charset.
     std::array<const char*, 3> charsets{"utf-8", "windows-1252", nullptr};
     g_mime_parser_options_set_fallback_charsets(options.get(), charsets.data());
-    const auto stream = owned(g_mime_stream_mem_new_with_buffer(bytes.data(), bytes.size()));
+    const BorrowedBytes array(g_byte_array_new_take(
+        reinterpret_cast<guint8*>(const_cast<char*>(bytes.data())), bytes.size()));
+    const auto stream = owned(g_mime_stream_mem_new());
+    g_mime_stream_mem_set_byte_array(GMIME_STREAM_MEM(stream.get()), array.get());
     const auto parser = owned(g_mime_parser_new_with_stream(stream.get()));
     const auto read = owned(g_mime_parser_construct_message(parser.get(), options.get()));
     if (!read) {

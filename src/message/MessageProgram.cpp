@@ -23,6 +23,9 @@ namespace {
 
 using platform::FileDescriptor;
 
+// To read one takes a while even if nothing is wrong with it.
+constexpr std::size_t kLargeFile = std::size_t{16} << 20U;  // bytes
+
 int fail(const std::string& reason) {
     platform::writeErrorLine("quillet-message: " + reason);
     return platform::kFailure;
@@ -56,8 +59,9 @@ int showWindow(const CommandLine& line,
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("it.tarno.quillet.today")));
     QApplication::setLayoutDirection(QLocale().textDirection());
     const TurnLimit limit;
+    TurnLimit::grant(bytes.size() > kLargeFile ? 2 : 1);
     ParsedMessage message = messageIn(bytes, form);
-    TurnLimit::restart();
+    TurnLimit::grant(1);
     MessageWindow window(std::move(message),
                          line.isDraft ? MessageWindow::Kind::Draft : MessageWindow::Kind::Message,
                          form,
