@@ -13,7 +13,8 @@ seconds=${1:-60}
 shift $(($# > 0 ? 1 : 0))
 fuzzers=("$@")
 [ ${#fuzzers[@]} -gt 0 ] || fuzzers=(fuzz_property_list fuzz_query fuzz_message_url fuzz_links
-                                     fuzz_mail_header fuzz_maildir_name fuzz_mail_configuration)
+                                     fuzz_mail_header fuzz_maildir_name fuzz_mail_configuration
+                                     fuzz_message_file)
 log=build/fuzz/build.log
 mkdir -p build/fuzz/findings
 

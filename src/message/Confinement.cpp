@@ -51,11 +51,11 @@ std::uint64_t changesOfFiles() {
            LANDLOCK_ACCESS_FS_MAKE_SYM | (version >= 3 ? kTruncate : 0);
 }
 
-void forbidChangesOfFiles() {
+bool forbidChangesOfFiles() {
     landlock_ruleset_attr forbidden{};
     forbidden.handled_access_fs = changesOfFiles();
     if (forbidden.handled_access_fs == 0) {
-        return;
+        return false;
     }
     const platform::FileDescriptor rules(
         static_cast<int>(::syscall(SYS_landlock_create_ruleset, &forbidden, sizeof(forbidden), 0)));
@@ -66,17 +66,17 @@ void forbidChangesOfFiles() {
     allowed.parent_fd = devices.get();
     ::syscall(SYS_landlock_add_rule, rules.get(), LANDLOCK_RULE_PATH_BENEATH, &allowed, 0);
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    ::syscall(SYS_landlock_restrict_self, rules.get(), 0);
+    return ::syscall(SYS_landlock_restrict_self, rules.get(), 0) == 0;
 }
 
 }  // namespace
 
-void confineProcess() {
+bool confineProcess() {
     limit(RLIMIT_CORE, 0);
     if (!kHasSanitizer) {
         limit(RLIMIT_DATA, kMostMemory);
     }
-    forbidChangesOfFiles();
+    return forbidChangesOfFiles();
 }
 
 TurnLimit::TurnLimit() {

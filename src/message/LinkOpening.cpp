@@ -26,7 +26,9 @@ std::string launch(const std::string& url) {
         return {};
     }
     const std::unique_ptr<GError, void (*)(GError*)> owned(failure, g_error_free);
-    return owned->message;
+    const bool isUnknown = owned->domain == G_IO_ERROR && owned->code == G_IO_ERROR_NOT_SUPPORTED;
+    return isUnknown ? "there is no program for " + url.substr(0, url.find(':') + 1)
+                     : owned->message;
 }
 
 // The library starts threads, and some programs get their request over the session bus only while

@@ -15,7 +15,7 @@ namespace quillet::message {
 namespace {
 
 constexpr std::size_t kLongestHtml = std::size_t{1} << 20U;          // bytes
-constexpr std::size_t kLongestText = std::size_t{1} << 20U;          // bytes
+constexpr std::size_t kLongestPlain = std::size_t{1} << 20U;         // bytes
 constexpr std::size_t kLongestLinkedText = std::size_t{128} << 10U;  // bytes
 constexpr std::size_t kLongestEasyText = std::size_t{16} << 10U;     // shown in a moment
 // For a long word without a break the toolkit's work is the square of its length.
@@ -78,7 +78,7 @@ void MessageBody::showText(ShownForm form) {
         setHtml(QString::fromStdString(platform::StyledText::withLinks(text).htmlRepresentation()));
         return;
     }
-    const std::size_t longest = form == ShownForm::Whole ? kLongestText : kLongestEasyText;
+    const std::size_t longest = form == ShownForm::Whole ? kLongestPlain : kLongestEasyText;
     isCut_ = isCut_ || text.size() > longest;
     setPlainText(withShortLines(beginningOf(text, longest)));
 }

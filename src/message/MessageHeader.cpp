@@ -72,10 +72,15 @@ std::string oneLine(const char* text) {
         return {};
     }
     const std::string_view whole(text);
-    std::string line = platform::printableLine(whole.substr(0, kLongestText));
+    const bool isCut = whole.size() > kLongestText;
+    std::size_t end = std::min(whole.size(), kLongestText);
+    while (isCut && end > 0 && (static_cast<unsigned char>(whole[end]) & 0xC0U) == 0x80U) {
+        --end;
+    }
+    std::string line = platform::printableLine(whole.substr(0, end));
     const auto areBlanks = [](char one, char other) { return one == ' ' && other == ' '; };
     line.erase(std::unique(line.begin(), line.end(), areBlanks), line.end());
-    if (whole.size() > kLongestText) {
+    if (isCut) {
         line += "\u2026";
     }
     return std::string(platform::trimmingWhitespaceAndNewlines(line));

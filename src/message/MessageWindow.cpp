@@ -134,7 +134,8 @@ void MessageWindow::open(const std::string& url) {
         return;
     }
     const auto error = actions_.open(url);
-    tell(error ? QString::fromStdString(error->description()) : QString());
+    tell(error ? localized("Cannot be opened: %@", QString::fromStdString(error->description()))
+               : QString());
 }
 
 void MessageWindow::save(const Attachment& attachment) {
@@ -144,7 +145,7 @@ void MessageWindow::save(const Attachment& attachment) {
     }
     const auto error = actions_.save(
         QFile::encodeName(QFileInfo(path).absoluteFilePath()).toStdString(), attachment.content);
-    tell(error ? QString::fromStdString(error->description())
+    tell(error ? localized("Cannot be saved: %@", QString::fromStdString(error->description()))
                : localized("Saved: %@", isolated(path)));
 }
 
