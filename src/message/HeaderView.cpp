@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QFormLayout>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLocale>
 #include <algorithm>
@@ -37,7 +38,9 @@ QLabel* makeLabel(const QString& text) {
     label->setTextFormat(Qt::PlainText);
     label->setText(text);
     label->setWordWrap(true);
-    label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    // Beside its name, even where the text runs the other way.
+    label->setAlignment(Qt::AlignTop | Qt::AlignAbsolute |
+                        (QGuiApplication::isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft));
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     return label;
 }
