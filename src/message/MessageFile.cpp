@@ -49,10 +49,17 @@ void append(Body& body, Body next) {
         body = std::move(next);
         return;
     }
-    const bool hasHtml = !body.html.empty() || !next.html.empty();
-    const std::string html = hasHtml ? htmlOf(body) + "<hr>" + htmlOf(next) : "";
-    body.plain = plainOf(body) + "\n" + plainOf(next);
-    body.html = html;
+    // In place: there may be a thousand texts.
+    if (body.html.empty() && !next.html.empty()) {
+        body.html = htmlOf(body);
+    }
+    if (body.plain.empty()) {
+        body.plain = plainOf(body);
+    }
+    if (!body.html.empty()) {
+        body.html += "<hr>" + htmlOf(next);
+    }
+    body.plain += "\n" + plainOf(next);
 }
 
 // The last form is the best one.
@@ -151,17 +158,19 @@ private:
         return body;
     }
 
-    // Whether a part is read as text, and not kept as a file.
-    static bool isText(GMimeObject* part) {
+    // Whether a part is read as text, and not kept as a file. Some programs give a file name to the
+    // text of their messages.
+    bool isText(GMimeObject* part) const {
         const std::string type = typeOf(part);
         const char* const disposition = g_mime_object_get_disposition(part);
         return (equalsIgnoringAsciiCase(type, "text/plain") ||
                 equalsIgnoringAsciiCase(type, "text/html")) &&
                (disposition == nullptr || !equalsIgnoringAsciiCase(disposition, "attachment")) &&
-               g_mime_part_get_filename(GMIME_PART(part)) == nullptr;
+               (!hasText_ || g_mime_part_get_filename(GMIME_PART(part)) == nullptr);
     }
 
     Body readText(GMimeObject* part) {
+        hasText_ = true;
         std::string bytes = decoded(GMIME_PART(part));
         if (bytes.size() > room_) {
             bytes.resize(room_);
@@ -203,6 +212,7 @@ private:
 
     ParsedMessage& message_;
     int parts_ = 0;
+    bool hasText_ = false;
     std::size_t room_ = kLongestBody;
 };
 

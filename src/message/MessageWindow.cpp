@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QShortcut>
 #include <QStandardPaths>
+#include <QUrlQuery>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -48,7 +49,21 @@ QString titleOf(const ParsedMessage& message, MessageWindow::Kind kind) {
 
 // Where a link leads, in the form in which it is shown and opened: without a user's name, which may
 // look like a host, and with the host in plain letters.
-QString targetOf(const QUrl& link) {
+// Of a mail link only those fields stay that cannot make a mail program send files.
+QString targetOf(QUrl link) {
+    if (link.scheme() == QLatin1String("mailto") && link.hasQuery()) {
+        QUrlQuery fields;
+        for (const auto& [key, value] : QUrlQuery(link).queryItems(QUrl::FullyEncoded)) {
+            if (QStringList{QStringLiteral("to"),
+                            QStringLiteral("cc"),
+                            QStringLiteral("subject"),
+                            QStringLiteral("body")}
+                    .contains(key.toLower())) {
+                fields.addQueryItem(key, value);
+            }
+        }
+        link.setQuery(fields);
+    }
     return link.toString(QUrl::RemoveUserInfo | QUrl::FullyEncoded);
 }
 

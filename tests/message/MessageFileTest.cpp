@@ -62,11 +62,12 @@ TEST(MessageFile, EveryMessageBecomesItsTextsAndItsFiles) {
          "Content-Type: multipart/mixed; boundary=m\n\n--m\n\na <\n--m\n"
          "Content-Type: text/html\n\n<i>b</i>\n--m\n\nc\n",
          "[a <\nb\nc\n][a &lt;<hr><i>b</i><hr>c<br/>]"},
+        {"a text with a name", "Content-Type: text/html; name=a.html\n\n<b>x", "[][<b>x]"},
         {"a text file and a calendar",
-         "Content-Type: multipart/mixed; boundary=m\n\n--m\n"
+         "Content-Type: multipart/mixed; boundary=m\n\n--m\n\nHi\n--m\n"
          "Content-Disposition: attachment; filename=\".bashrc\"\n\nx\n--m\n"
          "Content-Type: text/calendar\n\ny\n--m--\n",
-         "[][] bashrc|text/plain|x calendar.ics|text/calendar|y"},
+         "[Hi][] bashrc|text/plain|x calendar.ics|text/calendar|y"},
         {"no boundary", "Content-Type: multipart/mixed\n\nx", "[][]"},
     };
     for (const auto& row : rows) {

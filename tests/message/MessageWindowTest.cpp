@@ -105,12 +105,18 @@ TEST(MessageWindow, FilesAreSavedAndLinksOpenedOnlyWhereTheUserAsks) {
     }
     EXPECT_EQ(asked.saved, std::vector<std::string>{"/d/one=1"});
     auto* body = window.findChild<QTextBrowser*>();
-    for (const char* link : {"https://a@b.example/x", "file:///etc/passwd", "javascript:x", "#a"}) {
+    for (const char* link : {"https://a@b.example/x",
+                             "file:///etc/passwd",
+                             "javascript:x",
+                             "#a",
+                             "mailto:c@d?subject=x%26y&attach=/etc/passwd"}) {
         Q_EMIT body->anchorClicked(QUrl(QString::fromUtf8(link)));
     }
     buttons[1]->click();
-    EXPECT_EQ(asked.opened,
-              (std::vector<std::string>{"https://b.example/x", "mailto:a@b?subject=Re%3A%20s"}));
+    EXPECT_EQ(
+        asked.opened,
+        (std::vector<std::string>{
+            "https://b.example/x", "mailto:c@d?subject=x%26y", "mailto:a@b?subject=Re%3A%20s"}));
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_TRUE(test::waitUntil([&window] { return !window.isVisible(); }));
