@@ -4,15 +4,12 @@
 #include <any>
 #include <array>
 #include <cerrno>
-#include <filesystem>
-#include <iterator>
-#include <optional>
 #include <string_view>
 #include <unistd.h>
 
 #include "handoff/MessageRendering.h"
 #include "handoff/MessageUrl.h"
-#include "handoff/Staging.h"
+#include "handoff/StagedFile.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/RegularFile.h"
@@ -21,7 +18,6 @@ namespace quillet::host {
 
 namespace {
 
-namespace fs = std::filesystem;
 using State = DraftAttachment::State;
 
 constexpr std::size_t kMostPictures = std::size_t{64} << 20U;  // bytes of all of a draft
@@ -32,31 +28,6 @@ bool isPicture(std::string_view start) {
     return std::any_of(kStarts.begin(), kStarts.end(), [start](std::string_view each) {
         return start.starts_with(each);
     });
-}
-
-// A file in a staging folder, or where it would stand; symbolic links are resolved.
-struct StagedFile {
-    fs::path folder;
-    fs::path path;
-};
-
-// None where the path leads to no place in a staging folder of the data folder.
-std::optional<StagedFile> stagedFile(const fs::path& dataFolder, const std::string& path) {
-    if (!path.starts_with('/') || path.find('\0') != std::string::npos) {
-        return std::nullopt;
-    }
-    std::error_code failure;
-    const fs::path root = fs::canonical(dataFolder, failure);
-    if (failure) {
-        return std::nullopt;
-    }
-    const fs::path canonical = fs::weakly_canonical(path, failure);
-    const auto [end, item] =
-        std::mismatch(root.begin(), root.end(), canonical.begin(), canonical.end());
-    const bool isInside = !failure && end == root.end() && item != canonical.end() &&
-                          std::next(item) != canonical.end() &&
-                          ExtensionUtilities::namesStagingFolder(item->string());
-    return isInside ? std::optional(StagedFile{root / *item, canonical}) : std::nullopt;
 }
 
 void takePicture(const std::string& path, DraftAttachment& attachment, std::size_t mostBytes) {

@@ -5,17 +5,12 @@
 #include <memory>
 #include <utility>
 
+#include "platform/desktop/GioReference.h"
 #include "platform/desktop/SessionBus.h"
 
 namespace quillet::platform {
 
 namespace {
-
-struct Unref {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-template <typename Object>
-using Reference = std::unique_ptr<Object, Unref>;
 
 // The installed entry without its DBusActivatable key, which GIO would follow without checking
 // whether the bus can start the program. Null if it is not installed, its program is missing, or it

@@ -100,6 +100,11 @@ std::optional<Error> FileCoordinator::coordinateWriting(const std::optional<std:
     return coordinate(path, FileLock::Access::Exclusive, Waiting::Allowed, accessor);
 }
 
+std::optional<Error> FileCoordinator::coordinateReadingIfFree(const std::string& path,
+                                                              const Accessor& accessor) const {
+    return coordinate(path, FileLock::Access::Shared, Waiting::Refused, accessor);
+}
+
 std::optional<Error> FileCoordinator::coordinateWritingIfFree(const std::string& path,
                                                               const Accessor& accessor) const {
     return coordinate(path, FileLock::Access::Exclusive, Waiting::Refused, accessor);

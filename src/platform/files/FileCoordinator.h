@@ -44,7 +44,9 @@ public:
                                            const Accessor& accessor) const;
     std::optional<Error> coordinateWriting(const std::optional<std::string>& path,
                                            const Accessor& accessor) const;
-    // As coordinateWriting, but does not wait: EWOULDBLOCK if the item is held elsewhere.
+    // As above, but these do not wait: EWOULDBLOCK if the item is held elsewhere.
+    std::optional<Error> coordinateReadingIfFree(const std::string& path,
+                                                 const Accessor& accessor) const;
     std::optional<Error> coordinateWritingIfFree(const std::string& path,
                                                  const Accessor& accessor) const;
 
