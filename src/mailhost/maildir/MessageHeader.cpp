@@ -6,6 +6,7 @@
 #include "mailhost/maildir/HeaderFields.h"
 #include "mailhost/maildir/HeaderFile.h"
 #include "mailhost/maildir/HeaderText.h"
+#include "mailhost/maildir/MailLibrary.h"
 
 #include "platform/base/Ascii.h"
 
@@ -21,11 +22,6 @@ constexpr std::size_t kLongestDate = 1024;                        // bytes
 
 using AllocatedText = std::unique_ptr<char, void (*)(void*)>;
 using AddressList = std::unique_ptr<InternetAddressList, void (*)(void*)>;
-
-void startLibrary() {
-    static const bool isStarted = (g_mime_init(), true);
-    static_cast<void>(isStarted);
-}
 
 std::string shown(const char* text) {
     return text == nullptr ? "" : shownText(text, MessageHeader::kLongestText);
@@ -107,7 +103,7 @@ std::optional<std::int64_t> dateIn(const HeaderFields& fields) {
 }  // namespace
 
 MessageHeader parseHeader(std::string_view bytes) {
-    startLibrary();
+    startMailLibrary();
     const HeaderFields fields(bytes.substr(0, kLongestHeader));
     const std::string charset = charsetOf(fields);
     MessageHeader header;
@@ -127,7 +123,7 @@ MessageHeader parseHeader(std::string_view bytes) {
 }
 
 std::optional<std::int64_t> parseHeaderDate(std::string_view bytes) {
-    startLibrary();
+    startMailLibrary();
     return dateIn(HeaderFields(bytes.substr(0, kLongestHeader)));
 }
 

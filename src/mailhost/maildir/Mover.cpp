@@ -1,18 +1,15 @@
 #include "mailhost/maildir/Mover.h"
 
-#include <array>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 
 #include "mailhost/maildir/FaultPoint.h"
-#include "mailhost/maildir/MaildirName.h"
 #include "mailhost/maildir/MessageCopy.h"
 #include "mailhost/maildir/MessageFiles.h"
+#include "mailhost/maildir/NewName.h"
 
 #include "platform/base/Log.h"
 #include "platform/base/StandardError.h"
@@ -30,26 +27,6 @@ namespace {
 
 constexpr int kAttempts = 6;  // the first, and one after each of five searches
 constexpr std::chrono::milliseconds kBetweenAttempts{50};
-
-std::string hostName() {
-    std::array<char, 256> name{};
-    ::gethostname(name.data(), name.size() - 1);
-    return name[0] == '\0' ? "localhost" : name.data();
-}
-
-std::string newNameFor(std::string_view oldName) {
-    static std::atomic<std::uint64_t> counter{0};
-    using std::chrono::duration_cast;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    const auto seconds = duration_cast<std::chrono::seconds>(now);
-    const auto microseconds = duration_cast<std::chrono::microseconds>(now - seconds);
-    return newMaildirName(oldName,
-                          {seconds.count(),
-                           static_cast<unsigned>(microseconds.count()),
-                           static_cast<std::uint64_t>(::getpid()),
-                           ++counter,
-                           hostName()});
-}
 
 // The journal and the disk tell the place of trouble by a path; people want to know what happened
 // to the message.
