@@ -8,6 +8,7 @@ BASE, FILES, PLIST, URL = "platform/base", "platform/files", "platform/plist", "
 DATES, EXTENSION = "platform/dates", "platform/extension"
 DESKTOP, PRESENTATION, UI = "platform/desktop", "platform/presentation", "platform/ui"
 MAILDIR, ACCOUNTS, MAIL_HOST = "mailhost/maildir", "mailhost/accounts", "mailhost/host"
+CLIENTS = "mailhost/clients"
 SYSTEM = {BASE, FILES, PLIST, URL, DATES, EXTENSION}
 MAY_INCLUDE = {
     BASE: {BASE},
@@ -27,14 +28,15 @@ MAY_INCLUDE = {
     "share": {"share", "handoff", "widget", "model", "util", *SYSTEM, DESKTOP},
     MAILDIR: {MAILDIR, *SYSTEM},
     ACCOUNTS: {ACCOUNTS, *SYSTEM},
-    MAIL_HOST: {MAIL_HOST, MAILDIR, ACCOUNTS, "handoff", "model", "util", *SYSTEM, DESKTOP},
+    CLIENTS: {CLIENTS, MAILDIR, "handoff", "model", "util", *SYSTEM, DESKTOP},
+    MAIL_HOST: {MAIL_HOST, CLIENTS, MAILDIR, ACCOUNTS, "handoff", "model", "util", *SYSTEM, DESKTOP},
     "message": {"message", "handoff", "model", "util", *SYSTEM, DESKTOP, UI, PRESENTATION},
     "app": {"app", "views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
 }
 # Folders beside src/, which nothing in src/ may include.
 OUTSIDE = ("host/", "bench/", "tests/")
 # Folders in which no file includes the toolkit, and folders in which no header does.
-NO_QT = {"util", *SYSTEM, "model", "handoff", "widget", MAILDIR, ACCOUNTS}
+NO_QT = {"util", *SYSTEM, "model", "handoff", "widget", MAILDIR, ACCOUNTS, CLIENTS}
 NO_QT_HEADERS = {DESKTOP, PRESENTATION}
 # Folders whose headers include the C++ standard library only, and no type of the system or of
 # another library.

@@ -46,10 +46,9 @@ struct AfterChange::State final {
             return;
         }
         accounts[name].process = platform::startProcess(
-            command,
-            {},
-            std::nullopt,
-            [this, name](const std::optional<std::string>& failure) { finish(name, failure); });
+            command, {}, std::nullopt, [this, name](const std::optional<std::string>& failure) {
+                finish(name, failure);
+            });
     }
 
     void finish(const std::string& name, const std::optional<std::string>& failure) {
@@ -65,21 +64,25 @@ struct AfterChange::State final {
         }
     }
 
-    static void tell(const std::string& name, const std::string& failure) {
+    void tell(const std::string& name, const std::string& failure) const {
         Log::write("MailHost after-change of %@: %@", {name, failure});
+        failed(name, failure);
     }
 
     std::function<std::vector<std::string>(const std::string& account)> commandOf;
     std::function<void(const std::string& account)> finished;
+    std::function<void(const std::string& account, const std::string& failure)> failed;
     std::map<std::string, Account> accounts;
 };
 
 AfterChange::AfterChange(
     std::function<std::vector<std::string>(const std::string& account)> commandOf,
-    std::function<void(const std::string& account)> finished)
+    std::function<void(const std::string& account)> finished,
+    std::function<void(const std::string& account, const std::string& failure)> failed)
     : state_(std::make_unique<State>()) {
     state_->commandOf = std::move(commandOf);
     state_->finished = std::move(finished);
+    state_->failed = std::move(failed);
 }
 
 AfterChange::~AfterChange() = default;

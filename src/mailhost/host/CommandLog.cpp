@@ -27,6 +27,10 @@ const char* nameOf(Outcome::Kind kind) {
             return "found";
         case Outcome::Kind::Moved:
             return "moved";
+        case Outcome::Kind::Shown:
+            return "shown";
+        case Outcome::Kind::Stored:
+            return "stored";
     }
     return "";
 }
@@ -72,6 +76,9 @@ void CommandLog::writeCommand(const platform::ApplicationCall& call,
     }
     if (!outcome.target.empty()) {
         line["target"] = outcome.target;
+    }
+    if (!outcome.client.empty()) {
+        line["client"] = outcome.client;
     }
     write(*out_, line);
 }

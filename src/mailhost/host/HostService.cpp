@@ -57,7 +57,8 @@ HostService::HostService(MailHost& host,
                {[this](UndoList::Burst burst) { undo(burst); },
                 [this](const std::string& url, const std::string& token) {
                     receive({"notice", {url}, {token, {}}, false, {}});
-                }}) {}
+                }}),
+      showing_(host, log) {}
 
 void HostService::start() {
     configureNotices();
@@ -210,6 +211,10 @@ void HostService::receive(const platform::ApplicationCall& call) {
         const HostCommand command = readHostCommand(url);
         const std::string subject = host_.subjectOf(command);
         const Outcome outcome = host_.carryOut(command);
+        if (outcome.kind == Outcome::Kind::Found) {
+            showing_.show(call, url, command, outcome.message);
+            continue;
+        }
         log_.writeCommand(call, url, command, outcome);
         notices_.tell(command, outcome, subject, UndoList::Clock::now());
         isMove = isMove || (command.problem.empty() && !command.shows());

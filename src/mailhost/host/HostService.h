@@ -11,6 +11,7 @@
 #include "mailhost/host/HostConfiguration.h"
 #include "mailhost/host/MailHost.h"
 #include "mailhost/host/Notices.h"
+#include "mailhost/host/Showing.h"
 
 #include "platform/desktop/ApplicationService.h"
 #include "platform/desktop/FolderWatcher.h"
@@ -64,6 +65,7 @@ private:
     CommandLog log_;
     AfterChange afterChange_;
     Notices notices_;
+    Showing showing_;
     std::vector<std::string> watched_;
     std::unique_ptr<platform::FolderWatcher> watcher_;
     std::unique_ptr<platform::FolderWatcher> configurationWatcher_;

@@ -6,8 +6,11 @@
 #include <set>
 #include <utility>
 
+#include "mailhost/maildir/MessageFiles.h"
+
 #include "model/HostInterface.h"
 #include "platform/base/Log.h"
+#include "platform/files/FileManager.h"
 
 namespace quillet::mailhost {
 
@@ -16,11 +19,11 @@ namespace {
 using platform::Log;
 
 Outcome failed(const std::string& reason) {
-    return {Outcome::Kind::Failed, reason, {}};
+    return {Outcome::Kind::Failed, reason, {}, {}, {}};
 }
 
 Outcome notFound() {
-    return {Outcome::Kind::NotFound, {}, {}};
+    return {Outcome::Kind::NotFound, {}, {}, {}, {}};
 }
 
 // The folder that takes the message of a command; none if the account has no such folder.
@@ -37,12 +40,32 @@ Outcome noTarget(const AccountMail& account, const HostCommand& command) {
                   "] into the configuration");
 }
 
+// Another program may have renamed the file since it was listed.
+Outcome found(AccountMail& account, const HostCommand& command) {
+    const auto place = account.find(command.identifier, command.folderStandardId);
+    if (!place) {
+        return notFound();
+    }
+    std::string path = place->folder + "/" + place->file;
+    if (!platform::FileManager::fileExists(path)) {
+        path = currentPath(path);
+    }
+    if (path.empty()) {
+        return notFound();
+    }
+    Outcome outcome;
+    outcome.kind = Outcome::Kind::Found;
+    outcome.message = {path, place->folder};
+    return outcome;
+}
+
 }  // namespace
 
 MailHost::MailHost(Journal& journal, ContainerWriter& writer, std::function<bool()> shallEnd)
     : journal_(journal), writer_(writer), mover_(journal, std::move(shallEnd)) {}
 
 void MailHost::configure(const Configuration& configuration) {
+    open_ = configuration.open;
     std::list<AccountMail> before = std::exchange(accounts_, {});
     for (const AccountConfiguration& account : configuration.accounts) {
         const auto same = std::find_if(before.begin(), before.end(), [&](const AccountMail& each) {
@@ -92,20 +115,17 @@ AccountMail* MailHost::find(const std::string& address) {
 
 Outcome MailHost::carryOut(const HostCommand& command) {
     if (!command.problem.empty()) {
-        return {Outcome::Kind::Ignored, command.problem, {}};
+        return {Outcome::Kind::Ignored, command.problem, {}, {}, {}};
     }
     if (command.draft) {
-        Log::write("MailHost %@", {"a draft came, which this host cannot show"});
-        return {Outcome::Kind::Ignored, "this host shows no drafts", {}};
+        return {Outcome::Kind::Found, {}, {}, {}, {}};
     }
     AccountMail* const account = find(command.account);
     if (account == nullptr) {
         return notFound();
     }
     if (command.shows()) {
-        return account->find(command.identifier, command.folderStandardId)
-                   ? Outcome{Outcome::Kind::Found, {}, {}}
-                   : notFound();
+        return found(*account, command);
     }
     Outcome outcome = move(*account, command);
     if (outcome.kind == Outcome::Kind::Failed) {
@@ -145,7 +165,11 @@ Outcome MailHost::moveTo(AccountMail& account,
     account.forget(place, command.identifier);
     const auto burst =
         undoList_.add({command.account, place.folder, moved.value()}, UndoList::Clock::now());
-    return {Outcome::Kind::Moved, {}, moved.value(), burst};
+    Outcome outcome;
+    outcome.kind = Outcome::Kind::Moved;
+    outcome.target = moved.value();
+    outcome.burst = burst;
+    return outcome;
 }
 
 void MailHost::setPending(const std::string& account) {
@@ -213,6 +237,17 @@ bool MailHost::readAhead(std::chrono::milliseconds budget) {
 std::vector<std::string> MailHost::afterChange(const std::string& account) {
     const AccountMail* const found = find(account);
     return found == nullptr ? std::vector<std::string>() : found->configuration().afterChange;
+}
+
+std::optional<std::string> MailHost::draftsFolder(const std::string& account) const {
+    std::optional<std::string> folder;
+    for (const AccountMail& each : accounts_) {
+        const bool isIts = each.configuration().address == account;
+        if (const auto& drafts = each.folders().drafts; drafts && (isIts || !folder)) {
+            folder = drafts->path;
+        }
+    }
+    return folder;
 }
 
 }  // namespace quillet::mailhost

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "mailhost/accounts/Configuration.h"
+#include "mailhost/clients/Clients.h"
 #include "mailhost/host/AccountMail.h"
 #include "mailhost/host/ContainerWriter.h"
 #include "mailhost/host/UndoList.h"
@@ -20,12 +21,14 @@ namespace quillet::mailhost {
 
 // What came of a command.
 struct Outcome {
-    enum class Kind { Ignored, Failed, NotFound, Found, Moved };
+    enum class Kind { Ignored, Failed, NotFound, Found, Moved, Shown, Stored };
 
     Kind kind = Kind::Ignored;
     std::string reason;         // of Ignored and Failed: a sentence
-    std::string target;         // of Moved: the path of the message's file now
+    std::string target;         // of Moved and Stored: the path of the message's file now
     UndoList::Burst burst = 0;  // of Moved: what it is undone with
+    std::string client;         // of Shown: the program
+    MailFile message;           // of Found: the message to show; empty for a draft
 };
 
 // The mail of all accounts, the container that shows it and the moves that commands ask for. Knows
@@ -47,7 +50,8 @@ public:
     // See ContainerWriter::publish().
     platform::Result<ContainerWriter::Changes> publish();
 
-    // Carries a command out. After archive and delete the container has to be published.
+    // Carries a command out, except that it only finds what is to be shown. After archive and
+    // delete the container has to be published.
     Outcome carryOut(const HostCommand& command);
     // Moves the messages of a burst back: see UndoList. The folders have to be read again.
     std::vector<UndoList::Undone> undo(UndoList::Burst burst);
@@ -64,6 +68,10 @@ public:
 
     // The command to run after changes of an account, by its address; empty if there is none.
     std::vector<std::string> afterChange(const std::string& account);
+    // The configuration's "open".
+    const std::string& open() const { return open_; }
+    // The Drafts folder of an account, else of the first account that has one.
+    std::optional<std::string> draftsFolder(const std::string& account) const;
 
 private:
     AccountMail* find(const std::string& address);
@@ -81,6 +89,7 @@ private:
     UndoList undoList_{mover_};
     std::list<AccountMail> accounts_;
     std::vector<PublishedAccount> shown_;
+    std::string open_ = "auto";
 };
 
 }  // namespace quillet::mailhost

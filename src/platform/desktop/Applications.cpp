@@ -34,8 +34,7 @@ Reference<GAppInfo> chosenFor(const std::string& type) {
             return chosen;
         }
     }
-    return Reference<GAppInfo>(
-        exact ? G_APP_INFO(g_object_ref(exact->data)) : nullptr);
+    return Reference<GAppInfo>(exact ? G_APP_INFO(g_object_ref(exact->data)) : nullptr);
 }
 
 std::string identifierOf(GAppInfo* info) {
@@ -50,21 +49,12 @@ bool takesTarget(char code) {
     return code == 'u' || code == 'U' || code == 'f' || code == 'F';
 }
 
-// Appends a word of "Exec": as it is, or with what stands for its field code. Codes for icons,
-// names and the entry itself are left out.
-bool appendWord(const std::string& word,
-                const std::function<std::vector<std::string>(char code)>& targets,
-                std::vector<std::string>& to) {
-    const bool isCode = word.size() == 2 && word[0] == '%';
-    if (isCode && takesTarget(word[1])) {
-        const std::vector<std::string> words = targets(word[1]);
-        to.insert(to.end(), words.begin(), words.end());
-        return true;
-    }
-    if (isCode && word[1] != '%') {
-        return false;
-    }
-    bool isTaken = false;
+// What stands for files and URLs, which a field code takes in one form or the other.
+using Targets = std::function<std::vector<std::string>(char code)>;
+
+// A word of "Exec" with what stands for the field codes within it. Codes for icons and for the
+// entry itself are left out.
+std::string expandedWord(const std::string& word, const std::string& name, const Targets& targets) {
     std::string text;
     for (std::size_t at = 0; at < word.size(); ++at) {
         if (word[at] != '%' || at + 1 == word.size()) {
@@ -74,27 +64,40 @@ bool appendWord(const std::string& word,
         const char code = word[++at];
         if (code == '%') {
             text += '%';
+        } else if (code == 'c') {
+            text += name;
         } else if (takesTarget(code)) {
             const std::vector<std::string> words = targets(code);
             text += words.empty() ? "" : words.front();
-            isTaken = true;
         }
     }
-    to.push_back(text);
-    return isTaken;
+    return text;
 }
 
-std::vector<std::string> commandWith(
-    const Application& application,
-    const std::function<std::vector<std::string>(char code)>& targets) {
-    std::vector<std::string> command;
-    bool isTaken = false;
-    for (const std::string& word : application.command) {
-        isTaken = appendWord(word, targets, command) || isTaken;
+bool hasTarget(const std::string& word) {
+    for (std::size_t at = word.find('%'); at + 1 < word.size(); at = word.find('%', at + 2)) {
+        if (takesTarget(word[at + 1])) {
+            return true;
+        }
     }
-    if (!isTaken) {
-        const std::vector<std::string> words = targets('f');
+    return false;
+}
+
+std::vector<std::string> commandWith(const Application& application, const Targets& targets) {
+    std::vector<std::string> command;
+    const auto append = [&command](const std::vector<std::string>& words) {
         command.insert(command.end(), words.begin(), words.end());
+    };
+    for (const std::string& word : application.command) {
+        const bool isCode = word.size() == 2 && word[0] == '%';
+        if (isCode && takesTarget(word[1])) {
+            append(targets(word[1]));
+        } else if (!isCode || word[1] == '%' || word[1] == 'c') {
+            command.push_back(expandedWord(word, application.name, targets));
+        }
+    }
+    if (std::none_of(application.command.begin(), application.command.end(), hasTarget)) {
+        append(targets('f'));
     }
     return application.needsTerminal ? inTerminal(command) : command;
 }
@@ -111,7 +114,10 @@ std::optional<Application> applicationFor(const std::string& type) {
     const bool needsTerminal =
         G_IS_DESKTOP_APP_INFO(info.get()) &&
         g_desktop_app_info_get_boolean(G_DESKTOP_APP_INFO(info.get()), "Terminal") != FALSE;
-    return Application{identifierOf(info.get()), *std::move(words), needsTerminal};
+    return Application{identifierOf(info.get()),
+                       g_app_info_get_name(info.get()),
+                       *std::move(words),
+                       needsTerminal};
 }
 
 std::vector<std::string> commandOf(const Application& application,

@@ -9,6 +9,7 @@ namespace quillet::platform {
 // An installed application, as its desktop entry describes it.
 struct Application {
     std::string identifier;            // the name of its entry without ".desktop"
+    std::string name;                  // for people
     std::vector<std::string> command;  // the words of "Exec", with their field codes
     bool needsTerminal = false;
 };

@@ -1,0 +1,70 @@
+#include "mailhost/host/Showing.h"
+
+#include <optional>
+
+#include "handoff/MessageUrl.h"
+#include "model/ContainerPaths.h"
+#include "model/HostInterface.h"
+#include "platform/base/Exception.h"
+#include "platform/base/Log.h"
+
+namespace quillet::mailhost {
+
+namespace {
+
+Clients::Folders clientFolders() {
+    return {ExtensionUtilities::GroupDataPath().value_or(""),
+            UserFolders::ofEnvironment().cache + "/quillet/drafts"};
+}
+
+Outcome outcomeOf(const ClientOutcome& result) {
+    if (result.isShown) {
+        return {Outcome::Kind::Shown, {}, {}, result.client, {}};
+    }
+    return result.storedAt.empty() ? Outcome{Outcome::Kind::Failed, result.reason, {}, {}, {}}
+                                   : Outcome{Outcome::Kind::Stored, {}, result.storedAt, {}, {}};
+}
+
+}  // namespace
+
+Showing::Showing(const MailHost& host, CommandLog log)
+    : host_(host), log_(log), clients_(clientFolders(), Clients::systemStart()) {}
+
+void Showing::show(const platform::ApplicationCall& call,
+                   const std::string& url,
+                   const HostCommand& command,
+                   const MailFile& message) {
+    const auto done = [this, call, url, command](const ClientOutcome& result) {
+        const Outcome outcome = outcomeOf(result);
+        if (outcome.kind == Outcome::Kind::Failed) {
+            platform::Log::write("MailHost %@: %@", {command.word, outcome.reason});
+        }
+        log_.writeCommand(call, url, command, outcome);
+    };
+    clients_.setOpen(host_.open());
+    if (command.draft) {
+        showDraft(call, command, done);
+    } else if (call.isInBackground) {
+        log_.writeCommand(call, url, command, {Outcome::Kind::Found, {}, {}, {}, {}});
+    } else if (command.word == ExtensionUtilities::commandReply) {
+        clients_.reply(message, call.activation, done);
+    } else {
+        clients_.show(message, call.activation, done);
+    }
+}
+
+void Showing::showDraft(const platform::ApplicationCall& call,
+                        const HostCommand& command,
+                        const Clients::Done& done) {
+    try {
+        const auto draft = ExtensionMessageWithUrl(*command.draft);
+        clients_.compose(*draft,
+                         host_.draftsFolder(draft->account().value_or("")),
+                         call.isInBackground ? std::nullopt : std::optional(call.activation),
+                         done);
+    } catch (const platform::Exception& exception) {
+        done({false, {}, {}, exception.description(), {}});
+    }
+}
+
+}  // namespace quillet::mailhost
