@@ -45,17 +45,6 @@ void addAttempt(Attempts& attempts, const std::string& client, std::optional<Com
     }
 }
 
-// The window of this package: beside this program, else on PATH.
-std::string ownWindowProgram() {
-    std::string path(4096, '\0');
-    const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
-    path.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
-    const std::size_t slash = path.rfind('/');
-    const std::string beside =
-        appendingPathComponent(path.substr(0, slash == std::string::npos ? 0 : slash), kOwnWindow);
-    return ::access(beside.c_str(), X_OK) == 0 ? beside : std::string(kOwnWindow);
-}
-
 // The program that a desktop entry belongs to, if it is one that the host knows.
 std::optional<ClientProgram> knownProgram(const std::optional<Application>& application) {
     const auto client = application ? clientOfEntry(application->identifier) : std::nullopt;
@@ -106,6 +95,7 @@ public:
 
 private:
     std::optional<ClientProgram> configuredProgram() const;
+    std::string ownWindow() const;
     void addComposers(Attempts& attempts, const Draft& draft) const;
     // Into Drafts, else into a file for a program.
     void store(const Draft& draft,
@@ -133,6 +123,11 @@ std::optional<ClientProgram> Clients::State::configuredProgram() const {
     return client ? std::optional(ClientProgram{*client, std::nullopt}) : std::nullopt;
 }
 
+std::string Clients::State::ownWindow() const {
+    const std::string beside = appendingPathComponent(folders_.programs, kOwnWindow);
+    return ::access(beside.c_str(), X_OK) == 0 ? beside : std::string(kOwnWindow);
+}
+
 void Clients::State::addShowing(Attempts& attempts, const ShownMessage& message) const {
     if (const auto program = configuredProgram()) {
         addAttempt(attempts, open_, showCommand(*program, message));
@@ -151,7 +146,7 @@ void Clients::State::addShowing(Attempts& attempts, const ShownMessage& message)
     if (const auto file = platform::applicationFor("message/rfc822")) {
         addAttempt(attempts, file->identifier, commandForFile(*file, message.file));
     }
-    addAttempt(attempts, std::string(kOwnWindow), Command{ownWindowProgram(), message.file});
+    addAttempt(attempts, std::string(kOwnWindow), Command{ownWindow(), message.file});
 }
 
 void Clients::State::addReplies(Attempts& attempts, const ReplyHeader& header) const {
@@ -269,7 +264,7 @@ void Clients::State::addFileComposers(Attempts& attempts, const std::string& fil
             addAttempt(attempts, "thunderbird", openCommand(*program, file));
         }
     }
-    addAttempt(attempts, std::string(kOwnWindow), Command{ownWindowProgram(), "--draft", file});
+    addAttempt(attempts, std::string(kOwnWindow), Command{ownWindow(), "--draft", file});
 }
 
 Clients::Start Clients::systemStart() {

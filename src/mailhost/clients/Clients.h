@@ -44,6 +44,8 @@ public:
     struct Folders {
         std::string data;    // the data folder of the container
         std::string drafts;  // the host's own, for files of drafts; made when it is needed
+        // Where quillet-message lies if it is not on PATH.
+        std::string programs;
     };
 
     // Starts programs of this computer.

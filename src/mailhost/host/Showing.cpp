@@ -1,6 +1,8 @@
 #include "mailhost/host/Showing.h"
 
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 #include "handoff/MessageUrl.h"
 #include "model/ContainerPaths.h"
@@ -12,9 +14,13 @@ namespace quillet::mailhost {
 
 namespace {
 
+// The programs of this package lie in one folder.
 Clients::Folders clientFolders() {
+    std::error_code ignored;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
     return {ExtensionUtilities::GroupDataPath().value_or(""),
-            UserFolders::ofEnvironment().cache + "/quillet/drafts"};
+            UserFolders::ofEnvironment().cache + "/quillet/drafts",
+            program.parent_path().string()};
 }
 
 Outcome outcomeOf(const ClientOutcome& result) {

@@ -6,6 +6,7 @@
 #include <gio/gio.h>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "platform/desktop/GioReference.h"
 #include "platform/url/URL.h"
@@ -14,27 +15,31 @@ namespace quillet::platform {
 
 namespace {
 
-constexpr std::string_view kSchemes = "x-scheme-handler/";
 constexpr std::string_view kTerminal = "x-terminal-emulator";
 
 void unrefAll(GList* list) {
     g_list_free_full(list, g_object_unref);
 }
 
+bool isAmong(const GList* list, GAppInfo* info) {
+    for (; list != nullptr; list = list->next) {
+        if (g_app_info_equal(G_APP_INFO(list->data), info) != FALSE) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // GIO also offers applications for more general types: mail is text, so an editor would show it.
 Reference<GAppInfo> chosenFor(const std::string& type) {
     Reference<GAppInfo> chosen(g_app_info_get_default_for_type(type.c_str(), FALSE));
-    if (!chosen || type.starts_with(kSchemes)) {
+    const Reference<GAppInfo> editor(g_app_info_get_default_for_type("text/plain", FALSE));
+    if (!chosen || !editor || g_app_info_equal(chosen.get(), editor.get()) == FALSE) {
         return chosen;
     }
     const std::unique_ptr<GList, decltype(&unrefAll)> exact(
         g_app_info_get_recommended_for_type(type.c_str()), &unrefAll);
-    for (const GList* each = exact.get(); each != nullptr; each = each->next) {
-        if (g_app_info_equal(G_APP_INFO(each->data), chosen.get()) != FALSE) {
-            return chosen;
-        }
-    }
-    return Reference<GAppInfo>(exact ? G_APP_INFO(g_object_ref(exact->data)) : nullptr);
+    return isAmong(exact.get(), chosen.get()) ? std::move(chosen) : nullptr;
 }
 
 std::string identifierOf(GAppInfo* info) {
@@ -75,8 +80,8 @@ std::string expandedWord(const std::string& word, const std::string& name, const
 }
 
 bool hasTarget(const std::string& word) {
-    for (std::size_t at = word.find('%'); at + 1 < word.size(); at = word.find('%', at + 2)) {
-        if (takesTarget(word[at + 1])) {
+    for (std::size_t at = word.find('%'); at < word.size(); at = word.find('%', at + 2)) {
+        if (at + 1 < word.size() && takesTarget(word[at + 1])) {
             return true;
         }
     }
