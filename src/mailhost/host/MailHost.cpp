@@ -19,11 +19,11 @@ namespace {
 using platform::Log;
 
 Outcome failed(const std::string& reason) {
-    return {Outcome::Kind::Failed, reason, {}, {}, {}};
+    return Outcome::of(Outcome::Kind::Failed, reason);
 }
 
 Outcome notFound() {
-    return {Outcome::Kind::NotFound, {}, {}, {}, {}};
+    return Outcome::of(Outcome::Kind::NotFound);
 }
 
 // The folder that takes the message of a command; none if the account has no such folder.
@@ -53,8 +53,7 @@ Outcome found(AccountMail& account, const HostCommand& command) {
     if (path.empty()) {
         return notFound();
     }
-    Outcome outcome;
-    outcome.kind = Outcome::Kind::Found;
+    Outcome outcome = Outcome::of(Outcome::Kind::Found);
     outcome.message = {path, place->folder};
     return outcome;
 }
@@ -115,10 +114,10 @@ AccountMail* MailHost::find(const std::string& address) {
 
 Outcome MailHost::carryOut(const HostCommand& command) {
     if (!command.problem.empty()) {
-        return {Outcome::Kind::Ignored, command.problem, {}, {}, {}};
+        return Outcome::of(Outcome::Kind::Ignored, command.problem);
     }
     if (command.draft) {
-        return {Outcome::Kind::Found, {}, {}, {}, {}};
+        return Outcome::of(Outcome::Kind::Found);
     }
     AccountMail* const account = find(command.account);
     if (account == nullptr) {
@@ -165,8 +164,7 @@ Outcome MailHost::moveTo(AccountMail& account,
     account.forget(place, command.identifier);
     const auto burst =
         undoList_.add({command.account, place.folder, moved.value()}, UndoList::Clock::now());
-    Outcome outcome;
-    outcome.kind = Outcome::Kind::Moved;
+    Outcome outcome = Outcome::of(Outcome::Kind::Moved);
     outcome.target = moved.value();
     outcome.burst = burst;
     return outcome;

@@ -29,6 +29,13 @@ struct Outcome {
     UndoList::Burst burst = 0;  // of Moved: what it is undone with
     std::string client;         // of Shown: the program
     MailFile message;           // of Found: the message to show; empty for a draft
+
+    static Outcome of(Kind kind, const std::string& reason = {}) {
+        Outcome outcome;
+        outcome.kind = kind;
+        outcome.reason = reason;
+        return outcome;
+    }
 };
 
 // The mail of all accounts, the container that shows it and the moves that commands ask for. Knows

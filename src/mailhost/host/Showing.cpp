@@ -24,11 +24,15 @@ Clients::Folders clientFolders() {
 }
 
 Outcome outcomeOf(const ClientOutcome& result) {
+    Outcome outcome = Outcome::of(Outcome::Kind::Failed, result.reason);
     if (result.isShown) {
-        return {Outcome::Kind::Shown, {}, {}, result.client, {}};
+        outcome = Outcome::of(Outcome::Kind::Shown);
+        outcome.client = result.client;
+    } else if (!result.storedAt.empty()) {
+        outcome = Outcome::of(Outcome::Kind::Stored);
+        outcome.target = result.storedAt;
     }
-    return result.storedAt.empty() ? Outcome{Outcome::Kind::Failed, result.reason, {}, {}, {}}
-                                   : Outcome{Outcome::Kind::Stored, {}, result.storedAt, {}, {}};
+    return outcome;
 }
 
 }  // namespace
@@ -51,7 +55,7 @@ void Showing::show(const platform::ApplicationCall& call,
     if (command.draft) {
         showDraft(call, command, done);
     } else if (call.isInBackground) {
-        log_.writeCommand(call, url, command, {Outcome::Kind::Found, {}, {}, {}, {}});
+        log_.writeCommand(call, url, command, Outcome::of(Outcome::Kind::Found));
     } else if (command.word == ExtensionUtilities::commandReply) {
         clients_.reply(message, call.activation, done);
     } else {
