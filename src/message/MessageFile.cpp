@@ -72,6 +72,10 @@ void addForm(Body& body, Body next) {
     }
 }
 
+bool isA(GMimeObject* part, GType type) {
+    return g_type_check_instance_is_a(reinterpret_cast<GTypeInstance*>(part), type) != FALSE;
+}
+
 std::string typeOf(GMimeObject* part) {
     GMimeContentType* const type = g_mime_object_get_content_type(part);
     const GMimeText text(type != nullptr ? g_mime_content_type_get_mime_type(type) : nullptr);
@@ -131,14 +135,14 @@ public:
             return {};
         }
         ++parts_;
-        if (GMIME_IS_MULTIPART(part)) {
+        if (isA(part, GMIME_TYPE_MULTIPART)) {
             return readMultipart(GMIME_MULTIPART(part), level);
         }
-        if (GMIME_IS_MESSAGE_PART(part)) {
+        if (isA(part, GMIME_TYPE_MESSAGE_PART)) {
             addMessage(GMIME_MESSAGE_PART(part));
             return {};
         }
-        if (!GMIME_IS_PART(part)) {
+        if (!isA(part, GMIME_TYPE_PART)) {
             return {};
         }
         return isText(part) ? readText(part) : addPart(part);
