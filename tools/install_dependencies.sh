@@ -10,7 +10,7 @@ packages_for() {
         panel) echo dbus-daemon ;;
         run) echo fonts-inter fonts-noto-core fonts-wqy-microhei ;;
         wayland) echo qt6-wayland ;;
-        test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter tzdata isync dovecot-imapd ;;
+        test) echo libgtest-dev libgmock-dev libplist-dev dbus-daemon python3 python3-gi fonts-inter tzdata isync dovecot-imapd neomutt ;;
         bench) echo libplist-dev libpugixml-dev libglib2.0-dev dbus-daemon python3 ;;
         fuzz) echo clang libclang-rt-14-dev ;;
         ci) echo clang-format clang-tidy codespell python3 ;;

@@ -149,7 +149,6 @@ UserFolders UserFolders::ofEnvironment() {
     folders.config = environmentFolder("XDG_CONFIG_HOME", below + "/.config");
     folders.data = environmentFolder("XDG_DATA_HOME", below + "/.local/share");
     folders.state = environmentFolder("XDG_STATE_HOME", below + "/.local/state");
-    folders.cache = environmentFolder("XDG_CACHE_HOME", below + "/.cache");
     return folders;
 }
 

@@ -50,7 +50,6 @@ struct UserFolders {
     std::string config;  // $XDG_CONFIG_HOME, else ~/.config
     std::string data;    // $XDG_DATA_HOME, else ~/.local/share
     std::string state;   // $XDG_STATE_HOME, else ~/.local/state
-    std::string cache;   // $XDG_CACHE_HOME, else ~/.cache
 
     // From the environment. An unknown home folder is "/".
     static UserFolders ofEnvironment();

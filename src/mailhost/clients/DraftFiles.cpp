@@ -27,6 +27,10 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kBetweenTries{50};
 constexpr std::chrono::hours kLifetime{24 * 7};
 
+platform::Error foreign(const std::string& path) {
+    return {"POSIX", EACCES, path + " is in no staging folder"};
+}
+
 // The copy of the file at `path`, which is resolved again while it is open: whoever shares may have
 // put a link there meanwhile.
 platform::Result<std::string> copyOf(const std::string& path,
@@ -34,7 +38,7 @@ platform::Result<std::string> copyOf(const std::string& path,
                                      const std::string& folder) {
     const auto named = stagedFile(dataFolder, path);
     if (!named) {
-        return platform::posixError(EACCES, path);
+        return foreign(path);
     }
     const auto opened = platform::openRegularFile(named->path);
     if (!opened) {
@@ -42,7 +46,7 @@ platform::Result<std::string> copyOf(const std::string& path,
     }
     const std::string open = "/proc/self/fd/" + std::to_string(opened.value().file.get());
     if (!stagedFile(dataFolder, open)) {
-        return platform::posixError(EACCES, path);
+        return foreign(path);
     }
     const std::string copy =
         RequestUtils::GetGoodPath(platform::Path::lastPathComponent(path), folder).value();
@@ -59,7 +63,7 @@ platform::Result<std::string> takeFile(const std::string& path,
                                        Clock::time_point end) {
     const auto named = stagedFile(dataFolder, path);
     if (!named) {
-        return platform::posixError(EACCES, path);
+        return foreign(path);
     }
     if (!FileManager::folderExists(named->folder)) {
         return platform::posixError(ENOENT, path);

@@ -1,5 +1,6 @@
 #include "mailhost/host/Showing.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -14,12 +15,18 @@ namespace quillet::mailhost {
 
 namespace {
 
+std::string cacheFolder() {
+    const char* const given = std::getenv("XDG_CACHE_HOME");
+    const std::string folder = given == nullptr ? "" : given;
+    return folder.starts_with('/') ? folder : UserFolders::ofEnvironment().home + "/.cache";
+}
+
 // The programs of this package lie in one folder.
 Clients::Folders clientFolders() {
     std::error_code ignored;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
     return {ExtensionUtilities::GroupDataPath().value_or(""),
-            UserFolders::ofEnvironment().cache + "/quillet/drafts",
+            cacheFolder() + "/quillet/drafts",
             program.parent_path().string()};
 }
 

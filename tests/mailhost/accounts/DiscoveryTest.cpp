@@ -44,8 +44,7 @@ TEST_P(DiscoveryTest, AccountsAreFound) {
     for (const std::string& folder : one.folders) {
         home.makeFolder(folder + "/cur");
     }
-    const UserFolders folders{
-        home.path(), home.path(".config"), home.path(".local/share"), "/s", "/c"};
+    const UserFolders folders{home.path(), home.path(".config"), home.path(".local/share"), "/s"};
     const Discovery found = discoverAccounts(folders, [&](const std::string& inbox) {
         const auto address = one.addresses.find(inbox.substr(home.path().size() + 1));
         return address == one.addresses.end() ? "" : address->second;
@@ -170,7 +169,7 @@ TEST(Discovery, ConfigurationOfNotmuchMayLieElsewhereAndDamagedOnesDoNoHarm) {
     home.makeFolder("post/cur");
     home.writeFile(".mbsyncrc", std::string((1 << 20) + 1, 'x'));
     home.writeFile("n", "[database]\npath=" + home.path("post") + "\n[user]\nprimary_email=a@b\n");
-    const UserFolders folders{home.path(), home.path("c"), home.path("d"), home.path("s"), {}};
+    const UserFolders folders{home.path(), home.path("c"), home.path("d"), home.path("s")};
     const test::EnvironmentVariable notmuch("NOTMUCH_CONFIG", home.path("n"));
     const Discovery found = discoverAccounts(folders, {});
     EXPECT_EQ(configurationText(found.configuration, folders), "[account a@b]\nmaildir = ~/post\n");
