@@ -86,12 +86,12 @@ public:
                      const std::string& folder,
                      const std::optional<std::string>& draftsFolder,
                      const std::optional<Activation>& activation,
-                     Done done);
+                     const Done& done);
     // Tries one after the other. `otherwise` is called if none of them does.
     void run(Attempts attempts,
              const Activation& activation,
              const Done& done,
-             std::function<void()> otherwise);
+             const std::function<void()>& otherwise);
 
 private:
     std::optional<ClientProgram> configuredProgram() const;
@@ -175,7 +175,7 @@ void Clients::State::addComposers(Attempts& attempts, const Draft& draft) const 
 void Clients::State::run(Attempts attempts,
                          const Activation& activation,
                          const Done& done,
-                         std::function<void()> otherwise) {
+                         const std::function<void()>& otherwise) {
     if (attempts.empty()) {
         otherwise();
         return;
@@ -200,7 +200,7 @@ void Clients::State::composeWith(const Draft& draft,
                                  const std::string& folder,
                                  const std::optional<std::string>& draftsFolder,
                                  const std::optional<Activation>& activation,
-                                 Done done) {
+                                 const Done& done) {
     Attempts attempts;
     if (activation) {
         addComposers(attempts, draft);
@@ -284,7 +284,7 @@ void Clients::setOpen(const std::string& open) {
     state_->setOpen(open);
 }
 
-void Clients::show(const MailFile& message, const Activation& activation, Done done) {
+void Clients::show(const MailFile& message, const Activation& activation, const Done& done) {
     const ReplyHeader header = readReplyHeader(message.path);
     Attempts attempts;
     state_->addShowing(attempts, {message.path, message.folder, header.messageId});
@@ -294,7 +294,7 @@ void Clients::show(const MailFile& message, const Activation& activation, Done d
 }
 
 // A program that shows the message can reply to it, too.
-void Clients::reply(const MailFile& message, const Activation& activation, Done done) {
+void Clients::reply(const MailFile& message, const Activation& activation, const Done& done) {
     const ReplyHeader header = readReplyHeader(message.path);
     Attempts attempts;
     state_->addReplies(attempts, header);
@@ -307,7 +307,7 @@ void Clients::reply(const MailFile& message, const Activation& activation, Done 
 void Clients::compose(const ExtensionMessage& message,
                       const std::optional<std::string>& draftsFolder,
                       const std::optional<Activation>& activation,
-                      Done done) {
+                      const Done& done) {
     Draft draft = draftOf(message);
     const std::weak_ptr<State> weak = state_;
     platform::backgroundQueue().async([=, folders = state_->folders()]() mutable {

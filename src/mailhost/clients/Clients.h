@@ -59,14 +59,14 @@ public:
     // The configuration's "open", from now on. Until then it is "auto".
     void setOpen(const std::string& open);
 
-    void show(const MailFile& message, const platform::Activation& activation, Done done);
-    void reply(const MailFile& message, const platform::Activation& activation, Done done);
+    void show(const MailFile& message, const platform::Activation& activation, const Done& done);
+    void reply(const MailFile& message, const platform::Activation& activation, const Done& done);
     // `draftsFolder`: the mail folder that takes the draft if no program does. In the background
     // (`activation` is none) it goes there at once.
     void compose(const ExtensionMessage& message,
                  const std::optional<std::string>& draftsFolder,
                  const std::optional<platform::Activation>& activation,
-                 Done done);
+                 const Done& done);
 
 private:
     class State;
