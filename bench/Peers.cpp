@@ -5,10 +5,10 @@
 
 #include "bench/Digest.h"
 #include "bench/Readers.h"
-#include "host/StoreWriter.h"
 #include "model/CentralDateCache.h"
 #include "model/ExtensionDate.h"
 #include "model/RecordBlock.h"
+#include "tests/support/store/StoreWriter.h"
 
 namespace quillet::bench {
 
@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 void forEachFile(const std::string& container,
                  const std::function<void(char* bytes, std::size_t size)>& read) {
     std::vector<char> buffer;
-    for (const auto& account : fs::directory_iterator(host::dataFolder(container) + "/Today")) {
+    for (const auto& account : fs::directory_iterator(test::dataFolder(container) + "/Today")) {
         for (const auto& file : fs::directory_iterator(account.path())) {
             const std::size_t size = file.file_size();
             buffer.resize(std::max(buffer.size(), size));

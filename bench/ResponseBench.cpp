@@ -1,6 +1,7 @@
-// quillet-response-bench SAMPLE-HOST RUNS: measures how long user and host wait for each other.
-// quillet-response-bench host DATA-FOLDER: the host's side. For each line on standard input, writes
-// a store, tells the widget of it, and prints the time just before that.
+// quillet-response-bench MAIL-HOST FOLDER RUNS: measures how long user and host wait for each
+// other; the folder gets what the mail host needs. quillet-response-bench host DATA-FOLDER: the
+// host's side. For each line on standard input, writes a store, tells the widget of it, and prints
+// the time just before that.
 //
 // The panel is the real one, offscreen. Both hosts are processes of their own. The session bus and
 // the container come from the environment; nobody else should use them.
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -19,11 +21,12 @@
 #include <vector>
 
 #include "app/PanelController.h"
+#include "bench/MailHostProcess.h"
 #include "bench/PanelClock.h"
-#include "host/StoreWriter.h"
 #include "model/HostInterface.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
+#include "tests/support/store/StoreWriter.h"
 
 namespace {
 
@@ -43,9 +46,9 @@ std::string newestOf(int round) {
 // Writes kMessages messages, different ones in each round.
 void writeMessages(const std::string& dataFolder, int round) {
     const std::string mail = "anna@example.org";
-    host::Array messages;
+    test::Array messages;
     for (int index = 0; index < kMessages; ++index) {
-        messages.push_back(host::Dictionary{
+        messages.push_back(test::Dictionary{
             {"messageId", std::to_string(round) + "." + std::to_string(index) + "@example.org"},
             {"account", mail},
             {"from", "Björn Eriksen"},
@@ -53,15 +56,15 @@ void writeMessages(const std::string& dataFolder, int round) {
             {"date", now() - index * 3600.0},
             {"folderStid", 1}});
     }
-    const host::StoreFile files[] = {
+    const test::StoreFile files[] = {
         {"Today/" + mail + "/INBOX.plist",
-         host::Dictionary{{"folder", "INBOX"}, {"account", mail}, {"data", std::move(messages)}},
-         host::PropertyListFormat::Binary},
+         test::Dictionary{{"folder", "INBOX"}, {"account", mail}, {"data", std::move(messages)}},
+         test::PropertyListFormat::Binary},
         {"Accounts.plist",
-         host::Array{host::Dictionary{{"mail", mail}, {"enabled", true}}},
-         host::PropertyListFormat::Xml}};
-    if (const auto failure = host::writeStore(dataFolder, files)) {
-        throw std::runtime_error(failure->error.description());
+         test::Array{test::Dictionary{{"mail", mail}, {"enabled", true}}},
+         test::PropertyListFormat::Xml}};
+    if (const auto failure = test::writeStore(dataFolder, files)) {
+        throw std::runtime_error(failure->description());
     }
 }
 
@@ -109,19 +112,43 @@ void print(const char* what, std::vector<double> seconds) {
                 seconds.size());
 }
 
-double clickReply(PanelController& panel, Peer& sampleHost) {
+// A mail host without mail, which still answers every command.
+QStringList wordsOfMailHost(const QString& program, const std::string& folder) {
+    for (const char* mailFolder : {"INBOX", "Archive", "Trash"}) {
+        std::filesystem::create_directories(folder + "/mail/" + mailFolder + "/cur");
+    }
+    const auto place = bench::MailHostPlace::make(program.toStdString(), folder, "");
+    QStringList words{QStringLiteral("--log"), QStringLiteral("quillet://ready")};
+    for (const std::string& word : place.arguments()) {
+        words.append(QString::fromStdString(word));
+    }
+    return words;
+}
+
+// The time of the next command in the log, which also tells of files that the host writes.
+double nextCommand(Peer& mailHost) {
+    for (;;) {
+        const auto line = nlohmann::json::parse(mailHost.nextLine());
+        if (line.contains("command")) {
+            return line.at("time").get<double>();
+        }
+    }
+}
+
+double clickReply(PanelController& panel, Peer& mailHost) {
     const double start = bench::clickFirstRow(panel, bench::RowButton::Reply);
-    return nlohmann::json::parse(sampleHost.nextLine()).at("time").get<double>() - start;
+    return nextCommand(mailHost) - start;
 }
 
 int runPanelSide(const std::string& dataFolder,
                  const QString& program,
-                 const QString& sampleHostProgram,
+                 const QString& mailHostProgram,
+                 const std::string& folder,
                  std::size_t runs) {
     writeMessages(dataFolder, 0);
     Peer host(program, {QStringLiteral("host"), QString::fromStdString(dataFolder)});
-    Peer sampleHost(sampleHostProgram, {QStringLiteral("run"), QStringLiteral("quillet://ready")});
-    sampleHost.nextLine();  // it has its name and has carried out the command it was started with
+    Peer mailHost(mailHostProgram, wordsOfMailHost(mailHostProgram, folder));
+    nextCommand(mailHost);  // it has its name and has carried out the command it was started with
     PanelController panel(platform::Look::Light);
     PaintClock clock(panel);
     clock.expect(newestOf(0));
@@ -131,7 +158,7 @@ int runPanelSide(const std::string& dataFolder,
     std::vector<double> clicks;
     std::vector<double> repaints;
     for (std::size_t run = 1; run <= runs; ++run) {
-        clicks.push_back(clickReply(panel, sampleHost));
+        clicks.push_back(clickReply(panel, mailHost));
         clock.expect(newestOf(static_cast<int>(run)));
         host.write("\n");
         const double told = std::stod(host.nextLine());
@@ -139,7 +166,7 @@ int runPanelSide(const std::string& dataFolder,
         repaints.push_back(clock.time() - told);
         QTest::qWait(kQuiet);
     }
-    print("From a click to Open in a running host", clicks);
+    print("From a click to the log of a running mail host", clicks);
     print("From a host's notification to the repainted list, 1,000 messages", repaints);
     panel.hide();
     platform::drainBackgroundQueue();
@@ -149,24 +176,26 @@ int runPanelSide(const std::string& dataFolder,
 }  // namespace
 
 int main(int argc, char** argv) {
+    const std::vector<std::string> words(argv + 1, argv + argc);
     const char* const container = std::getenv("QUILLET_CONTAINER");
-    if (argc != 3 || container == nullptr) {
-        std::fputs("Usage: QUILLET_CONTAINER=DIR quillet-response-bench SAMPLE-HOST RUNS\n",
-                   stderr);
-        return 2;
-    }
     try {
-        if (std::string(argv[1]) == "host") {
+        if (words.size() == 2 && words[0] == "host") {
             const QCoreApplication application(argc, argv);
-            return runHost(argv[2]);
+            return runHost(words[1]);
         }
-        const QApplication application(argc, argv);
-        return runPanelSide(host::dataFolder(container),
-                            QCoreApplication::applicationFilePath(),
-                            QString::fromLocal8Bit(argv[1]),
-                            std::stoul(argv[2]));
+        if (words.size() == 3 && container != nullptr) {
+            const QApplication application(argc, argv);
+            return runPanelSide(test::dataFolder(container),
+                                QCoreApplication::applicationFilePath(),
+                                QString::fromStdString(words[0]),
+                                words[1],
+                                std::stoul(words[2]));
+        }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "quillet-response-bench: %s\n", error.what());
         return 1;
     }
+    std::fputs("Usage: QUILLET_CONTAINER=DIR quillet-response-bench MAIL-HOST FOLDER RUNS\n",
+               stderr);
+    return 2;
 }

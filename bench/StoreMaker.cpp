@@ -7,15 +7,15 @@
 #include <string_view>
 #include <vector>
 
-#include "host/StoreWriter.h"
 #include "platform/files/FileManager.h"
+#include "tests/support/store/StoreWriter.h"
 
 namespace quillet::bench {
 
 namespace {
 
-using host::Array;
-using host::Dictionary;
+using test::Array;
+using test::Dictionary;
 
 constexpr std::int64_t kOldest = std::int64_t{60} * 24 * 3600;  // seconds
 constexpr unsigned kSeed = 20251114;
@@ -95,9 +95,9 @@ std::string mailOf(std::size_t account) {
     return "account" + std::to_string(account + 1) + "@quillet.example";
 }
 
-void write(const std::string& dataFolder, const host::StoreFile& file) {
-    if (const auto failure = host::writeStore(dataFolder, {&file, 1})) {
-        throw std::runtime_error(failure->error.description());
+void write(const std::string& dataFolder, const test::StoreFile& file) {
+    if (const auto failure = test::writeStore(dataFolder, {&file, 1})) {
+        throw std::runtime_error(failure->description());
     }
 }
 
@@ -107,7 +107,7 @@ void makeStore(const std::string& container, const StoreSize& size) {
     using Clock = std::chrono::system_clock;
     const auto now =
         std::chrono::duration_cast<std::chrono::seconds>(Clock::now().time_since_epoch()).count();
-    const std::string dataFolder = host::dataFolder(container);
+    const std::string dataFolder = test::dataFolder(container);
     MessageMaker messages(now);
     Array accounts;
     for (std::size_t account = 0; account < size.accounts; ++account) {

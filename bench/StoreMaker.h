@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "host/PropertyListWriter.h"
+#include "tests/support/store/PropertyListWriter.h"
 
 namespace quillet::bench {
 
@@ -11,7 +11,7 @@ struct StoreSize {
     std::size_t accounts = 10;
     std::size_t filesPerAccount = 50;
     std::size_t messagesPerFile = 400;
-    host::PropertyListFormat format = host::PropertyListFormat::Xml;
+    test::PropertyListFormat format = test::PropertyListFormat::Xml;
 };
 
 // Writes a container with a message store of this size. Equal arguments write equal stores, except

@@ -12,6 +12,7 @@ from dataclasses import dataclass
 
 from limits import print_limits
 
+TOOLS = pathlib.Path(__file__).resolve().parent.parent / "tools"
 READERS = {"xml": ["quillet", "libplist", "pugixml", "plain"],
            "binary": ["quillet", "libplist", "plain"]}
 NAMES = {"quillet": "Quillet", "libplist": "libplist", "pugixml": "pugixml", "plain": "plain read"}
@@ -108,11 +109,12 @@ def measure_first_frame(build, container):
 
 
 def print_start(build, stores, rounds):
-    demo = stores / "demo"
+    demo = (stores / "demo").resolve()
     shutil.rmtree(demo, ignore_errors=True)
-    subprocess.run([build / "bin" / "quillet-sample-host", "write", demo], check=True,
-                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    frames = [measure_first_frame(build, demo) for _ in range(rounds)]
+    demo.mkdir(parents=True)
+    subprocess.run([TOOLS / "make_demo_mail.sh", demo], check=True)
+    subprocess.run([TOOLS / "demo_host.sh", demo, "it.tarno.quillet", "--once"], check=True)
+    frames = [measure_first_frame(build, demo / "container") for _ in range(rounds)]
     print(f"Start of quillet-today to first painted frame (offscreen, demo container): median "
           f"{statistics.median(f[0] for f in frames):.1f} ms, minimum {min(frames)[0]:.1f} ms, "
           f"peak {max(f[1] for f in frames):.1f} MiB")

@@ -39,8 +39,8 @@ Outcome readFrom(const Reader& reader, const std::string& container) {
 
 void make(const Arguments& arguments) {
     StoreSize size;
-    size.format = arguments.at(1) == "binary" ? host::PropertyListFormat::Binary
-                                              : host::PropertyListFormat::Xml;
+    size.format = arguments.at(1) == "binary" ? test::PropertyListFormat::Binary
+                                              : test::PropertyListFormat::Xml;
     if (arguments.size() > 2) {
         size.accounts = std::stoul(arguments[2]);
         size.filesPerAccount = std::stoul(arguments.at(3));

@@ -7,17 +7,17 @@
 #include <string_view>
 
 #include "fuzz/Require.h"
-#include "host/PropertyListReader.h"
-#include "host/PropertyListWriter.h"
 #include "platform/plist/PropertyList.h"
+#include "tests/support/store/PropertyListReader.h"
+#include "tests/support/store/PropertyListWriter.h"
 
 namespace quillet::fuzz {
 
 namespace {
 
-using host::PropertyListFormat;
 using platform::PropertyListDocument;
 using platform::PropertyListErrorKind;
+using test::PropertyListFormat;
 
 // Equal leaves are written once, so a written tree may have more values than a file of its size may
 // unfold to. That alone is not a finding.
@@ -27,8 +27,8 @@ void requireSameAfterReading(const std::string& written, PropertyListFormat form
         require(error->kind == PropertyListErrorKind::TooComplex, "a written list is read");
         return;
     }
-    const host::Value tree = host::copyOf(document.root());
-    require(host::writePropertyList(tree, format) == written, "reading and writing change nothing");
+    const test::Value tree = test::copyOf(document.root());
+    require(test::writePropertyList(tree, format) == written, "reading and writing change nothing");
 }
 
 void readAndWrite(std::string_view bytes) {
@@ -37,9 +37,9 @@ void readAndWrite(std::string_view bytes) {
         require(!document.root(), "a list that cannot be read has no root");
         return;
     }
-    const host::Value tree = host::copyOf(document.root());
+    const test::Value tree = test::copyOf(document.root());
     for (const auto format : {PropertyListFormat::Xml, PropertyListFormat::Binary}) {
-        requireSameAfterReading(host::writePropertyList(tree, format), format);
+        requireSameAfterReading(test::writePropertyList(tree, format), format);
     }
 }
 

@@ -34,7 +34,7 @@ MAY_INCLUDE = {
     "app": {"app", "views", "widget", "model", "util", *SYSTEM, DESKTOP, PRESENTATION, UI},
 }
 # Folders beside src/, which nothing in src/ may include.
-OUTSIDE = ("host/", "bench/", "tests/")
+OUTSIDE = ("bench/", "tests/")
 # Folders in which no file includes the toolkit, and folders in which no header does.
 NO_QT = {"util", *SYSTEM, "model", "handoff", "widget", MAILDIR, ACCOUNTS, CLIENTS}
 NO_QT_HEADERS = {DESKTOP, PRESENTATION}

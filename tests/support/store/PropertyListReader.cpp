@@ -1,6 +1,6 @@
-#include "host/PropertyListReader.h"
+#include "tests/support/store/PropertyListReader.h"
 
-namespace quillet::host {
+namespace quillet::test {
 
 namespace {
 
@@ -61,4 +61,4 @@ Value copyOf(const PropertyListValue& value) {
     return Null{};
 }
 
-}  // namespace quillet::host
+}  // namespace quillet::test

@@ -1,12 +1,12 @@
-#include "host/PropertyListWriter.h"
+#include "tests/support/store/PropertyListWriter.h"
 
-#include "host/XmlPropertyList.h"
+#include "tests/support/store/XmlPropertyList.h"
 
-namespace quillet::host {
+namespace quillet::test {
 
 std::string writePropertyList(const Value& root, PropertyListFormat format) {
     return format == PropertyListFormat::Xml ? writeXml(root)
                                              : platform::writeBinaryPropertyList(root);
 }
 
-}  // namespace quillet::host
+}  // namespace quillet::test

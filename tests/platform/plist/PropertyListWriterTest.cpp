@@ -3,28 +3,20 @@
 #include <limits>
 #include <string>
 
-#include "host/PropertyListWriter.h"
+#include "platform/plist/PropertyListWriter.h"
 #include "tests/platform/plist/PropertyListTestSupport.h"
 
-namespace quillet::host {
+namespace quillet::test {
 namespace {
 
-class PropertyListWriter : public testing::TestWithParam<PropertyListFormat> {
-protected:
-    // What the widget's own reader makes of the written value.
-    static std::string readBack(const Value& root) {
-        return test::parsed(writePropertyList(root, GetParam()));
-    }
-};
+using namespace platform::PropertyListTree;
 
-INSTANTIATE_TEST_SUITE_P(,
-                         PropertyListWriter,
-                         testing::Values(PropertyListFormat::Xml, PropertyListFormat::Binary),
-                         [](const auto& format) {
-                             return format.param == PropertyListFormat::Xml ? "Xml" : "Binary";
-                         });
+// What the reader makes of the written value.
+std::string readBack(const Value& root) {
+    return parsed(platform::writeBinaryPropertyList(root));
+}
 
-TEST_P(PropertyListWriter, EveryTextIsReadBackAsItWasOrWithReplacementCharacters) {
+TEST(PropertyListWriter, EveryTextIsReadBackAsItWasOrWithReplacementCharacters) {
     const std::string texts[] = {
         "",
         "fourteen bytes",
@@ -41,7 +33,7 @@ TEST_P(PropertyListWriter, EveryTextIsReadBackAsItWasOrWithReplacementCharacters
     EXPECT_EQ(readBack("a\xC3(\xF0\x9F\x90"), "\"a\uFFFD(\uFFFD\"");
 }
 
-TEST_P(PropertyListWriter, EveryOtherKindIsReadBack) {
+TEST(PropertyListWriter, EveryOtherKindIsReadBack) {
     constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
     const Value value =
         Dictionary{{"z", Array{255, 256, std::int64_t{1} << 32, -1, kLeast, -(kLeast + 1)}},
@@ -60,7 +52,7 @@ TEST_P(PropertyListWriter, EveryOtherKindIsReadBack) {
 }
 
 // Crosses the widths of references and offsets: 1, 2 and 4 bytes.
-TEST_P(PropertyListWriter, LargeListsAreReadBackWhole) {
+TEST(PropertyListWriter, LargeListsAreReadBackWhole) {
     for (const std::int64_t count : {250, 300, 70000}) {
         SCOPED_TRACE(count);
         Array elements;
@@ -74,4 +66,4 @@ TEST_P(PropertyListWriter, LargeListsAreReadBackWhole) {
 }
 
 }  // namespace
-}  // namespace quillet::host
+}  // namespace quillet::test

@@ -4,7 +4,7 @@
 
 #include "platform/plist/PropertyListWriter.h"
 
-namespace quillet::host {
+namespace quillet::test {
 
 using namespace platform::PropertyListTree;
 
@@ -17,4 +17,4 @@ enum class PropertyListFormat { Xml, Binary };
 // binary format holds equal leaves (texts, keys included, numbers, dates, data) once.
 std::string writePropertyList(const Value& root, PropertyListFormat format);
 
-}  // namespace quillet::host
+}  // namespace quillet::test

@@ -1,4 +1,4 @@
-#include "host/XmlPropertyList.h"
+#include "tests/support/store/XmlPropertyList.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +9,7 @@
 #include <string_view>
 #include <unicode/unistr.h>
 
-namespace quillet::host {
+namespace quillet::test {
 namespace {
 
 // `text` with U+FFFD for each character that the format cannot hold.
@@ -179,4 +179,4 @@ std::string writeXml(const Value& root) {
     return out;
 }
 
-}  // namespace quillet::host
+}  // namespace quillet::test

@@ -1,31 +1,44 @@
-// Runs the example of docs/container.md, which host authors paste into their programs.
+// Runs the examples of docs/container.md, which host authors paste into their programs.
 
-#include <chrono>
+#include <QProcess>
 #include <gtest/gtest.h>
-#include <memory>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
-#include <thread>
+#include <vector>
 
 #include "model/ExtensionMessage.h"
+#include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/files/FileCoordinator.h"
 #include "platform/files/FileManager.h"
 #include "platform/plist/PropertyList.h"
-#include "tests/host/Command.h"
 #include "tests/support/CoordinatingProcess.h"
 #include "tests/support/DocumentExample.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
 
-namespace quillet::host {
+namespace quillet::test {
 namespace {
 
-using platform::PropertyListDocument;
-using test::Command;
-using test::contentsOf;
-using test::documentExample;
-using test::EnvironmentVariable;
-using test::TemporaryFolder;
+constexpr int kExampleTime = 30'000;  // milliseconds
+
+// A program that runs an example, with everything that it prints in one place.
+class ExampleProcess : public QProcess {
+public:
+    ExampleProcess(const char* program, const std::vector<std::string>& arguments) {
+        setProcessChannelMode(MergedChannels);
+        QStringList words;
+        for (const std::string& argument : arguments) {
+            words.append(QString::fromStdString(argument));
+        }
+        start(QString::fromLatin1(program), words);
+    }
+    void expectSuccess() {
+        EXPECT_TRUE(waitForFinished(kExampleTime));
+        EXPECT_EQ(exitCode(), 0) << readAll().constData();
+    }
+};
 
 // Whether the folder of the session can be used for locks.
 class ContainerDocument : public testing::TestWithParam<bool> {};
@@ -45,22 +58,17 @@ TEST_P(ContainerDocument, ExampleWritesAFileAfterTheReaderIsDone) {
     const std::string written = dataFolder + "/Today/anna@example.com/INBOX.plist";
 
     const platform::FileCoordinator coordinator(dataFolder);
-    std::unique_ptr<Command> host;
+    std::optional<ExampleProcess> host;
     const auto error = coordinator.coordinateReading(dataFolder + "/Today", [&](const auto&) {
-        host = std::make_unique<Command>("exec python3 " + script + " " + dataFolder);
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!test::somebodyWaitsForToday(runtime.path()) &&
-               std::chrono::steady_clock::now() < limit) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        EXPECT_TRUE(test::somebodyWaitsForToday(runtime.path()))
+        host.emplace("python3", std::vector{script, dataFolder});
+        EXPECT_TRUE(waitUntil([&] { return somebodyWaitsForToday(runtime.path()); }, kExampleTime))
             << "the example takes another lock, or none";
         EXPECT_FALSE(platform::FileManager::fileExists(written));
     });
     ASSERT_FALSE(error) << error->description();
-    EXPECT_EQ(host->finish(), 0) << host->output();
+    host->expectSuccess();
 
-    PropertyListDocument document;
+    platform::PropertyListDocument document;
     const auto failure = document.parse(contentsOf(written));
     ASSERT_FALSE(failure) << failure->description();
     EXPECT_TRUE(document.root().valueForKey("folder"));
@@ -73,5 +81,19 @@ TEST_P(ContainerDocument, ExampleWritesAFileAfterTheReaderIsDone) {
     EXPECT_EQ(document.root().valueForKey("data").count(), 1U) << "the second was not taken out";
 }
 
+TEST(ContainerDocumentNotification, CommandReachesTheWidget) {
+    const std::string example = documentExample("container.md", "sh");
+    ASSERT_NE(example, "");
+    int received = 0;
+    auto& center = platform::DistributedNotificationCenter::defaultCenter();
+    center.addObserver(
+        &received, "k_today_widget_key", "k_today_widget_object", [&](const auto&, const auto&) {
+            ++received;
+        });
+    ExampleProcess("sh", {"-c", example}).expectSuccess();
+    EXPECT_TRUE(waitUntil([&] { return received > 0; }));
+    center.removeObserver(&received);
+}
+
 }  // namespace
-}  // namespace quillet::host
+}  // namespace quillet::test

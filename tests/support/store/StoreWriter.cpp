@@ -1,4 +1,4 @@
-#include "host/StoreWriter.h"
+#include "tests/support/store/StoreWriter.h"
 
 #include <algorithm>
 
@@ -7,7 +7,7 @@
 #include "platform/files/FileManager.h"
 #include "platform/files/Path.h"
 
-namespace quillet::host {
+namespace quillet::test {
 
 namespace FileManager = platform::FileManager;
 namespace Path = platform::Path;
@@ -16,13 +16,13 @@ std::string dataFolder(const std::string& container) {
     return Path::appendingPathComponent(container, ExtensionUtilities::GroupFolderName());
 }
 
-std::optional<StoreFailure> writeStore(const std::string& dataFolder,
-                                       std::span<const StoreFile> files) {
+std::optional<platform::Error> writeStore(const std::string& dataFolder,
+                                          std::span<const StoreFile> files) {
     const std::string container =
         dataFolder.substr(0, std::max<std::size_t>(dataFolder.rfind('/'), 1));
     for (const std::string& folder : {container, dataFolder}) {
         if (const auto error = FileManager::createFolder(folder)) {
-            return StoreFailure{*error};
+            return error;
         }
     }
     const platform::FileCoordinator coordinator(dataFolder);
@@ -35,14 +35,14 @@ std::optional<StoreFailure> writeStore(const std::string& dataFolder,
                 failure = FileManager::writeFileAtomically(target, bytes);
             });
             if (error) {
-                return StoreFailure{*error, true};
+                return error;
             }
         }
         if (failure) {
-            return StoreFailure{*failure};
+            return failure;
         }
     }
     return std::nullopt;
 }
 
-}  // namespace quillet::host
+}  // namespace quillet::test

@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "host/PropertyListWriter.h"
+#include "tests/support/store/PropertyListWriter.h"
 
-namespace quillet::host {
+namespace quillet::test {
 
 // The XML format in UTF-8, one value a line, indented with tabs, without a document type.
 std::string writeXml(const Value& root);
 
-}  // namespace quillet::host
+}  // namespace quillet::test
