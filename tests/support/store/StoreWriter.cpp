@@ -21,7 +21,7 @@ std::optional<platform::Error> writeStore(const std::string& dataFolder,
     const std::string container =
         dataFolder.substr(0, std::max<std::size_t>(dataFolder.rfind('/'), 1));
     for (const std::string& folder : {container, dataFolder}) {
-        if (const auto error = FileManager::createFolder(folder)) {
+        if (auto error = FileManager::createFolder(folder)) {
             return error;
         }
     }
@@ -31,7 +31,7 @@ std::optional<platform::Error> writeStore(const std::string& dataFolder,
         const std::string bytes = writePropertyList(file.root, file.format);
         auto failure = FileManager::createFolder(path.substr(0, path.rfind('/')));
         if (!failure) {
-            const auto error = coordinator.coordinateWriting(path, [&](const std::string& target) {
+            auto error = coordinator.coordinateWriting(path, [&](const std::string& target) {
                 failure = FileManager::writeFileAtomically(target, bytes);
             });
             if (error) {
