@@ -18,7 +18,6 @@ namespace {
 using std::chrono::seconds;
 using test::waitUntil;
 using testing::ElementsAre;
-using Kind = Outcome::Kind;
 
 constexpr const char* kService = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
@@ -71,12 +70,18 @@ private:
     uint last_ = 0;
 };
 
+Outcome failed(const std::string& reason) {
+    return Outcome::of(Outcome::Kind::Failed, reason);
+}
+
 class NoticesTest : public testing::Test {
 protected:
     void SetUp() override { notices_.configure(true, true); }
 
     void archive(UndoList::Burst burst, const std::string& subject, const char* word = "archive") {
-        tell(word, {Kind::Moved, {}, "file", burst}, subject);
+        Outcome outcome = Outcome::of(Outcome::Kind::Moved);
+        outcome.burst = burst;
+        tell(word, outcome, subject);
     }
     void tell(const char* word, const Outcome& outcome, const std::string& subject = {}) {
         HostCommand command;
@@ -153,13 +158,13 @@ TEST_F(NoticesTest, AServiceMayLackActionsBeLateOrStartAgain) {
 
 TEST_F(NoticesTest, TroubleAndNewMailHaveOneNoticeEachAsFarAsTheyAreWanted) {
     service_.emplace(QStringList{"actions"});
-    tell("archive", {Kind::Failed, "Write archive = FOLDER", {}});
-    tell("open", {Kind::Failed, "not a move", {}});
+    tell("archive", failed("Write archive = FOLDER"));
+    tell("open", failed("not a move"));
     ASSERT_TRUE(service_->gets(1));
-    tell("delete", {Kind::Failed, "Write trash = FOLDER", {}});
+    tell("delete", failed("Write trash = FOLDER"));
     now_ += seconds(3);
     ASSERT_TRUE(service_->gets(2));
-    tell("delete", {Kind::Failed, "again", {}});
+    tell("delete", failed("again"));
     ASSERT_TRUE(service_->gets(3));
     notices_.tellAfterChangeFailed("a@b", "it ended with status 1");
     notices_.tellUndone({{"a@b", std::string("file")}, {"a@b", platform::Error{"", 1, "gone"}}});
@@ -192,7 +197,7 @@ TEST_F(NoticesTest, TroubleAndNewMailHaveOneNoticeEachAsFarAsTheyAreWanted) {
                             "5 closed"));
     notices_.configure(false, false);
     archive(3, "");
-    tell("delete", {Kind::Failed, "", {}});
+    tell("delete", failed(""));
     notices_.tellAfterChangeFailed("a@b", "");
     read({{"", "q4", "", "", 1000, true}});
     notices_.configure(false, true);
