@@ -88,7 +88,8 @@ TEST(MessageFile, PartsAndLevelsHaveLimits) {
     std::string nested;
     for (int level = 0; level < 100; ++level) {
         const std::string mark = std::to_string(level);
-        nested += "Content-Type: multipart/mixed; boundary=" + mark + "\n\n--" + mark + "\n";
+        nested.append("Content-Type: multipart/mixed; boundary=").append(mark);
+        nested.append("\n\n--").append(mark).append("\n");
     }
     EXPECT_EQ(summaryOf(parseMessage(nested + "\nx")), "[][] cut");
     EXPECT_EQ(summaryOf(sourceOf(std::string(20'000, 'x'))),

@@ -137,6 +137,9 @@ std::string repeated(std::size_t times, const std::string& text) {
 TEST(QuilletMessage, WhateverAMessageHoldsItIsShown) {
     const test::TemporaryFolder folder;
     const test::EnvironmentVariable plugins("QT_PLUGIN_PATH", QUILLET_TEST_PLUGINS);
+    // A sanitizer would turn the fault of the process into an exit status.
+    const test::EnvironmentVariable address("ASAN_OPTIONS", "handle_segv=0:detect_leaks=0");
+    const test::EnvironmentVariable threads("TSAN_OPTIONS", "handle_segv=0");
     const test::EnvironmentVariable plugin("QT_QPA_GENERIC_PLUGINS", "windowreader");
     const std::string html = "Subject: s\nContent-Type: text/html\n\n<p>Hello</p>";
     const std::string text = "Subject: s\n\nHello ";

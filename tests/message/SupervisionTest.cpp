@@ -45,7 +45,7 @@ TEST(Supervision, WhatEndsTheWindowLeadsToTheNextForm) {
          1},
         {"faults",
          [](ShownForm form) {
-             return form == ShownForm::Source ? static_cast<int>(form) : std::raise(SIGSEGV);
+             return form == ShownForm::Source ? static_cast<int>(form) : std::raise(SIGABRT);
          },
          2},
         {"no form", [](ShownForm) { return std::raise(SIGKILL + 2); }, std::nullopt},
