@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 #include "mailhost/clients/MailtoUrl.h"
 
@@ -254,7 +255,9 @@ std::optional<Command> configuredCommand(const std::string& line, const ShownMes
     }
     Command command;
     for (std::string_view rest : *words) {
-        std::string word;
+        const char* const home = rest.starts_with("~/") ? std::getenv("HOME") : nullptr;
+        std::string word = home == nullptr ? "" : home;
+        rest.remove_prefix(home == nullptr ? 0 : 1);
         while (!rest.empty()) {
             const auto place =
                 std::find_if(places.begin(), places.end(), [rest](const Place& each) {

@@ -49,8 +49,9 @@ Command openCommand(const ClientProgram& program, const std::string& target);
 // None where the program has no way to take files, and the draft has some.
 std::optional<Command> composeCommand(const ClientProgram& program, const Draft& draft);
 
-// The user's own command line with the message in place of {file}, {folder} and {messageid}. None
-// where it names a Message-ID that is not plain.
+// The user's own command line with the message in place of {file}, {folder} and {messageid}, and
+// the home folder in place of "~" in front of "/". None where it names a Message-ID that is not
+// plain.
 std::optional<Command> configuredCommand(const std::string& line, const ShownMessage& message);
 
 }  // namespace quillet::mailhost

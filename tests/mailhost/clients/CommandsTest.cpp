@@ -4,6 +4,8 @@
 #include "mailhost/clients/DraftHtml.h"
 #include "mailhost/clients/MailtoUrl.h"
 
+#include "tests/support/EnvironmentVariable.h"
+
 namespace quillet::mailhost {
 namespace {
 
@@ -118,9 +120,10 @@ TEST(ClientCommandsTest, WhatADraftBringsStaysWithinItsField) {
 }
 
 TEST(ClientCommandsTest, TheWordsOfAConfiguredCommandAreSplitBeforeTheMessageIsPutIn) {
+    const test::EnvironmentVariable home("HOME", "/h");
     const ShownMessage message{"/m/{folder} a'b/cur/1", "/m", "1@x"};
-    EXPECT_EQ(configuredCommand("view -x '{file}' id:{messageid} {folder}/{other}", message),
-              (Command{"view", "-x", "/m/{folder} a'b/cur/1", "id:1@x", "/m/{other}"}));
+    EXPECT_EQ(configuredCommand("~/view ~x '{file}' id:{messageid} {folder}/{other}", message),
+              (Command{"/h/view", "~x", "/m/{folder} a'b/cur/1", "id:1@x", "/m/{other}"}));
     EXPECT_EQ(configuredCommand("view {messageid}", {"/f", "/m", "a b@x"}), std::nullopt);
 }
 
