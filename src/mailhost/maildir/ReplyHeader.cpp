@@ -69,18 +69,25 @@ std::vector<std::string> referencesOf(const HeaderFields& fields, const std::str
     return references;
 }
 
+void appendAddress(InternetAddress* mailbox, std::vector<std::string>& to) {
+    const char* const text = internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(mailbox));
+    if (text != nullptr && *text != '\0') {
+        to.emplace_back(text);
+    }
+}
+
+bool isGroup(InternetAddress* address) {
+    return INTERNET_ADDRESS_IS_GROUP(address);
+}
+
 void appendAddresses(InternetAddressList* list, std::vector<std::string>& to) {
     for (int index = 0; list != nullptr && index < internet_address_list_length(list); ++index) {
         InternetAddress* const address = internet_address_list_get_address(list, index);
-        if (INTERNET_ADDRESS_IS_GROUP(address)) {
+        if (isGroup(address)) {
             appendAddresses(internet_address_group_get_members(INTERNET_ADDRESS_GROUP(address)),
                             to);
-        } else if (INTERNET_ADDRESS_IS_MAILBOX(address)) {
-            const char* const text =
-                internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(address));
-            if (text != nullptr && *text != '\0') {
-                to.emplace_back(text);
-            }
+        } else {
+            appendAddress(address, to);
         }
     }
 }

@@ -58,7 +58,7 @@ TEST(ClientCommandsTest, EachClientIsAskedForTheMessageInItsOwnWords) {
         {"a double quote", Client::Mu4e, "a\")(delete-file\"@x", std::nullopt},
         {"a function of NeoMutt", Client::NeoMutt, "a<quit>@x", std::nullopt},
         {"a line", Client::Thunderbird, "a\n@x", std::nullopt},
-        {"a character that turns the line", Client::Thunderbird, "a\u202E@x", std::nullopt},
+        {"a character that turns the line", Client::Thunderbird, "a\xE2\x80\xAE@x", std::nullopt},
         {"an option", Client::Evolution, "-f@x", std::nullopt},
         {"none", Client::Notmuch, "", std::nullopt},
     };

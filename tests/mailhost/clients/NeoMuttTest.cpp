@@ -16,7 +16,6 @@ namespace quillet::mailhost {
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 // What the program writes on the terminal until `text` is there.
 std::string screenUntil(const std::string& text, Command command, const std::string& folder) {
