@@ -8,7 +8,7 @@
 #include "model/CentralDateCache.h"
 #include "model/ExtensionDate.h"
 #include "model/RecordBlock.h"
-#include "tests/support/store/StoreWriter.h"
+#include "bench/store/StoreWriter.h"
 
 namespace quillet::bench {
 

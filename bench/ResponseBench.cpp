@@ -26,7 +26,7 @@
 #include "model/HostInterface.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
-#include "tests/support/store/StoreWriter.h"
+#include "bench/store/StoreWriter.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/files/FileManager.h"
-#include "tests/support/store/StoreWriter.h"
+#include "bench/store/StoreWriter.h"
 
 namespace quillet::bench {
 

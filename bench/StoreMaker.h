@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tests/support/store/PropertyListWriter.h"
+#include "bench/store/PropertyListWriter.h"
 
 namespace quillet::bench {
 

@@ -8,8 +8,8 @@
 
 #include "fuzz/Require.h"
 #include "platform/plist/PropertyList.h"
-#include "tests/support/store/PropertyListReader.h"
-#include "tests/support/store/PropertyListWriter.h"
+#include "bench/store/PropertyListReader.h"
+#include "bench/store/PropertyListWriter.h"
 
 namespace quillet::fuzz {
 

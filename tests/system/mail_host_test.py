@@ -9,6 +9,7 @@ Usage, on a session bus: [RACE_SECONDS=20] mail_host_test.py PROGRAMS PLUGINS [O
 import collections
 import concurrent.futures
 import contextlib
+import itertools
 import json
 import os
 import pathlib
@@ -25,11 +26,13 @@ import unittest
 from gi.repository import Gio, GLib
 
 from mail_server import ADDRESS, MailServer, Mirror, eventually
+from notification_service import NotificationService
 
 PROGRAMS, PLUGINS = (pathlib.Path(folder) for folder in sys.argv[1:3])
 RACE_SECONDS = float(os.environ.get("RACE_SECONDS", "20"))
 HOST = "it.tarno.quillet"
 BUS = Gio.bus_get_sync(Gio.BusType.SESSION)
+NOTICES = NotificationService(BUS)
 POSTED = []  # notifications; see heard()
 BUS.signal_subscribe(None, HOST + ".DistributedNotifications", "Posted", None, None, 0,
                      lambda *signal: POSTED.append(signal[5].unpack()))
@@ -108,7 +111,10 @@ class Account(contextlib.ExitStack):
         return rows
 
     def shows(self, *names):
-        eventually(lambda: self.rows().keys() == set(names), f"rows {names}")
+        def is_shown():
+            GLib.MainContext.default().iteration(False)
+            return self.rows().keys() == set(names)
+        eventually(is_shown, f"rows {names}")
 
 
 class Host(contextlib.AbstractContextManager):
@@ -311,6 +317,28 @@ class MailHostTest(unittest.TestCase):
                     self.assertEqual(account.inbox_files(), files)
                     account.sync()
                     self.assertEqual(account.names(), before)
+
+    def test_undo_brings_messages_back_once_before_and_after_a_sync(self):
+        for (name, layout), is_synced in itertools.product(LAYOUTS.items(), (False, True)):
+            with self.subTest(name, is_synced=is_synced), Account(layout) as account:
+                account.put("INBOX", "one", flags="\\Flagged")
+                account.put("INBOX", "two", "stays")
+                account.sync()
+                before = account.mail()
+                with Host(account) as host:
+                    account.shows("one", "two", "stays")
+                    NOTICES.shown.clear()
+                    host.moves(("archive", "one"), ("delete", "two"))
+                    account.shows("stays")
+                    if is_synced:
+                        account.sync()
+                        self.assertEqual(account.names()["INBOX"], ["stays"])
+                    eventually(NOTICES.undo, "the notice with Undo")
+                    account.rows_seen.clear()
+                    account.shows("one", "two", "stays")
+                for _ in range(2):
+                    account.sync()
+                    self.assertEqual(account.mail(), before)
 
     def test_a_crash_at_any_step_of_a_move_loses_and_doubles_nothing(self):
         ends = ("dies", "dies synced", "flagged")

@@ -1,4 +1,4 @@
-#include "tests/support/store/PropertyListReader.h"
+#include "bench/store/PropertyListReader.h"
 
 namespace quillet::test {
 

@@ -1,4 +1,4 @@
-#include "tests/support/store/XmlPropertyList.h"
+#include "bench/store/XmlPropertyList.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/plist/PropertyList.h"
-#include "tests/support/store/PropertyListWriter.h"
+#include "bench/store/PropertyListWriter.h"
 
 namespace quillet::test {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tests/support/store/PropertyListWriter.h"
+#include "bench/store/PropertyListWriter.h"
 
 namespace quillet::test {
 

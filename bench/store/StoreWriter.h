@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/base/Error.h"
-#include "tests/support/store/PropertyListWriter.h"
+#include "bench/store/PropertyListWriter.h"
 
 namespace quillet::test {
 

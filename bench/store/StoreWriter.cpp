@@ -1,4 +1,4 @@
-#include "tests/support/store/StoreWriter.h"
+#include "bench/store/StoreWriter.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "tests/support/store/PropertyListWriter.h"
+#include "bench/store/PropertyListWriter.h"
 
-#include "tests/support/store/XmlPropertyList.h"
+#include "bench/store/XmlPropertyList.h"
 
 namespace quillet::test {
 
