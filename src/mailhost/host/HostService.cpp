@@ -38,6 +38,11 @@ std::string folderOfFile(const std::string& path) {
     return slash == std::string::npos ? "." : path.substr(0, std::max<std::size_t>(slash, 1));
 }
 
+// The mail folder of the message "FOLDER/cur/NAME"; empty for none.
+std::string mailFolderOf(const std::string& path) {
+    return path.empty() ? path : folderOfFile(folderOfFile(path));
+}
+
 }  // namespace
 
 HostService::HostService(MailHost& host,
@@ -58,7 +63,9 @@ HostService::HostService(MailHost& host,
                 [this](const std::string& url, const std::string& token) {
                     receive({"notice", {url}, {token, {}}, false, {}});
                 }}),
-      showing_(host, log) {}
+      showing_(host, log, [this](const ClientOutcome& result) {
+          notices_.tellDraft(mailFolderOf(result.storedAt), result.leftOut.size());
+      }) {}
 
 void HostService::start() {
     configureNotices();

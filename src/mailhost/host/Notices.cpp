@@ -173,6 +173,21 @@ void Notices::tellAfterChangeFailed(const std::string& account, const std::strin
     }
 }
 
+void Notices::tellDraft(const std::string& folder, std::size_t leftOut) {
+    if (!showsMoves_) {
+        return;
+    }
+    const std::string files = leftOut == 0 ? ""
+                                           : platform::formatText(localized("Files left out: %@"),
+                                                                  {std::to_string(leftOut)});
+    if (!folder.empty()) {
+        show(Slot::Draft,
+             {localized("Draft saved"), folder + (leftOut == 0 ? "" : "\n" + files), {}, {}});
+    } else if (leftOut > 0) {
+        show(Slot::Draft, {files, {}, {}, {}});
+    }
+}
+
 void Notices::read(const std::vector<PublishedAccount>& shown, bool isComplete, std::int64_t now) {
     std::vector<NewMail::Message> found = newMail_.read(shown, isComplete, now);
     if (!announced_.empty()) {

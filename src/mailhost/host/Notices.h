@@ -43,6 +43,9 @@ public:
     // Of the messages that an undo could not bring back.
     void tellUndone(const std::vector<UndoList::Undone>& undone);
     void tellAfterChangeFailed(const std::string& account, const std::string& failure);
+    // Of a draft: the folder where it was stored (empty: a program has it), and how many of its
+    // files could not be taken. Nothing is shown if there is nothing to say.
+    void tellDraft(const std::string& folder, std::size_t leftOut);
 
     // Looks for new mail in what is shown now: see NewMail::read().
     void read(const std::vector<PublishedAccount>& shown, bool isComplete, std::int64_t now);
@@ -54,7 +57,7 @@ public:
 private:
     using Id = platform::Notifications::Id;
     using Notice = platform::Notifications::Notice;
-    enum class Slot { Refused, NotUndone, AfterChange, NewMail };
+    enum class Slot { Refused, NotUndone, AfterChange, Draft, NewMail };
     struct Undoable {
         UndoList::Burst burst = 0;
         Clock::time_point end;

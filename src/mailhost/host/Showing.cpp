@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "handoff/MessageUrl.h"
 #include "model/ContainerPaths.h"
@@ -44,8 +45,13 @@ Outcome outcomeOf(const ClientOutcome& result) {
 
 }  // namespace
 
-Showing::Showing(const MailHost& host, CommandLog log)
-    : host_(host), log_(log), clients_(clientFolders(), Clients::systemStart()) {}
+Showing::Showing(const MailHost& host,
+                 CommandLog log,
+                 std::function<void(const ClientOutcome& result)> drafted)
+    : host_(host),
+      log_(log),
+      drafted_(std::move(drafted)),
+      clients_(clientFolders(), Clients::systemStart()) {}
 
 void Showing::show(const platform::ApplicationCall& call,
                    const std::string& url,
@@ -57,6 +63,9 @@ void Showing::show(const platform::ApplicationCall& call,
             platform::Log::write("MailHost %@: %@", {command.word, outcome.reason});
         }
         log_.writeCommand(call, url, command, outcome);
+        if (command.draft) {
+            drafted_(result);
+        }
     };
     clients_.setOpen(host_.open());
     if (command.draft) {

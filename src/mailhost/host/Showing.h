@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "mailhost/clients/Clients.h"
@@ -15,8 +16,11 @@ namespace quillet::mailhost {
 // them. Main thread only.
 class Showing {
 public:
-    // The host has to outlive this.
-    Showing(const MailHost& host, CommandLog log);
+    // The host has to outlive this. `drafted` is called from the event loop when a draft has gone
+    // to a program or was stored.
+    Showing(const MailHost& host,
+            CommandLog log,
+            std::function<void(const ClientOutcome& result)> drafted);
 
     // `message`: of open and reply. In the background no program is started: a message stays where
     // it is, and a draft goes to the Drafts folder.
@@ -32,6 +36,7 @@ private:
 
     const MailHost& host_;
     CommandLog log_;
+    std::function<void(const ClientOutcome& result)> drafted_;
     Clients clients_;
 };
 

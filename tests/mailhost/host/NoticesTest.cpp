@@ -195,15 +195,22 @@ TEST_F(NoticesTest, TroubleAndNewMailHaveOneNoticeEachAsFarAsTheyAreWanted) {
                             "4 closed",
                             "5 Bo|Read elsewhere|default,Open",
                             "5 closed"));
+    notices_.tellDraft("", 0);
+    notices_.tellDraft("/m/Drafts", 2);
+    notices_.tellDraft("", 1);
+    ASSERT_TRUE(service_->gets(12));
+    EXPECT_EQ(service_->calls[10], "6 Draft saved|/m/Drafts\nFiles left out: 2|");
+    EXPECT_EQ(service_->calls[11], "6 Files left out: 1||");
     notices_.configure(false, false);
+    notices_.tellDraft("/m/Drafts", 2);
     archive(3, "");
     tell("delete", failed(""));
     notices_.tellAfterChangeFailed("a@b", "");
     read({{"", "q4", "", "", 1000, true}});
     notices_.configure(false, true);
     read({{"", "q5", "wanted", "Cy", 1000, true}});
-    ASSERT_TRUE(service_->gets(11));
-    EXPECT_EQ(service_->calls.back(), "6 Cy|wanted|default,Open");
+    ASSERT_TRUE(service_->gets(13));
+    EXPECT_EQ(service_->calls.back(), "7 Cy|wanted|default,Open");
 }
 
 }  // namespace
