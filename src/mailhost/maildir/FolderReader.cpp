@@ -67,6 +67,7 @@ struct FolderReader::State {
     // Whether the folder is as its last listing, a settled one, found it.
     bool isUnchanged() const;
     KnownMessage* findIdentifier(std::string_view identifier);
+    std::optional<std::string> fileAt(const KnownMessage* message) const;
     std::optional<std::string> search(std::string_view identifier);
     void chooseAhead();
 };
@@ -141,13 +142,19 @@ bool FolderReader::State::isUnchanged() const {
     return stamps && stamps.value() == *settledStamps;
 }
 
+// Where the file of a known message is; none if there is none, or not where it was listed.
+std::optional<std::string> FolderReader::State::fileAt(const KnownMessage* message) const {
+    if (message == nullptr || !isRegularFile(pathOf(*message))) {
+        return std::nullopt;
+    }
+    return messages.fileOf(*message);
+}
+
 std::optional<std::string> FolderReader::State::search(std::string_view identifier) {
     const KnownMessage* message = findIdentifier(identifier);
-    if (message != nullptr && isRegularFile(pathOf(*message))) {
-        return messages.fileOf(*message);
-    }
-    if (message == nullptr && isUnchanged()) {
-        return std::nullopt;
+    std::optional<std::string> file = fileAt(message);
+    if (file || (message == nullptr && isUnchanged())) {
+        return file;
     }
     int settled = 0;
     for (int i = 0; i < kMostSearches && settled < kSettledSearches; ++i) {
@@ -155,11 +162,11 @@ std::optional<std::string> FolderReader::State::search(std::string_view identifi
             return std::nullopt;
         }
         message = findIdentifier(identifier);
-        const bool isListed = message != nullptr && message->isListed;
-        if (isListed && isRegularFile(pathOf(*message))) {
-            return messages.fileOf(*message);
+        file = fileAt(message);
+        if (file) {
+            return file;
         }
-        if (isListingSettled && !isListed) {
+        if (isListingSettled && (message == nullptr || !message->isListed)) {
             ++settled;
         } else {
             std::this_thread::sleep_for(kSearchPause);
