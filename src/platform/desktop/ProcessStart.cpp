@@ -18,6 +18,7 @@
 #include "platform/base/Result.h"
 #include "platform/desktop/ApplicationService.h"
 #include "platform/desktop/ProcessScope.h"
+#include "platform/desktop/Queues.h"
 #include "platform/desktop/SessionBus.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/Uninterrupted.h"
@@ -115,6 +116,12 @@ public:
         connect(&notifier_, &QSocketNotifier::activated, this, [this] { finish(); });
         limit_.setSingleShot(true);
         limit_.callOnTimeout(this, [this] { tell(std::nullopt); });
+        if (!end_) {
+            mainQueue().async([this] {
+                tell("its end cannot be watched");
+                deleteLater();
+            });
+        }
     }
 
     void setLimit(std::chrono::milliseconds limit) { limit_.start(limit); }
@@ -149,13 +156,11 @@ ProcessHandle startProcess(const std::vector<std::string>& command,
     auto handle = std::make_shared<const ProcessReport>(std::move(report));
     const auto process = spawn(command, activation);
     if (!process) {
-        QTimer::singleShot(0,
-                           QCoreApplication::instance(),
-                           [weak = std::weak_ptr(handle), failure = process.error().text] {
-                               if (const auto known = weak.lock()) {
-                                   (*known)(failure);
-                               }
-                           });
+        mainQueue().async([weak = std::weak_ptr(handle), failure = process.error().text] {
+            if (const auto known = weak.lock()) {
+                (*known)(failure);
+            }
+        });
         return handle;
     }
     moveIntoScope(process.value(), command.front());
