@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <span>
 
 #include "mailhost/clients/MailtoUrl.h"
 
@@ -167,6 +168,22 @@ struct Place {
     const std::string* value;
 };
 
+// A word of a command with the home folder for "~/" at its start and the values of its places.
+std::string filledWord(std::string_view rest, std::span<const Place> places) {
+    const char* const home = rest.starts_with("~/") ? std::getenv("HOME") : nullptr;
+    std::string word = home == nullptr ? "" : home;
+    rest.remove_prefix(home == nullptr ? 0 : 1);
+    while (!rest.empty()) {
+        const auto place = std::find_if(places.begin(), places.end(), [rest](const Place& each) {
+            return rest.starts_with(each.name);
+        });
+        const bool isPlace = place != places.end();
+        word += isPlace ? *place->value : std::string(1, rest.front());
+        rest.remove_prefix(isPlace ? place->name.size() : 1);
+    }
+    return word;
+}
+
 }  // namespace
 
 std::optional<Client> clientNamed(std::string_view name) {
@@ -254,20 +271,8 @@ std::optional<Command> configuredCommand(const std::string& line, const ShownMes
         return std::nullopt;
     }
     Command command;
-    for (std::string_view rest : *words) {
-        const char* const home = rest.starts_with("~/") ? std::getenv("HOME") : nullptr;
-        std::string word = home == nullptr ? "" : home;
-        rest.remove_prefix(home == nullptr ? 0 : 1);
-        while (!rest.empty()) {
-            const auto place =
-                std::find_if(places.begin(), places.end(), [rest](const Place& each) {
-                    return rest.starts_with(each.name);
-                });
-            const bool isPlace = place != places.end();
-            word += isPlace ? *place->value : std::string(1, rest.front());
-            rest.remove_prefix(isPlace ? place->name.size() : 1);
-        }
-        command.push_back(word);
+    for (const std::string& word : *words) {
+        command.push_back(filledWord(word, places));
     }
     return command;
 }
