@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTextBrowser>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -139,7 +140,9 @@ TEST(QuilletMessage, WhateverAMessageHoldsItIsShown) {
     const test::EnvironmentVariable plugins("QT_PLUGIN_PATH", QUILLET_TEST_PLUGINS);
     // A sanitizer would turn the fault of the process into an exit status.
     const test::EnvironmentVariable address("ASAN_OPTIONS", "handle_segv=0:detect_leaks=0");
-    const test::EnvironmentVariable threads("TSAN_OPTIONS", "handle_segv=0");
+    const char* const options = std::getenv("TSAN_OPTIONS");
+    const test::EnvironmentVariable threads(
+        "TSAN_OPTIONS", std::string(options == nullptr ? "" : options) + ":handle_segv=0");
     const test::EnvironmentVariable plugin("QT_QPA_GENERIC_PLUGINS", "windowreader");
     const std::string html = "Subject: s\nContent-Type: text/html\n\n<p>Hello</p>";
     const std::string text = "Subject: s\n\nHello ";
