@@ -5,10 +5,10 @@
 
 #include "bench/Digest.h"
 #include "bench/Readers.h"
+#include "bench/store/StoreWriter.h"
 #include "model/CentralDateCache.h"
 #include "model/ExtensionDate.h"
 #include "model/RecordBlock.h"
-#include "bench/store/StoreWriter.h"
 
 namespace quillet::bench {
 

@@ -23,10 +23,10 @@
 #include "app/PanelController.h"
 #include "bench/MailHostProcess.h"
 #include "bench/PanelClock.h"
+#include "bench/store/StoreWriter.h"
 #include "model/HostInterface.h"
 #include "platform/desktop/DistributedNotificationCenter.h"
 #include "platform/desktop/Queues.h"
-#include "bench/store/StoreWriter.h"
 
 namespace {
 

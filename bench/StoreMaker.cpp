@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/files/FileManager.h"
 #include "bench/store/StoreWriter.h"
+#include "platform/files/FileManager.h"
 
 namespace quillet::bench {
 

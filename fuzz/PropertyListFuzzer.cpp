@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-#include "fuzz/Require.h"
-#include "platform/plist/PropertyList.h"
 #include "bench/store/PropertyListReader.h"
 #include "bench/store/PropertyListWriter.h"
+#include "fuzz/Require.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet::fuzz {
 

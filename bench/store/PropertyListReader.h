@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/plist/PropertyList.h"
 #include "bench/store/PropertyListWriter.h"
+#include "platform/plist/PropertyList.h"
 
 namespace quillet::test {
 

@@ -4,8 +4,8 @@
 #include <span>
 #include <string>
 
-#include "platform/base/Error.h"
 #include "bench/store/PropertyListWriter.h"
+#include "platform/base/Error.h"
 
 namespace quillet::test {
 
