@@ -67,8 +67,8 @@ const std::vector<DiscoveryCase> kCases{
      {{".mbsyncrc",
        "# Sections end at an empty line.\nIMAPACCOUNT work\n  Host x\n# User no@x.example\n"
        "uSer \"anna@example.com\" # c\nUserCmd \"echo no@x.example\"\n\nUser lost@x.example\n\n"
-       "IMAPStore far\nAccount work\n\nMaildirStore near\nPath \"~/My Mail/work/\"\n"
-       "Inbox ~/My\\ Mail/work/INBOX\nSubFolders Verbatim\n\n"
+       "IMAPStore far\nAccount work\n\nMaildirStore near\nPath \"~/My Mail/job/\"\n"
+       "Inbox ~/My\\ Mail/job/INBOX\nSubFolders Verbatim\n\n"
        "Channel in\nMaster :far:INBOX\nSlave :near:INBOX\n\nChannel rest\nSlave :near:\n"
        "Master :far:\nPatterns * !INBOX\n\nChannel none\nFar :missing:\nNear :near:\n\n"
        "Group all\nChannels in rest\n" +
@@ -76,9 +76,9 @@ const std::vector<DiscoveryCase> kCases{
            channel("three", "three@example.com", "Inbox ~/three\nSubFolders Maildir++") +
            channel("four", "four@example.com", "Path ~/four/\nInbox ~/four/Posteingang") +
            channel("again", "Two@example.com", "Path ~/again/")}},
-     {"My Mail/work/INBOX", "Mail/two/INBOX", "three", "in/two"},
+     {"My Mail/job/INBOX", "Mail/two/INBOX", "three", "in/two"},
      {},
-     "[account anna@example.com]\nmaildir = ~/My Mail/work\nlayout = verbatim\n\n"
+     "[account anna@example.com]\nmaildir = ~/My Mail/job\nlayout = verbatim\n\n"
      "[account two@example.com]\nmaildir = ~/Mail/two\nlayout = legacy\ninbox = ~/in/two\n\n"
      "[account three@example.com]\nmaildir = ~/three\nlayout = maildir++\n\n"
      "[account four@example.com]\nmaildir = ~/four\ninbox = Posteingang\n",
